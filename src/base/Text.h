@@ -1,0 +1,49 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+/// A text of at most `Capacity - 1` characters that always ends in a zero. What does not fit is cut: these texts are log lines
+/// and commands, and a long reply in a line must never overrun it.
+template <class Char, std::size_t Capacity>
+class BoundedText {
+ public:
+    using View = std::basic_string_view<Char>;
+
+    constexpr BoundedText() noexcept = default;
+    constexpr explicit BoundedText(View text) noexcept { Append(text); }
+
+    constexpr BoundedText& Append(View text) noexcept {
+        const std::size_t count = std::min(text.size(), Capacity - 1 - m_nLength);
+        std::copy_n(text.begin(), count, m_text.begin() + static_cast<std::ptrdiff_t>(m_nLength));
+        m_nLength += count;
+        m_bCut = m_bCut || count < text.size();
+        return *this;
+    }
+
+    /// Appends single-byte text to a wide text, each byte widened to the character of the same number.
+    constexpr BoundedText& AppendBytes(std::string_view bytes) noexcept {
+        for (const char byte : bytes) {
+            const Char widened = static_cast<Char>(static_cast<unsigned char>(byte));
+            Append(View(&widened, 1));
+        }
+        return *this;
+    }
+
+    constexpr const Char* c_str() const noexcept { return m_text.data(); }
+    constexpr View view() const noexcept { return {m_text.data(), m_nLength}; }
+    constexpr std::size_t length() const noexcept { return m_nLength; }
+
+    /// True when something did not fit.
+    constexpr bool IsCut() const noexcept { return m_bCut; }
+
+ private:
+    std::array<Char, Capacity> m_text{};
+    std::size_t m_nLength = 0;
+    bool m_bCut = false;
+};
+
+/// One line for the host's log: 511 wide characters and the terminator.
+using LogLine = BoundedText<wchar_t, 512>;
