@@ -1,0 +1,4 @@
+#pragma once
+
+/// Ends the process at once, without clean-up, where going on would overrun memory.
+[[noreturn]] void FailFast() noexcept;

@@ -1,0 +1,9 @@
+#include "platform/Random.h"
+
+#include <cstdlib>
+
+static_assert(RAND_MAX == kRandomMax);
+
+void SeedRandom(unsigned seed) noexcept { std::srand(seed); }
+
+int NextRandom() noexcept { return std::rand(); }

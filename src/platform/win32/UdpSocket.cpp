@@ -1,0 +1,36 @@
+#include "platform/UdpSocket.h"
+
+#include "platform/win32/Windows.h"
+
+bool UdpSocket::StartUp() noexcept {
+    WSADATA data{};
+    return WSAStartup(MAKEWORD(2, 0), &data) == 0;
+}
+
+void UdpSocket::Open() noexcept {
+    if (m_bOpen) {
+        closesocket(m_handle);
+    }
+    m_handle = socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP);
+    m_bOpen = m_handle != INVALID_SOCKET;
+}
+
+void UdpSocket::ConnectLoopback(std::uint16_t port) noexcept {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = inet_addr("127.0.0.1");
+    connect(m_handle, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+}
+
+int UdpSocket::Send(const char* bytes, int length) noexcept { return send(m_handle, bytes, length, 0); }
+
+int UdpSocket::Receive(char* bytes, int capacity) noexcept { return recv(m_handle, bytes, capacity, 0); }
+
+int UdpSocket::Close() noexcept {
+    if (closesocket(m_handle) == SOCKET_ERROR) {
+        return WSAGetLastError();
+    }
+    m_bOpen = false;
+    return 0;
+}
