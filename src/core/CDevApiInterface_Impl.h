@@ -1,0 +1,182 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "oko/CDevApiInterface.h"
+#include "platform/Sync.h"
+#include "platform/UdpSocket.h"
+#include "platform/Window.h"
+
+class CDevApiInterface_Temperature_Impl;
+class CDevApiInterface_GasConcentration_Impl;
+class CDevApiInterface_Humidifier_Impl;
+struct ProductRecord;
+struct ChannelViews;
+
+/// The device object: one per device index. It owns the channels, the link to the server and the catalogue of products.
+///
+/// Every slot runs on the host's thread. Fields that the simulator's value thread or a second host thread reads without a
+/// lock are atomic and accessed relaxed.
+class CDevApiInterface_Impl final : public CDevApiInterface {
+ public:
+    static constexpr int kTemperatures = static_cast<int>(oko::kTemperatureChannels);
+    static constexpr int kGasConcentrations = static_cast<int>(oko::kGasChannels);
+    static constexpr int kHumidifiers = static_cast<int>(oko::kHumidityChannels);
+    static constexpr int kMaxComPorts = 64;
+    static constexpr int kSimListconprodSize = 256;
+
+    /// `index` is oko::kRealDevice or oko::kSimulatorDevice. Throws when memory or system objects are short.
+    explicit CDevApiInterface_Impl(std::uint32_t index);
+    ~CDevApiInterface_Impl();
+    CDevApiInterface_Impl(const CDevApiInterface_Impl&) = delete;
+    CDevApiInterface_Impl& operator=(const CDevApiInterface_Impl&) = delete;
+
+    // The host's slots, described in oko/CDevApiInterface.h.
+    std::int32_t Init(::HostCallback callback, void* hostData) noexcept override;
+    void Close() noexcept override;
+    bool Unused2() noexcept override { return false; }
+    oko::WindowHandle CreateValuePanel(oko::WindowHandle parent, oko::DialogProcedure* procedure) noexcept override;
+    std::int32_t ShowConfiguration(wchar_t* text, std::int32_t size, oko::WindowHandle parent) noexcept override;
+    std::int32_t ApplyConfiguration(const wchar_t* text) noexcept override;
+    std::int32_t ShowConnection(wchar_t* text, std::int32_t length, oko::WindowHandle parent) noexcept override;
+    std::int32_t ApplyConnection(const wchar_t* text) noexcept override;
+    std::int32_t Unused8() noexcept override { return oko::kSuccess; }
+    std::int32_t GetTemperatureCount() noexcept override;
+    std::int32_t GetTemperature(std::uint32_t index, CDevApiInterface_Temperature** channel) noexcept override;
+    std::int32_t GetGasConcentrationCount() noexcept override;
+    std::int32_t GetGasConcentration(std::uint32_t index,
+                                     CDevApiInterface_GasConcentration** channel) noexcept override;
+    std::int32_t GetHumidifierCount() noexcept override;
+    std::int32_t GetHumidifier(std::uint32_t index, CDevApiInterface_Humidifier** channel) noexcept override;
+
+    // link/Transport.cpp
+
+    /// Opens the link to the server on the loopback address. Failures show themselves at the first exchange.
+    void ConnectSocket() noexcept;
+
+    /// Closes the link and, when the communication log is on, tells the host's log how that went.
+    void DisconnectSocket() noexcept;
+
+    /// Sends one command and waits for its reply, under the socket lock; the simulator answers itself.
+    /// `command` ends in a zero, `commandLength` does not count it. `reply` holds `replySize` bytes AND one spare byte for the
+    /// terminator that the communication log writes. `replyLength` may be null; it receives the number of bytes, negative on
+    /// failure. Blocks until the server answers. Any thread.
+    void CommandSend(const char* command, int commandLength, char* reply, int replySize, int* replyLength) noexcept;
+
+    // link/Simulator.cpp
+
+    /// Answers a command in the server's place; the arguments are CommandSend's. A reply longer than `replySize` is cut.
+    void CommandSendSim(const char* command, int commandLength, char* reply, int replySize, int* replyLength) noexcept;
+
+    // link/SimulatorAnswer.cpp
+
+    /// Takes the simulator's list of products from the registry, or writes the default there.
+    void LoadSimulatorAnswer() noexcept;
+
+    // link/ServerLaunch.cpp
+
+    /// What came of looking for the server.
+    enum class ServerState { Running, Silent, Refusing };
+
+    /// Probes the server with "listprod" and tells the user when it does not answer or refuses. `pollDelayMs`: pause between
+    /// two probes of a server that was just started. `progressOnceProbed`: percentage to report before the user is told.
+    ServerState EnsureServerRunning(std::uint32_t pollDelayMs, std::optional<int> progressOnceProbed = {}) noexcept;
+
+    // core/ChannelAssignment.cpp
+
+    /// Gives every product of the catalogue its channels, and asks the server which sensors and ranges they have.
+    void AssignChannels() noexcept;
+
+    // catalogue/
+
+    /// Asks the server which products are connected, and what devices and parameters each has. Throws std::bad_alloc.
+    void EnumerateProducts();
+
+    /// Logs the errors in a reply to "status" and takes failing devices and products out of the catalogue.
+    void CheckStatus(const char* reply, int replyLength) noexcept;
+
+    // channels/
+
+    /// The fields of all channels that the simulator answers from.
+    ChannelViews ViewChannels() const noexcept;
+
+    /// Starts and stops the simulator's value thread. Both are harmless when there is nothing to do.
+    void StartValueThread() noexcept;
+    void StopValueThread() noexcept;
+
+    // core/DeviceObject.cpp
+
+    /// Calls the host when there is a callback. An exception that the host lets out ends here.
+    void CallHost(std::int32_t code, const wchar_t* text) noexcept;
+
+    /// Hands one line to the host's log.
+    void Log(const wchar_t* line) noexcept;
+
+    /// Keeps `percent` and shows it in the progress window when there is one.
+    void ReportProgress(int percent) noexcept;
+
+    /// Writes the reason to the host's log and ends the process: what follows would overrun a buffer.
+    [[noreturn]] void FatalFault(const wchar_t* reason) noexcept;
+
+    /// Takes a channel that was deleted through its own slot out of its array.
+    void ForgetTemperature(int index) noexcept { m_pTemperature[static_cast<std::size_t>(index)] = nullptr; }
+    void ForgetGasConcentration(int index) noexcept { m_pGasConcentration[static_cast<std::size_t>(index)] = nullptr; }
+    void ForgetHumidifier(int index) noexcept { m_pHumidifier[static_cast<std::size_t>(index)] = nullptr; }
+
+    std::uint32_t m_iDeviceIndex;
+    Thread m_hThread;             // the simulator's value thread
+    void* m_pHostData = nullptr;  // Init's second argument, not used
+
+    // How many channels of each kind are live, and all channels; both bounds hold before the first Init.
+    std::int32_t m_nTemperatures = kTemperatures;
+    std::array<CDevApiInterface_Temperature_Impl*, kTemperatures> m_pTemperature{};
+    std::int32_t m_nGasConcentrations = kGasConcentrations;
+    std::array<CDevApiInterface_GasConcentration_Impl*, kGasConcentrations> m_pGasConcentration{};
+    std::int32_t m_nHumidifiers = kHumidifiers;
+    std::array<CDevApiInterface_Humidifier_Impl*, kHumidifiers> m_pHumidifier{};
+
+    WindowHandle m_hNotifyWnd = nullptr;  // takes the channels' change notices; nothing sets it
+    bool m_bThreadRun = true;             // the value thread goes on; guarded by m_csData
+    CriticalSection m_csData;             // channel values, the air-mode watch, m_bThreadRun
+    CriticalSection m_csSocket;           // one send and receive
+    ::HostCallback HostCallback = nullptr;
+    std::atomic<bool> m_bLogCommunication = false;
+
+    std::int32_t m_iProgress = 0;  // percent, last sent to the progress window
+    bool m_bConnectingShown = false;
+    bool m_bSetupComplete = false;  // ApplyConfiguration has run since the last Close
+    WindowHandle m_hProgressWnd = nullptr;
+    ManualResetEvent m_hThreadStopped;
+
+    // The host's buffers for the two settings texts and the sizes it gave, in characters.
+    wchar_t* m_pszConfigText = nullptr;
+    std::int32_t m_nConfigTextSize = 0;
+    wchar_t* m_pszConnectionText = nullptr;
+    std::int32_t m_nConnectionTextLen = 0;
+    std::array<double, 2> m_adSpareTolerances{1.0, 1.0};  // not used
+
+    std::int32_t m_iComPort;  // where the incubator is connected
+    bool m_bFindRequested = false;
+    std::array<std::int32_t, kMaxComPorts> m_aiComPorts{};  // the port list, in list order
+    std::int32_t m_nComPorts = 0;
+
+    const bool m_bSimulator;
+    UdpSocket m_socket;
+    bool m_bServerErrorShown = false;
+    std::vector<ProductRecord> m_products;  // the catalogue
+    std::atomic<std::uint8_t> m_bAirMode = 0;
+    std::int32_t m_iFirstProduct = 7;
+    std::int32_t m_iLastProduct = 17;   // inclusive
+    std::atomic<bool> m_bBusy = false;  // an operation holds the link: channel reads answer from memory
+
+    // The simulator's complete reply to "listconprod".
+    std::array<char, kSimListconprodSize> m_szSimListconprod{};
+
+ private:
+    std::int32_t Initialise(::HostCallback callback, void* hostData);
+    void DestroyChannels() noexcept;
+};
