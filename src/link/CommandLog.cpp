@@ -1,0 +1,20 @@
+#include "link/CommandLog.h"
+
+#include <algorithm>
+
+#include "base/Text.h"
+#include "core/CDevApiInterface_Impl.h"
+
+void LogExchange(CDevApiInterface_Impl& device, std::wstring_view prefix, const char* command, char* reply,
+                 int length) noexcept {
+    if (!device.m_bLogCommunication) {
+        return;
+    }
+    reply[std::max(length, 0)] = '\0';
+    if (device.HostCallback == nullptr) {
+        return;
+    }
+    LogLine line(prefix);
+    line.Append(L" ").AppendBytes(command).Append(L" -> ").AppendBytes(reply);
+    device.Log(line.c_str());
+}

@@ -1,0 +1,62 @@
+#include "link/Reply.h"
+
+#include <algorithm>
+
+#include "base/Numbers.h"
+
+int ResultCodeOf(std::string_view reply) noexcept { return ParseInteger(reply.substr(0, 1)); }
+
+std::optional<std::size_t> PayloadPosition(std::string_view reply) noexcept {
+    int underscores = 0;
+    for (std::size_t i = 0; i < reply.size() && reply[i] != kReplyEnd; ++i) {
+        if (underscores == 2) {
+            return i;
+        }
+        underscores += reply[i] == '_' ? 1 : 0;
+    }
+    return std::nullopt;
+}
+
+std::string_view DropLineEnd(std::string_view text) noexcept {
+    if (text.ends_with('\n') || text.ends_with('\r')) {
+        text.remove_suffix(1);
+    }
+    return text;
+}
+
+ValueToken ParseValue(std::string_view reply) noexcept {
+    const auto position = PayloadPosition(reply);
+    if (!position) {
+        return {};
+    }
+    const std::string_view payload = reply.substr(*position);
+    const std::size_t end = payload.find_first_of(" \r");
+    if (end == std::string_view::npos) {
+        return {payload.front(), std::nullopt};
+    }
+    return {payload.front(), ParseDouble(payload.substr(0, end))};
+}
+
+ListOutcome ParseIntegerList(std::string_view reply, const std::function<void(int)>& take) {
+    int underscores = 0;
+    for (std::size_t i = 0; i < reply.size() && reply[i] != kReplyEnd; ++i) {
+        if (reply[i] == '_') {
+            ++underscores;
+            continue;
+        }
+        if (underscores < 2 || reply[i] == ' ') {
+            continue;
+        }
+        const auto begin = reply.begin() + static_cast<std::ptrdiff_t>(i);
+        const auto end = std::find_if_not(begin, reply.end(), IsDigit);
+        const auto length = static_cast<std::size_t>(end - begin);
+        if (length > kMaxListDigits) {
+            return ListOutcome::NumberTooLong;
+        }
+        take(ParseInteger(reply.substr(i, length)));
+        // The loop steps over the byte that ended the number without a look at it, even a carriage return: the walk then
+        // ends with the received length.
+        i += length;
+    }
+    return ListOutcome::Complete;
+}

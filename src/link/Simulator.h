@@ -1,0 +1,39 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+#include "base/Text.h"
+#include "link/Reply.h"
+
+/// The simulated server: answers every command from canned texts and from the channels' own values.
+
+/// What the simulator sees of one channel slot.
+struct ChannelView {
+    bool exists = false;
+    std::int32_t product = 0;
+    std::int32_t channel = 0;
+    double current = 0.0;
+    double target = 0.0;
+};
+
+/// All channel slots of the device object.
+struct ChannelViews {
+    std::array<ChannelView, 16> temperatures{};
+    std::array<ChannelView, 4> gasConcentrations{};
+    std::array<ChannelView, 4> humidifiers{};
+};
+
+/// Everything that the answers depend on.
+struct SimulatorState {
+    ChannelViews channels;
+    std::string_view listconprod;  // the complete reply to "listconprod"
+    bool airMode = false;
+};
+
+/// A simulated reply, before it is cut to its reader's buffer.
+using SimulatorText = BoundedText<char, kListReplySize + 1>;
+
+/// The reply to `command`, carriage return included. Never fails: an unknown command gets "1".
+SimulatorText SimulatorReply(const SimulatorState& state, std::string_view command) noexcept;
