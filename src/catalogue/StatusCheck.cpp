@@ -1,0 +1,87 @@
+// Reading the server's status report, and taking what fails out of the catalogue.
+
+#include "catalogue/StatusCheck.h"
+
+#include <algorithm>
+
+#include "base/Numbers.h"
+#include "base/Text.h"
+#include "catalogue/ProductRecord.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "link/Reply.h"
+
+namespace {
+
+constexpr std::size_t kStatusPrefixLength = 9;  // "0_status_"
+constexpr std::size_t kMaxStatusDigits = 3;
+
+LogLine& AppendInteger(LogLine& line, int value) noexcept {
+    std::array<char, 16> digits;
+    const int length = FormatInteger(digits, value);
+    return line.AppendBytes({digits.data(), static_cast<std::size_t>(length)});
+}
+
+void LogStatusError(CDevApiInterface_Impl& device, const StatusError& status) noexcept {
+    LogLine line(L"OKO-Lab bold line status error: product ");
+    AppendInteger(line, status.product).Append(L", device ");
+    AppendInteger(line, status.device).Append(L", error: ");
+    AppendInteger(line, status.error);
+    device.Log(line.c_str());
+}
+
+/// Takes a device out of its product, and a product without devices out of the catalogue.
+void RemoveDevice(std::vector<ProductRecord>& products, const StatusError& status) {
+    const auto record = std::ranges::find(products, status.product, &ProductRecord::m_iProduct);
+    if (record == products.end()) {
+        return;
+    }
+    // The index moves on after an erasure too, so that the element that moved into the gap is not compared. The server
+    // never lists a device twice; kept as it is.
+    auto& devices = record->m_devices;
+    for (std::size_t i = 0; i < devices.size(); ++i) {
+        if (devices[i] == status.device) {
+            devices.erase(devices.begin() + static_cast<std::ptrdiff_t>(i));
+        }
+    }
+    if (devices.empty()) {
+        products.erase(record);
+    }
+}
+
+}  // namespace
+
+StatusOutcome ParseStatus(std::string_view reply, const std::function<void(const StatusError&)>& take) {
+    if (reply.size() <= kStatusPrefixLength) {
+        return StatusOutcome::Complete;
+    }
+    std::array<int, 3> triple{};
+    std::size_t numbers = 0;
+    std::size_t begin = kStatusPrefixLength;
+    for (std::size_t i = begin; i < reply.size() && reply[i] != kReplyEnd; ++i) {
+        if (IsDigit(reply[i])) {
+            if (i - begin >= kMaxStatusDigits) {
+                return StatusOutcome::NumberTooLong;
+            }
+            continue;
+        }
+        // Anything else ends a number, even an empty one, which counts as 0.
+        triple[numbers % triple.size()] = ParseInteger(reply.substr(begin, i - begin));
+        ++numbers;
+        begin = i + 1;
+        if (numbers % triple.size() == 0) {
+            take({triple[0], triple[1], triple[2]});
+        }
+    }
+    return StatusOutcome::Complete;
+}
+
+void CDevApiInterface_Impl::CheckStatus(const char* reply, int replyLength) noexcept {
+    const std::size_t length = replyLength > 0 ? static_cast<std::size_t>(replyLength) : 0;
+    const auto outcome = ParseStatus({reply, length}, [&](const StatusError& status) {
+        LogStatusError(*this, status);
+        RemoveDevice(m_products, status);
+    });
+    if (outcome == StatusOutcome::NumberTooLong) {
+        FatalFault(L"OKO-Lab bold line CheckStatus: a number in the server's reply is too long.");
+    }
+}
