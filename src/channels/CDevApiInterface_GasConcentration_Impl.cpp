@@ -1,0 +1,134 @@
+#include "channels/CDevApiInterface_GasConcentration_Impl.h"
+
+#include <mutex>
+#include <string_view>
+
+#include "channels/ChannelNames.h"
+#include "channels/GasKind.h"
+#include "channels/ParameterRead.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "link/Exchange.h"
+#include "platform/Clock.h"
+#include "platform/Random.h"
+
+namespace {
+
+constexpr ReadRules kTargetRules{L"CDevApiInterface_GasConcentration_Impl::GetTargetGasConcentration", "e", "", true,
+                                 LogGate::WhenChannelLogs};
+constexpr ReadRules kCurrentRules{L"CDevApiInterface_GasConcentration_Impl::GetCurrentGasConcentration", "e", "", true,
+                                  LogGate::WhenChannelLogs};
+
+// Uneven on purpose: a server's own trouble is only worth a line to those who log, a product's trouble to everyone.
+constexpr WriteRules kWriteRules{L"CDevApiInterface_GasConcentration_Impl::SetTargetGasConcentration",
+                                 command::kWriteGas, LogGate::ServerProblemWhenLogging};
+
+/// A new air mode has to be read this often in a row, and once more, before it is believed.
+constexpr std::uint32_t kStatusRepeats = 3;
+
+bool IsO2Controller(std::int32_t product, std::int32_t channel) noexcept {
+    return GasKindOf(product, channel) == GasKind::O2;
+}
+
+}  // namespace
+
+CDevApiInterface_GasConcentration_Impl::CDevApiInterface_GasConcentration_Impl(CDevApiInterface_Impl& device,
+                                                                               std::int32_t index) noexcept
+    : m_pDevice(&device), m_iIndex(index) {
+    SeedRandom(CurrentTimeSeconds());
+    const std::scoped_lock lock(device.m_csData);
+    m_bLogCommunication = device.m_bLogCommunication ? 1 : 0;
+}
+
+std::int32_t CDevApiInterface_GasConcentration_Impl::SetEnabled(std::uint8_t) noexcept { return oko::kSuccess; }
+
+std::int32_t CDevApiInterface_GasConcentration_Impl::GetName(wchar_t* buffer, std::int32_t length) noexcept {
+    return CopyChannelName(FindChannelName(kGasNames, m_iProduct, m_iChannel), buffer, length);
+}
+
+std::int32_t CDevApiInterface_GasConcentration_Impl::NoOperation() noexcept { return oko::kSuccess; }
+
+std::int32_t CDevApiInterface_GasConcentration_Impl::SetTargetGasConcentration(double value) noexcept {
+    const double clamped = ClampPercentTarget(value, m_dMin, m_dMax);
+    if (WriteSetPoint(*m_pDevice, kWriteRules, m_bLogCommunication != 0, m_iProduct, m_iChannel, clamped) !=
+        oko::kSuccess) {
+        return oko::kFailure;
+    }
+    StoreTarget(*m_pDevice, m_dTarget, clamped);
+    return oko::kSuccess;
+}
+
+std::int32_t CDevApiInterface_GasConcentration_Impl::GetTargetGasConcentration(double* value) noexcept {
+    if (value != nullptr && !m_pDevice->m_bBusy && IsO2Controller(m_iProduct, m_iChannel)) {
+        WatchAirMode();
+    }
+    return ReadChannelValue(*m_pDevice, kTargetRules, m_bLogCommunication != 0,
+                            FormatCommand(command::kReadTarget, {m_iProduct, m_iChannel}), m_dTarget, value);
+}
+
+std::int32_t CDevApiInterface_GasConcentration_Impl::GetCurrentGasConcentration(double* value) noexcept {
+    return ReadChannelValue(*m_pDevice, kCurrentRules, m_bLogCommunication != 0,
+                            FormatCommand(command::kReadCurrent, {m_iProduct, m_iChannel}), m_dCurrent, value);
+}
+
+std::int32_t CDevApiInterface_GasConcentration_Impl::GetGasConcentrationState(std::uint32_t* state) noexcept {
+    return JudgePercentState(Get(m_dCurrent), Get(m_dTarget), Get(m_dToleranceBelow), Get(m_dToleranceAbove), m_iState,
+                             state);
+}
+
+std::int32_t CDevApiInterface_GasConcentration_Impl::SetTolerance(double below, double above) noexcept {
+    return StoreTolerance(*m_pDevice, below, above, m_dToleranceBelow, m_dToleranceAbove);
+}
+
+std::int32_t CDevApiInterface_GasConcentration_Impl::GetTolerance(double* below, double* above) noexcept {
+    return LoadTolerance(*m_pDevice, m_dToleranceBelow, m_dToleranceAbove, below, above);
+}
+
+bool CDevApiInterface_GasConcentration_Impl::HasFeature(std::int32_t feature) noexcept {
+    return feature == oko::kFeatureAirMode && m_pDevice->m_bAirMode != 0 && IsO2Controller(m_iProduct, m_iChannel);
+}
+
+void* CDevApiInterface_GasConcentration_Impl::DeletingDestructor(unsigned flags) noexcept {
+    m_pDevice->ForgetGasConcentration(m_iIndex);
+    return DestroyChannel(this, flags);
+}
+
+std::int32_t CDevApiInterface_GasConcentration_Impl::ReadAirMode(std::uint8_t* status) noexcept {
+    if (m_pDevice->m_bBusy) {
+        *status = m_pDevice->m_bAirMode;
+        return oko::kSuccess;
+    }
+    if (!HasAirMode(m_iProduct)) {
+        return oko::kFailure;
+    }
+    ParameterText text;
+    const std::scoped_lock lock(m_pDevice->m_csData);
+    if (!ReadDeviceParameter(*m_pDevice, static_cast<std::uint32_t>(m_iProduct), kAirModeParameter, text.data(), true,
+                             false, kNoCompanion)) {
+        return oko::kFailure;
+    }
+    *status = std::string_view(text.data()) == "1" ? 1 : 0;
+    return oko::kSuccess;
+}
+
+void CDevApiInterface_GasConcentration_Impl::WatchAirMode() noexcept {
+    std::uint8_t status = 0;
+    if (ReadAirMode(&status) != oko::kSuccess) {
+        return;
+    }
+    bool changed = false;
+    {
+        const std::scoped_lock lock(m_pDevice->m_csData);
+        if (status == m_pDevice->m_bAirMode || m_pDevice->m_bBusy) {
+            m_uStatusCount = 0;
+        } else if (m_uStatusCount >= kStatusRepeats) {
+            // The counter stays: a change that follows at once is believed at once.
+            m_pDevice->m_bAirMode = status;
+            changed = true;
+        } else {
+            ++m_uStatusCount;
+        }
+    }
+    if (changed) {
+        m_pDevice->CallHost(oko::kCallbackAirModeChanged, nullptr);
+    }
+}

@@ -1,0 +1,80 @@
+#include "channels/CDevApiInterface_Humidifier_Impl.h"
+
+#include <mutex>
+
+#include "channels/ChannelNames.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "platform/Clock.h"
+#include "platform/Random.h"
+
+namespace {
+
+// Unlike the other channels a humidifier asks the server even while the device is busy; hosts rely on fresh humidity.
+constexpr ReadRules kTargetRules{L"CDevApiInterface_Humidifier_Impl::GetTargetHumidity", "e", "", false,
+                                 LogGate::Always};
+constexpr ReadRules kCurrentRules{L"CDevApiInterface_Humidifier_Impl::GetCurrentHumidity", "e", "", false,
+                                  LogGate::Always};
+constexpr WriteRules kWriteRules{L"CDevApiInterface_Humidifier_Impl::SetTargetHumidity", command::kWriteHumidity,
+                                 LogGate::Always};
+
+}  // namespace
+
+CDevApiInterface_Humidifier_Impl::CDevApiInterface_Humidifier_Impl(CDevApiInterface_Impl& device,
+                                                                   std::int32_t index) noexcept
+    : m_pDevice(&device), m_iIndex(index) {
+    SeedRandom(CurrentTimeSeconds());
+    const std::scoped_lock lock(device.m_csData);
+    m_bLogCommunication = device.m_bLogCommunication ? 1 : 0;
+}
+
+std::int32_t CDevApiInterface_Humidifier_Impl::SetEnabled(std::uint8_t flag) noexcept {
+    m_bEnabled = flag;
+    return oko::kSuccess;
+}
+
+std::int32_t CDevApiInterface_Humidifier_Impl::GetName(wchar_t* buffer, std::int32_t length) noexcept {
+    const auto name = m_iProduct == kHumidifierProduct ? kHumidifierName : std::wstring_view{};
+    return CopyChannelName(name, buffer, length);
+}
+
+std::int32_t CDevApiInterface_Humidifier_Impl::NoOperation() noexcept { return oko::kSuccess; }
+
+std::int32_t CDevApiInterface_Humidifier_Impl::SetTargetHumidity(double value) noexcept {
+    const double clamped = ClampPercentTarget(value, m_dMin, m_dMax);
+    if (WriteSetPoint(*m_pDevice, kWriteRules, m_bLogCommunication != 0, m_iProduct, m_iChannel, clamped) !=
+        oko::kSuccess) {
+        return oko::kFailure;
+    }
+    StoreTarget(*m_pDevice, m_dTarget, clamped);  // not the whole percent that was sent
+    return oko::kSuccess;
+}
+
+std::int32_t CDevApiInterface_Humidifier_Impl::GetTargetHumidity(double* value) noexcept {
+    return ReadChannelValue(*m_pDevice, kTargetRules, m_bLogCommunication != 0,
+                            FormatCommand(command::kReadTarget, {m_iProduct, m_iChannel}), m_dTarget, value);
+}
+
+std::int32_t CDevApiInterface_Humidifier_Impl::GetCurrentHumidity(double* value) noexcept {
+    return ReadChannelValue(*m_pDevice, kCurrentRules, m_bLogCommunication != 0,
+                            FormatCommand(command::kReadCurrent, {m_iProduct, m_iChannel}), m_dCurrent, value);
+}
+
+std::int32_t CDevApiInterface_Humidifier_Impl::GetHumidityState(std::uint32_t* state) noexcept {
+    return JudgePercentState(Get(m_dCurrent), Get(m_dTarget), Get(m_dToleranceBelow), Get(m_dToleranceAbove), m_iState,
+                             state);
+}
+
+std::int32_t CDevApiInterface_Humidifier_Impl::SetTolerance(double below, double above) noexcept {
+    return StoreTolerance(*m_pDevice, below, above, m_dToleranceBelow, m_dToleranceAbove);
+}
+
+std::int32_t CDevApiInterface_Humidifier_Impl::GetTolerance(double* below, double* above) noexcept {
+    return LoadTolerance(*m_pDevice, m_dToleranceBelow, m_dToleranceAbove, below, above);
+}
+
+bool CDevApiInterface_Humidifier_Impl::HasFeature(std::int32_t) noexcept { return false; }
+
+void* CDevApiInterface_Humidifier_Impl::DeletingDestructor(unsigned flags) noexcept {
+    m_pDevice->ForgetHumidifier(m_iIndex);
+    return DestroyChannel(this, flags);
+}

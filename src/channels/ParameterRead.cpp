@@ -1,0 +1,152 @@
+#include "channels/ParameterRead.h"
+
+#include <algorithm>
+#include <span>
+#include <vector>
+
+#include "base/Numbers.h"
+#include "catalogue/ProductRecord.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "link/Exchange.h"
+#include "link/ResultCode.h"
+
+namespace {
+
+// The lines carry the temperature channel's name although other callers read parameters too; hosts' log filters know them.
+constexpr std::wstring_view kMethod = L"CDevApiInterface_Temperature_Impl::GetCurrentTemperature";
+
+/// The lists are ascending: the search ends at the first larger number.
+ParamRecord* FindParameter(std::vector<ProductRecord>& products, std::uint32_t product,
+                           std::uint32_t parameter) noexcept {
+    const auto record = std::ranges::find(products, static_cast<std::int32_t>(product), &ProductRecord::m_iProduct);
+    if (record == products.end()) {
+        return nullptr;
+    }
+    for (ParamRecord& param : record->m_params) {
+        const auto number = static_cast<std::uint32_t>(param.m_iParam);
+        if (number > parameter) {
+            return nullptr;
+        }
+        if (number == parameter) {
+            return &param;
+        }
+    }
+    return nullptr;
+}
+
+/// Copies as much of `text` as fits before a terminator.
+void CopyText(std::string_view text, std::span<char> buffer) noexcept {
+    const std::size_t length = std::min(text.size(), buffer.size() - 1);
+    std::copy_n(text.begin(), length, buffer.begin());
+    buffer[length] = '\0';
+}
+
+Reply AskParameter(CDevApiInterface_Impl& device, std::uint32_t product, std::uint32_t parameter) noexcept {
+    return Ask(device, FormatCommand(command::kReadParam,
+                                     {static_cast<std::int32_t>(product), static_cast<std::int32_t>(parameter)}));
+}
+
+/// The reply that the catalogue keeps, as if it had just come.
+Reply CachedReply(const ParamRecord& param) noexcept {
+    Reply reply;
+    const std::string_view text(param.m_szValue.data());
+    CopyText(text, {reply.data(), static_cast<std::size_t>(reply.capacity())});
+    reply.m_nLength = static_cast<int>(text.size());
+    return reply;
+}
+
+/// The companion's value; 0 when it has none. Its reply is walked only as far as the first one reaches, and an "e" of the FIRST
+/// reply at the place of the payload voids it: the companion of a sensor in error is not to be compared with.
+double ReadCompanion(CDevApiInterface_Impl& device, std::uint32_t product, std::int32_t second,
+                     const Reply& first) noexcept {
+    const Reply companion = AskParameter(device, product, static_cast<std::uint32_t>(second));
+    if (!companion.IsAnswer() || ResultCodeOf(companion.bytes()) >= kCommandNotExecuted) {
+        return 0.0;
+    }
+    // Behind its received bytes the companion's buffer holds zeros, so the walk may pass its end.
+    const std::string_view walked(companion.c_str(), first.bytes().size());
+    const auto position = PayloadPosition(walked);
+    if (!position || walked[*position] == 'n' || first.c_str()[*position] == 'e') {
+        return 0.0;
+    }
+    ParameterText value{};
+    CopyText(companion.bytes().substr(std::min(*position, companion.bytes().size())), value);
+    return ParseDouble(DropLineEnd(value.data()));
+}
+
+/// What the payload of a reply is worth.
+enum class Payload { Accepted, Rejected };
+
+Payload TakePayload(std::string_view reply, std::uint32_t parameter, bool check, double companion,
+                    char* value) noexcept {
+    const auto position = PayloadPosition(reply);
+    if (!position) {
+        return Payload::Accepted;
+    }
+    const std::string_view payload = reply.substr(*position);
+    if (payload.front() == 'e' || (check && payload.front() == 'n')) {
+        return Payload::Rejected;
+    }
+    CopyText(DropLineEnd(payload), {value, ParameterText{}.size()});
+    if (check && parameter != kAirModeParameter && ParseDouble(value) - companion == 0.0) {
+        return Payload::Rejected;
+    }
+    return Payload::Accepted;
+}
+
+}  // namespace
+
+bool ReadDeviceParameter(CDevApiInterface_Impl& device, std::uint32_t product, std::uint32_t parameter, char* value,
+                         bool check, bool useCache, std::int32_t second) noexcept {
+    ParamRecord* const param = FindParameter(device.m_products, product, parameter);
+    if (param == nullptr) {
+        return false;
+    }
+
+    Reply reply;
+    double companion = 0.0;
+    if (useCache && param->m_szValue.front() != '\0') {
+        reply = CachedReply(*param);
+    } else {
+        reply = AskParameter(device, product, parameter);
+        CopyText(reply.c_str(), param->m_szValue);
+        if (second >= 1 && check) {
+            companion = ReadCompanion(device, product, second, reply);
+        }
+    }
+    if (!reply.IsAnswer()) {
+        return false;
+    }
+
+    const int code = ResultCodeOf(reply.bytes());
+    if (code < kCommandNotExecuted &&
+        TakePayload(reply.bytes(), parameter, check, companion, value) == Payload::Rejected) {
+        return false;
+    }
+    LogResultCode(device, kMethod, code);
+    return code != kCommandNotExecuted;
+}
+
+bool IsDeviceParameterPresent(CDevApiInterface_Impl& device, std::uint32_t product, std::uint32_t parameter,
+                              std::int32_t second) noexcept {
+    ParameterText value{};
+    return ReadDeviceParameter(device, product, parameter, value.data(), true, false, second);
+}
+
+bool IsReplyValueNonZero(std::string_view reply) noexcept {
+    if (reply.empty()) {
+        return false;
+    }
+    if (ResultCodeOf(reply) >= kCommandNotExecuted) {
+        return true;
+    }
+    const auto position = PayloadPosition(reply);
+    if (!position) {
+        return true;
+    }
+    const std::string_view payload = reply.substr(*position);
+    if (payload.front() == 'e' || payload.front() == 'n') {
+        return false;
+    }
+    return ParseDouble(DropLineEnd(payload)) != 0.0;
+}
