@@ -1,0 +1,88 @@
+// Slot 5: the alarm settings text becomes tolerances and alarm commands.
+
+#include <algorithm>
+#include <string_view>
+
+#include "base/Numbers.h"
+#include "catalogue/ProductRecord.h"
+#include "channels/CDevApiInterface_GasConcentration_Impl.h"
+#include "channels/CDevApiInterface_Humidifier_Impl.h"
+#include "channels/CDevApiInterface_Temperature_Impl.h"
+#include "channels/GasKind.h"
+#include "channels/ParameterRead.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "link/Exchange.h"
+#include "ui/AlarmSettings.h"
+
+namespace {
+
+template <class Channel>
+void Store(Channel& channel, const Tolerance& tolerance) noexcept {
+    Put(channel.m_dToleranceBelow, tolerance.below);
+    Put(channel.m_dToleranceAbove, tolerance.above);
+}
+
+/// The number in the command is the product's; the narrower tolerance serves for both directions.
+void SendAlarm(CDevApiInterface_Impl& device, std::string_view format, std::int32_t product,
+               const Tolerance& tolerance) noexcept {
+    Tell(device, FormatCommand(format, {product, std::min(tolerance.below, tolerance.above)}));
+}
+
+/// The air mode as the products report it; the last one that answers decides, and without one it is off.
+bool AskAirMode(CDevApiInterface_Impl& device) noexcept {
+    int airMode = -1;
+    for (const ProductRecord& record : device.m_products) {
+        ParameterText text{};
+        if (HasAirMode(record.m_iProduct) &&
+            ReadDeviceParameter(device, static_cast<std::uint32_t>(record.m_iProduct), kAirModeParameter, text.data(),
+                                true, false, kNoCompanion)) {
+            airMode = ParseInteger(text.data());
+        }
+    }
+    return airMode == 1;
+}
+
+void ApplyGasTolerance(CDevApiInterface_Impl& device, CDevApiInterface_GasConcentration_Impl* channel,
+                       const AlarmSettings& settings) noexcept {
+    if (channel == nullptr) {
+        return;
+    }
+    const GasKind kind = GasKindOf(channel->m_iProduct, channel->m_iChannel);
+    if (kind == GasKind::Neither) {
+        return;
+    }
+    const Tolerance& tolerance = kind == GasKind::Co2 ? settings.co2 : settings.o2;
+    Store(*channel, tolerance);
+    SendAlarm(device, command::kGasAlarm, channel->m_iProduct, tolerance);
+}
+
+}  // namespace
+
+std::int32_t CDevApiInterface_Impl::ApplyConfiguration(const wchar_t* text) noexcept {
+    ReportProgress(75);
+    m_bBusy = true;
+    if (text == nullptr) {
+        return oko::kFailure;  // the device stays busy: the host has not finished bringing it up
+    }
+    const AlarmSettings settings = ParseAlarmSettings(text);
+    m_bAirMode = AskAirMode(*this) ? 1 : 0;
+    ReportProgress(83);
+
+    if (CDevApiInterface_Temperature_Impl* const temperature = m_pTemperature[0]) {
+        Store(*temperature, settings.incubator);
+        SendAlarm(*this, command::kTemperatureAlarm, temperature->m_iProduct, settings.incubator);
+    }
+    ApplyGasTolerance(*this, m_pGasConcentration[0], settings);
+    ApplyGasTolerance(*this, m_pGasConcentration[1], settings);
+    if (CDevApiInterface_Humidifier_Impl* const humidifier = m_pHumidifier[0]) {
+        Store(*humidifier, settings.humidity);  // no alarm: the incubator has none for humidity
+    }
+
+    ReportProgress(89);
+    if (m_hProgressWnd != nullptr) {
+        DestroyWindowHandle(m_hProgressWnd);  // the handle stays; messages to a dead window are lost
+    }
+    m_bBusy = false;
+    m_bSetupComplete = true;
+    return oko::kSuccess;
+}
