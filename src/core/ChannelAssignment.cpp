@@ -1,0 +1,124 @@
+// The last part of Init: which channel objects are live, and what each of them addresses.
+
+#include <algorithm>
+#include <string_view>
+
+#include "base/Numbers.h"
+#include "catalogue/ProductRecord.h"
+#include "channels/CDevApiInterface_GasConcentration_Impl.h"
+#include "channels/CDevApiInterface_Humidifier_Impl.h"
+#include "channels/CDevApiInterface_Temperature_Impl.h"
+#include "channels/ParameterRead.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "core/ChannelTable.h"
+#include "core/RangeReply.h"
+#include "link/Exchange.h"
+
+namespace {
+
+constexpr ChannelRange kSensorRange{0.0, 0.0};
+
+/// Makes the next channel of an array live. A full array takes no more, and the rest of the product goes on without it.
+template <class Channel, std::size_t Count>
+void AddChannel(std::array<Channel*, Count>& channels, std::int32_t& liveCount, std::int32_t product,
+                std::optional<std::int32_t> zone, const ChannelRange& range) noexcept {
+    const auto index = static_cast<std::size_t>(liveCount);
+    if (index >= Count || channels[index] == nullptr) {
+        return;
+    }
+    Channel& channel = *channels[index];
+    channel.m_iProduct = product;
+    channel.m_iChannel = zone.value_or(channel.m_iChannel);
+    channel.m_dMin = range.min;
+    channel.m_dMax = range.max;
+    ++liveCount;
+}
+
+void AddChannel(CDevApiInterface_Impl& device, ChannelKind kind, std::int32_t product, std::optional<std::int32_t> zone,
+                const ChannelRange& range) noexcept {
+    switch (kind) {
+        case ChannelKind::Temperature:
+            AddChannel(device.m_pTemperature, device.m_nTemperatures, product, zone, range);
+            return;
+        case ChannelKind::Gas:
+            AddChannel(device.m_pGasConcentration, device.m_nGasConcentrations, product, zone, range);
+            return;
+        case ChannelKind::Humidity:
+            AddChannel(device.m_pHumidifier, device.m_nHumidifiers, product, zone, range);
+            return;
+    }
+}
+
+bool HasRoom(const CDevApiInterface_Impl& device, ChannelKind kind) noexcept {
+    switch (kind) {
+        case ChannelKind::Temperature:
+            return device.m_nTemperatures < CDevApiInterface_Impl::kTemperatures;
+        case ChannelKind::Gas:
+            return device.m_nGasConcentrations < CDevApiInterface_Impl::kGasConcentrations;
+        case ChannelKind::Humidity:
+            break;
+    }
+    return device.m_nHumidifiers < CDevApiInterface_Impl::kHumidifiers;
+}
+
+ChannelRange AskRange(CDevApiInterface_Impl& device, std::int32_t product, std::int32_t zone,
+                      const RangeSetup& setup) noexcept {
+    const Reply min = Ask(device, FormatCommand(command::kReadMin, {product, zone}));
+    const Reply max = Ask(device, FormatCommand(command::kReadMax, {product, zone}));
+    const ChannelRange range{ReadRangeEnd(min.bytes(), setup.defaults.min),
+                             ReadRangeEnd(max.bytes(), setup.defaults.max)};
+    const bool tooSmall = range.min < kSmallestRangeEnd || range.max < kSmallestRangeEnd;
+    return tooSmall ? setup.ifTooSmall.value_or(range) : range;
+}
+
+bool IsZonePresent(CDevApiInterface_Impl& device, std::int32_t product, std::int32_t zone) noexcept {
+    return IsReplyValueNonZero(Ask(device, FormatCommand(command::kReadCurrent, {product, zone})).c_str());
+}
+
+void AddZone(CDevApiInterface_Impl& device, ChannelKind kind, std::int32_t product, const ZoneSetup& zone) noexcept {
+    if (zone.onlyIfPresent && !IsZonePresent(device, product, zone.zone)) {
+        return;
+    }
+    const ChannelRange range = zone.range ? AskRange(device, product, zone.zone, *zone.range) : kSensorRange;
+    AddChannel(device, kind, product, zone.writesZone ? std::optional(zone.zone) : std::nullopt, range);
+}
+
+void AddProbedSensors(CDevApiInterface_Impl& device, std::int32_t product,
+                      std::span<const SensorProbe> probes) noexcept {
+    for (const SensorProbe& probe : probes) {
+        if (IsDeviceParameterPresent(device, static_cast<std::uint32_t>(product),
+                                     static_cast<std::uint32_t>(probe.parameter), probe.companion)) {
+            AddChannel(device, ChannelKind::Temperature, product, probe.parameter, kSensorRange);
+        }
+    }
+}
+
+bool WantsHumidifierSensors(const CDevApiInterface_Impl& device, HumidifierSensors when) noexcept {
+    if (when != HumidifierSensors::WithoutHumidifier) {
+        return when == HumidifierSensors::Always;
+    }
+    return std::ranges::find(device.m_products, kActiveHumidifier, &ProductRecord::m_iProduct) ==
+           device.m_products.end();
+}
+
+void AddProduct(CDevApiInterface_Impl& device, std::int32_t product) noexcept {
+    const ProductSetup& setup = SetupOf(product);
+    if (!HasRoom(device, setup.kind)) {
+        return;
+    }
+    for (const ZoneSetup& zone : setup.zones) {
+        AddZone(device, setup.kind, product, zone);
+    }
+    AddProbedSensors(device, product, setup.probes);
+    if (WantsHumidifierSensors(device, setup.humidifierSensors)) {
+        AddProbedSensors(device, product, kHumidifierProbes);
+    }
+}
+
+}  // namespace
+
+void CDevApiInterface_Impl::AssignChannels() noexcept {
+    for (const ProductRecord& record : m_products) {
+        AddProduct(*this, record.m_iProduct);
+    }
+}

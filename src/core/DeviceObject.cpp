@@ -1,0 +1,127 @@
+// The device object's life and the slots that answer from its fields alone.
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+#include "base/Scan.h"
+#include "catalogue/ProductRecord.h"
+#include "channels/CDevApiInterface_GasConcentration_Impl.h"
+#include "channels/CDevApiInterface_Humidifier_Impl.h"
+#include "channels/CDevApiInterface_Temperature_Impl.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "link/SimulatorTables.h"
+#include "oko/LibQuery.h"
+#include "platform/FailFast.h"
+
+namespace {
+
+constexpr std::int32_t kSimulatorComPort = 1;
+
+/// Makes a channel for each place. The channels own themselves from here on: they are freed through their deleting destructors,
+/// as the host's object layout wants it.
+template <class Channel, std::size_t Count>
+void CreateChannels(CDevApiInterface_Impl& device, std::array<Channel*, Count>& channels) {
+    for (std::size_t i = 0; i < Count; ++i) {
+        channels[i] = std::make_unique<Channel>(device, static_cast<std::int32_t>(i)).release();
+    }
+}
+
+template <class Channel, std::size_t Count>
+void DeleteChannels(std::array<Channel*, Count>& channels) noexcept {
+    constexpr unsigned kFreeMemory = 1;
+    for (Channel*& slot : channels) {
+        if (Channel* const channel = std::exchange(slot, nullptr)) {
+            channel->DeletingDestructor(kFreeMemory);
+        }
+    }
+}
+
+/// The get-channel slots: the bounds are the arrays', not the live counts, and a missing channel is no failure.
+template <class Channel, std::size_t Count, class Interface>
+std::int32_t GetChannel(const std::array<Channel*, Count>& channels, std::uint32_t index, Interface** out) noexcept {
+    if (index < Count && channels[index] != nullptr && out != nullptr) {
+        *out = channels[index];
+    }
+    return oko::kSuccess;
+}
+
+}  // namespace
+
+CDevApiInterface_Impl::CDevApiInterface_Impl(std::uint32_t index)
+    : m_iDeviceIndex(index),
+      m_iComPort(index == oko::kSimulatorDevice ? kSimulatorComPort : 0),
+      m_bSimulator(index == oko::kSimulatorDevice) {
+    std::ranges::copy(kDefaultListConProdReply, m_szSimListconprod.begin());
+    try {
+        CreateChannels(*this, m_pTemperature);
+        CreateChannels(*this, m_pGasConcentration);
+        CreateChannels(*this, m_pHumidifier);
+    } catch (...) {
+        DestroyChannels();
+        throw;
+    }
+}
+
+CDevApiInterface_Impl::~CDevApiInterface_Impl() { DestroyChannels(); }
+
+void CDevApiInterface_Impl::DestroyChannels() noexcept {
+    DeleteChannels(m_pTemperature);
+    DeleteChannels(m_pGasConcentration);
+    DeleteChannels(m_pHumidifier);
+    m_nTemperatures = 0;
+    m_nGasConcentrations = 0;
+    m_nHumidifiers = 0;
+}
+
+std::int32_t CDevApiInterface_Impl::ApplyConnection(const wchar_t* text) noexcept {
+    ReportProgress(5);
+    if (text != nullptr) {
+        Scanner scanner{std::wstring_view(text)};
+        scanner.Literal("m_iComPort ") && scanner.Integer(m_iComPort);
+    }
+    ConnectSocket();
+    return oko::kSuccess;
+}
+
+std::int32_t CDevApiInterface_Impl::GetTemperatureCount() noexcept { return m_nTemperatures; }
+
+std::int32_t CDevApiInterface_Impl::GetTemperature(std::uint32_t index,
+                                                   CDevApiInterface_Temperature** channel) noexcept {
+    return GetChannel(m_pTemperature, index, channel);
+}
+
+std::int32_t CDevApiInterface_Impl::GetGasConcentrationCount() noexcept { return m_nGasConcentrations; }
+
+std::int32_t CDevApiInterface_Impl::GetGasConcentration(std::uint32_t index,
+                                                        CDevApiInterface_GasConcentration** channel) noexcept {
+    return GetChannel(m_pGasConcentration, index, channel);
+}
+
+std::int32_t CDevApiInterface_Impl::GetHumidifierCount() noexcept { return m_nHumidifiers; }
+
+std::int32_t CDevApiInterface_Impl::GetHumidifier(std::uint32_t index, CDevApiInterface_Humidifier** channel) noexcept {
+    return GetChannel(m_pHumidifier, index, channel);
+}
+
+void CDevApiInterface_Impl::CallHost(std::int32_t code, const wchar_t* text) noexcept try {
+    if (HostCallback != nullptr) {
+        HostCallback(code, text);
+    }
+} catch (...) {
+    // The host's own trouble: it must not unwind through our locks and slots.
+}
+
+void CDevApiInterface_Impl::Log(const wchar_t* line) noexcept { CallHost(oko::kCallbackLog, line); }
+
+void CDevApiInterface_Impl::ReportProgress(int percent) noexcept {
+    if (m_hProgressWnd != nullptr) {
+        m_iProgress = percent;
+        SendProgress(m_hProgressWnd, percent);
+    }
+}
+
+void CDevApiInterface_Impl::FatalFault(const wchar_t* reason) noexcept {
+    Log(reason);
+    FailFast();
+}

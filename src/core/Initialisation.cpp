@@ -1,0 +1,101 @@
+// Slot 0: from a host's callback to live channels.
+
+#include "catalogue/ProductRecord.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "link/Exchange.h"
+#include "platform/Registry.h"
+
+namespace {
+
+constexpr std::uint32_t kServerPollDelayMs = 500;
+
+constexpr const wchar_t* kLogKey = L"Software\\Vellmark\\Misc";
+constexpr const wchar_t* kLogValue = L"LogCommunication";
+
+/// The machine-wide switch of the communication log. Anything but a four-byte number 1 means off.
+bool ReadLogSwitch() noexcept {
+    const auto key = OpenLocalMachine(kLogKey);
+    if (!key) {
+        return false;
+    }
+    const auto info = key->Query(kLogValue);
+    if (!info || info->type != kRegistryDword || info->sizeBytes != sizeof(std::uint32_t)) {
+        return false;
+    }
+    return key->ReadDword(kLogValue) == 1U;
+}
+
+void ResetLiveCounts(CDevApiInterface_Impl& device) noexcept {
+    device.m_nTemperatures = 0;
+    device.m_nGasConcentrations = 0;
+    device.m_nHumidifiers = 0;
+}
+
+/// Tells the server in which mode each product works.
+void SendModes(CDevApiInterface_Impl& device) noexcept {
+    const int mode = device.m_bSimulator ? 1 : 0;
+    for (int product = device.m_iFirstProduct; product <= device.m_iLastProduct; ++product) {
+        Tell(device, FormatCommand(command::kMode, {product, mode}));
+    }
+}
+
+/// Tells the server where each product is connected, and has it check.
+void SendComPorts(CDevApiInterface_Impl& device) noexcept {
+    for (int product = device.m_iFirstProduct; product <= device.m_iLastProduct; ++product) {
+        Tell(device, FormatCommand(command::kSetComPort, {product, device.m_iComPort}));
+    }
+    // The two mixers have a second link.
+    Tell(device, FormatCommand(command::kSetComPortSecondLink, {12, device.m_iComPort}));
+    Tell(device, FormatCommand(command::kSetComPortSecondLink, {13, device.m_iComPort}));
+    for (int product = device.m_iFirstProduct; product <= device.m_iLastProduct; ++product) {
+        Tell(device, FormatCommand(command::kCheckConnection, {product}));
+    }
+}
+
+}  // namespace
+
+std::int32_t CDevApiInterface_Impl::Init(::HostCallback callback, void* hostData) noexcept try {
+    return Initialise(callback, hostData);
+} catch (...) {
+    return oko::kFailure;  // out of memory; the device stays busy, as after every failed Init
+}
+
+std::int32_t CDevApiInterface_Impl::Initialise(::HostCallback callback, void* hostData) {
+    ReportProgress(15);
+    m_bBusy = true;
+    HostCallback = callback;
+    Log(L"OKO-Lab bold line Init()");
+    m_bLogCommunication = ReadLogSwitch();
+    ReportProgress(17);
+    if (m_bSimulator) {
+        StopValueThread();  // still there when the host left out Close; it must not see the channels change
+        LoadSimulatorAnswer();
+    }
+    ReportProgress(25);
+    m_pHostData = hostData;
+    ResetLiveCounts(*this);
+
+    // A failure leaves m_bBusy set, so that the channels go on answering from memory; the next operation that takes
+    // the link clears it.
+    if (EnsureServerRunning(kServerPollDelayMs, 30) != ServerState::Running) {
+        return oko::kFailure;
+    }
+    SendModes(*this);
+    ReportProgress(40);
+    SendComPorts(*this);
+    m_bFindRequested = false;
+    EnumerateProducts();
+    ReportProgress(52);
+    Tell(*this, FormatCommand(command::kStart, {1}));
+    ResetLiveCounts(*this);
+    const Reply status = Ask(*this, FormatCommand(command::kStatus));
+    CheckStatus(status.c_str(), status.m_nLength);
+    AssignChannels();
+    ReportProgress(70);
+
+    if (m_bSimulator) {
+        StartValueThread();
+    }
+    m_bBusy = false;
+    return oko::kSuccess;
+}
