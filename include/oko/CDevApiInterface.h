@@ -14,11 +14,12 @@ using WindowHandle = void*;
 using DialogProcedure = void*;
 
 /// Wide characters that the buffer given to ShowConfiguration must hold. The plug-in writes the alarm settings text
-/// without looking at the size it was given: eight keys and eight numbers of up to 316 characters each, and the terminator.
+/// without looking at the size it was given: eight keys and eight numbers of up to 316 characters each, and the
+/// terminator.
 inline constexpr std::int32_t kConfigurationTextLength = 2688;
 
-/// Wide characters that the buffer given to ShowConnection must hold: "m_iComPort ", a number of up to 11 characters and
-/// the terminator.
+/// Wide characters that the buffer given to ShowConnection must hold: "m_iComPort ", a number of up to 11 characters
+/// and the terminator.
 inline constexpr std::int32_t kConnectionTextLength = 32;
 
 /// Bounds of the channel arrays: indexes below them always give a channel object.
@@ -28,17 +29,17 @@ inline constexpr std::uint32_t kHumidityChannels = 4;
 
 }  // namespace oko
 
-/// The device object: a real incubator or the simulator. It has exactly 15 slots and no virtual destructor; it lives until
-/// the library is unloaded.
+/// The device object: a real incubator or the simulator. It has exactly 15 slots and no virtual destructor; it lives
+/// until the library is unloaded.
 ///
-/// Order of use: ApplyConnection, Init, ApplyConfiguration, work with the channels and dialogs, Close. After Close the same
-/// order may begin again. All of it on the host's user-interface thread.
+/// Order of use: ApplyConnection, Init, ApplyConfiguration, work with the channels and dialogs, Close. After Close the
+/// same order may begin again. All of it on the host's user-interface thread.
 class CDevApiInterface {
  public:
-    /// Slot 0. Finds the server, learns what is connected and assigns the channels. `callback` may be null. `hostData` is kept
-    /// and not used. 0: the counts below tell which channels are live; on the simulator their values move from now on.
-    /// -1: the server did not answer or refused; a message box told the user. [blocks: one exchange with the server for
-    /// each of some 80 commands]
+    /// Slot 0. Finds the server, learns what is connected and assigns the channels. `callback` may be null. `hostData`
+    /// is kept and not used. 0: the counts below tell which channels are live; on the simulator their values move from
+    /// now on. -1: the server did not answer or refused; a message box told the user. [blocks: one exchange with the
+    /// server for each of some 80 commands]
     virtual std::int32_t Init(HostCallback callback, void* hostData) = 0;
 
     /// Slot 1. Stops the simulator's value thread (waits at most 5.1 s), tells the server to stop and to release its
@@ -48,23 +49,24 @@ class CDevApiInterface {
     /// Slot 2. Not used; returns false.
     virtual bool Unused2() = 0;
 
-    /// Slot 3. Creates the value panel, a child window, in `parent` and returns its handle, or null. Where `procedure` is
-    /// not null it receives the panel's dialog procedure.
+    /// Slot 3. Creates the value panel, a child window, in `parent` and returns its handle, or null. Where `procedure`
+    /// is not null it receives the panel's dialog procedure.
     virtual oko::WindowHandle CreateValuePanel(oko::WindowHandle parent, oko::DialogProcedure* procedure) = 0;
 
-    /// Slot 4. Runs the modal configuration dialog. `text`: buffer of oko::kConfigurationTextLength wide characters that
-    /// receives the alarm settings text, ending in a zero; `size` is kept and not used. 0: OK, the text is written and applied.
-    /// -1: refused or cancelled. [blocks until the dialog is closed]
+    /// Slot 4. Runs the modal configuration dialog. `text`: buffer of oko::kConfigurationTextLength wide characters
+    /// that receives the alarm settings text, ending in a zero; `size` is kept and not used. 0: OK, the text is written
+    /// and applied. -1: refused or cancelled. [blocks until the dialog is closed]
     virtual std::int32_t ShowConfiguration(wchar_t* text, std::int32_t size, oko::WindowHandle parent) = 0;
 
-    /// Slot 5. Applies an alarm settings text (wide, ending in a zero): stores the tolerances in the channels, sends the alarm
-    /// commands, reads the air mode, closes the progress window. Values that the text lacks take their defaults. -1 for
-    /// null. [blocks]
+    /// Slot 5. Applies an alarm settings text (wide, ending in a zero): stores the tolerances in the channels, sends
+    /// the alarm commands, reads the air mode, closes the progress window. Values that the text lacks take their
+    /// defaults. -1 for null. [blocks]
     virtual std::int32_t ApplyConfiguration(const wchar_t* text) = 0;
 
     /// Slot 6. Runs the modal connection dialog; on the simulator it returns 0 at once. `text`: buffer of
     /// oko::kConnectionTextLength wide characters with the connection settings text, which is written anew on success.
-    /// `length`: the text's length; 0 when there is none yet. -1: closed through the close box. [blocks until it is closed]
+    /// `length`: the text's length; 0 when there is none yet. -1: closed through the close box. [blocks until it is
+    /// closed]
     virtual std::int32_t ShowConnection(wchar_t* text, std::int32_t length, oko::WindowHandle parent) = 0;
 
     /// Slot 7. Takes the connection settings text ("m_iComPort 3", wide, ending in a zero; empty or null keeps the
@@ -75,8 +77,9 @@ class CDevApiInterface {
     virtual std::int32_t Unused8() = 0;
 
     /// Slots 9, 11, 13. How many channels of the kind are live: 16, 4 and 4 before the first Init.
-    /// Slots 10, 12, 14. Store channel `index` of the kind through `channel` and return 0. An index at or above the bound
-    /// (oko::kTemperatureChannels, ...) returns 0 too and leaves `*channel` as it was: set it to null before the call.
+    /// Slots 10, 12, 14. Store channel `index` of the kind through `channel` and return 0. An index at or above the
+    /// bound (oko::kTemperatureChannels, ...) returns 0 too and leaves `*channel` as it was: set it to null before the
+    /// call.
     virtual std::int32_t GetTemperatureCount() = 0;
     virtual std::int32_t GetTemperature(std::uint32_t index, CDevApiInterface_Temperature** channel) = 0;
     virtual std::int32_t GetGasConcentrationCount() = 0;

@@ -22,8 +22,8 @@ inline constexpr std::int32_t kFeatureAirMode = 2;
 class CDevApiInterface_GasConcentration : public INotify {
  public:
     /// Slot 3. Sets the target, clamped to 0 to 99.99 and to the controller's range, and sent with two decimals. Then
-    /// posts WM_COMMAND (command 1003, notification code 1) to the calling thread's message queue. -1: no answer, or the
-    /// server refused. [blocks]
+    /// posts WM_COMMAND (command 1003, notification code 1) to the calling thread's message queue. -1: no answer, or
+    /// the server refused. [blocks]
     virtual std::int32_t SetTargetGasConcentration(double value) = 0;
 
     /// Slot 4. Reads the target from the server; the last known one while the device is busy. A reply without a value

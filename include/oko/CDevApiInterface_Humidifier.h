@@ -11,9 +11,9 @@
 /// keeps the flag of SetEnabled.
 class CDevApiInterface_Humidifier : public INotify {
  public:
-    /// Slot 3. Sets the target, clamped to 0 to 99.99 and to the humidifier's range, and sent as a whole percent. Then posts
-    /// WM_COMMAND (command 1003, notification code 1) to the calling thread's message queue. -1: no answer, or the
-    /// server refused. [blocks]
+    /// Slot 3. Sets the target, clamped to 0 to 99.99 and to the humidifier's range, and sent as a whole percent. Then
+    /// posts WM_COMMAND (command 1003, notification code 1) to the calling thread's message queue. -1: no answer, or
+    /// the server refused. [blocks]
     virtual std::int32_t SetTargetHumidity(double value) = 0;
 
     /// Slot 4. Reads the target from the server, also while the device is busy. A reply without a value returns 0 and

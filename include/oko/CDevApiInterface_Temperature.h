@@ -60,9 +60,10 @@ class CDevApiInterface_Temperature : public INotify {
     /// Slot 13. True only for oko::kFeatureSensorOnly on a channel that is one.
     virtual bool HasFeature(std::int32_t feature) = 0;
 
-    /// Slot 14. The Microsoft layout's deleting destructor: destroys the channel, frees its memory when bit 0 of `flags`
-    /// is set, and returns the address of the object. The device object deletes its channels itself; a host has no need
-    /// to call it. Declared as an ordinary function because other compilers give a virtual destructor two slots.
+    /// Slot 14. The Microsoft layout's deleting destructor: destroys the channel, frees its memory when bit 0 of
+    /// `flags` is set, and returns the address of the object. The device object deletes its channels itself; a host has
+    /// no need to call it. Declared as an ordinary function because other compilers give a virtual destructor two
+    /// slots.
     virtual void* DeletingDestructor(unsigned flags) = 0;
 
  protected:

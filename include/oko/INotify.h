@@ -4,17 +4,17 @@
 
 /// What every channel offers first: slots 0 to 2 of its table of operations.
 ///
-/// The order of the virtual functions here and in the derived interfaces is the binary contract: the Microsoft C++ object
-/// layout, one slot a function, whatever compiler built the library. A channel belongs to its device object and is
-/// called from the host's threads.
+/// The order of the virtual functions here and in the derived interfaces is the binary contract: the Microsoft C++
+/// object layout, one slot a function, whatever compiler built the library. A channel belongs to its device object and
+/// is called from the host's threads.
 class INotify {
  public:
     /// Slot 0. Switches a channel on (1) or off (0). Only humidity channels keep the flag. Returns 0.
     virtual std::int32_t SetEnabled(std::uint8_t flag) = 0;
 
-    /// Slot 1. Copies the channel's display name into `buffer`, at most `length` wide characters and only the name's own:
-    /// NO terminator is added, so hand in a buffer of zeros (oko::kChannelNameLength is enough for every name and a
-    /// terminator). A channel without a name copies nothing and returns 0. Returns -1 for a null buffer.
+    /// Slot 1. Copies the channel's display name into `buffer`, at most `length` wide characters and only the name's
+    /// own: NO terminator is added, so hand in a buffer of zeros (oko::kChannelNameLength is enough for every name and
+    /// a terminator). A channel without a name copies nothing and returns 0. Returns -1 for a null buffer.
     virtual std::int32_t GetName(wchar_t* buffer, std::int32_t length) = 0;
 
     /// Slot 2. Does nothing. Returns 0.

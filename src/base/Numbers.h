@@ -3,8 +3,8 @@
 #include <span>
 #include <string_view>
 
-/// Numbers with the meaning of the C run-time's printf and atof, but always with the decimal point: a host that has called
-/// setlocale shares its run-time with this library, and a German one would make the wire say "37,5".
+/// Numbers with the meaning of the C run-time's printf and atof, but always with the decimal point: a host that has
+/// called setlocale shares its run-time with this library, and a German one would make the wire say "37,5".
 
 /// Writes `value` as "%0.<decimals>f" would in the C locale, without a terminator. Returns the length, or -1 when the
 /// buffer is too small (the largest double needs 309 digits, a point and the decimals).
@@ -13,7 +13,8 @@ int FormatFixed(std::span<char> buffer, double value, int decimals) noexcept;
 /// Writes `value` as "%d" would, without a terminator. Returns the length, or -1 when the buffer is too small.
 int FormatInteger(std::span<char> buffer, int value) noexcept;
 
-/// A number found at the start of a text, and how many characters it took, leading blanks included; 0 when there is none.
+/// A number found at the start of a text, and how many characters it took, leading blanks included; 0 when there is
+/// none.
 struct ScannedDouble {
     double value = 0.0;
     int length = 0;

@@ -5,8 +5,8 @@
 
 #include "base/Numbers.h"
 
-/// Reads a text from left to right as scanf does with a format: literals and numbers in turn, until the first that does not
-/// match. After a mismatch every further call fails too.
+/// Reads a text from left to right as scanf does with a format: literals and numbers in turn, until the first that does
+/// not match. After a mismatch every further call fails too.
 template <class Char>
 class Scanner {
  public:

@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <string_view>
 
-/// A text of at most `Capacity - 1` characters that always ends in a zero. What does not fit is cut: these texts are log lines
-/// and commands, and a long reply in a line must never overrun it.
+/// A text of at most `Capacity - 1` characters that always ends in a zero. What does not fit is cut: these texts are
+/// log lines and commands, and a long reply in a line must never overrun it.
 template <class Char, std::size_t Capacity>
 class BoundedText {
  public:

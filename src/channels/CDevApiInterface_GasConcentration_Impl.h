@@ -25,8 +25,8 @@ class CDevApiInterface_GasConcentration_Impl final : public CDevApiInterface_Gas
     bool HasFeature(std::int32_t feature) noexcept override;
     void* DeletingDestructor(unsigned flags) noexcept override;
 
-    /// Reads the product's air-mode state: 1 on, 0 off. Holds the data lock while the server answers. Returns 0, or -1 when
-    /// the product has no air mode or does not tell.
+    /// Reads the product's air-mode state: 1 on, 0 off. Holds the data lock while the server answers. Returns 0, or -1
+    /// when the product has no air mode or does not tell.
     std::int32_t ReadAirMode(std::uint8_t* status) noexcept;
 
     std::int32_t m_iProduct = 0;

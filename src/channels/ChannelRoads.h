@@ -37,9 +37,9 @@ struct ReadRules {
     LogGate gate;
 };
 
-/// Sends `command` and reads the value of its reply into `value` and `cache`. A reply without a value leaves both as they
-/// were and succeeds. `bChannelLogs`: the channel's own log flag. Returns the host's result. Any thread; blocks until the
-/// server answers; allocates nothing.
+/// Sends `command` and reads the value of its reply into `value` and `cache`. A reply without a value leaves both as
+/// they were and succeeds. `bChannelLogs`: the channel's own log flag. Returns the host's result. Any thread; blocks
+/// until the server answers; allocates nothing.
 std::int32_t ReadChannelValue(CDevApiInterface_Impl& device, const ReadRules& rules, bool bChannelLogs,
                               const CommandText& command, SharedDouble& cache, double* value) noexcept;
 
@@ -55,8 +55,8 @@ struct WriteRules {
 std::int32_t WriteSetPoint(CDevApiInterface_Impl& device, const WriteRules& rules, bool bChannelLogs,
                            std::int32_t product, std::int32_t channel, double value) noexcept;
 
-/// The part of SetTarget... that gas and humidity share: 0 to 99.99, then the channel's own range. A number that is none
-/// becomes the lowest target.
+/// The part of SetTarget... that gas and humidity share: 0 to 99.99, then the channel's own range. A number that is
+/// none becomes the lowest target.
 double ClampPercentTarget(double value, double min, double max) noexcept;
 
 /// Whether the current value lies in the band around the target.
@@ -66,7 +66,8 @@ bool IsWithinBand(double current, double target, double below, double above) noe
 std::int32_t JudgePercentState(double current, double target, double below, double above, SharedInt& kept,
                                std::uint32_t* state) noexcept;
 
-/// The end of SetTarget... that gas and humidity share: stores the target under the data lock and posts the change notice.
+/// The end of SetTarget... that gas and humidity share: stores the target under the data lock and posts the change
+/// notice.
 void StoreTarget(CDevApiInterface_Impl& device, SharedDouble& target, double value) noexcept;
 
 /// The tolerance slots of all three channel classes, under the data lock.
@@ -75,7 +76,8 @@ std::int32_t StoreTolerance(CDevApiInterface_Impl& device, double below, double 
 std::int32_t LoadTolerance(CDevApiInterface_Impl& device, const SharedDouble& toleranceBelow,
                            const SharedDouble& toleranceAbove, double* below, double* above) noexcept;
 
-/// The deleting destructor of a channel, as the Microsoft object layout calls it: bit 0 of `flags` asks to free the memory too.
+/// The deleting destructor of a channel, as the Microsoft object layout calls it: bit 0 of `flags` asks to free the
+/// memory too.
 template <class Channel>
 void* DestroyChannel(Channel* channel, unsigned flags) noexcept {
     constexpr unsigned kFreeMemory = 1;

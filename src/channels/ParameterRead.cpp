@@ -12,7 +12,8 @@
 
 namespace {
 
-// The lines carry the temperature channel's name although other callers read parameters too; hosts' log filters know them.
+// The lines carry the temperature channel's name although other callers read parameters too; hosts' log filters know
+// them.
 constexpr std::wstring_view kMethod = L"CDevApiInterface_Temperature_Impl::GetCurrentTemperature";
 
 /// The lists are ascending: the search ends at the first larger number.
@@ -55,8 +56,8 @@ Reply CachedReply(const ParamRecord& param) noexcept {
     return reply;
 }
 
-/// The companion's value; 0 when it has none. Its reply is walked only as far as the first one reaches, and an "e" of the FIRST
-/// reply at the place of the payload voids it: the companion of a sensor in error is not to be compared with.
+/// The companion's value; 0 when it has none. Its reply is walked only as far as the first one reaches, and an "e" of
+/// the FIRST reply at the place of the payload voids it: the companion of a sensor in error is not to be compared with.
 double ReadCompanion(CDevApiInterface_Impl& device, std::uint32_t product, std::int32_t second,
                      const Reply& first) noexcept {
     const Reply companion = AskParameter(device, product, static_cast<std::uint32_t>(second));

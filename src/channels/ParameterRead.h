@@ -6,8 +6,8 @@
 
 class CDevApiInterface_Impl;
 
-/// Reading a product's numbered parameters, as the catalogue lists them. These functions take no lock of their own; a caller that
-/// needs consistency holds the data lock. Each read blocks until the server answers and allocates nothing.
+/// Reading a product's numbered parameters, as the catalogue lists them. These functions take no lock of their own; a
+/// caller that needs consistency holds the data lock. Each read blocks until the server answers and allocates nothing.
 
 /// The text of a parameter's value: 63 characters and a terminator.
 using ParameterText = std::array<char, 64>;
@@ -18,10 +18,11 @@ inline constexpr std::uint32_t kAirModeParameter = 237;
 /// No companion parameter.
 inline constexpr std::int32_t kNoCompanion = -1;
 
-/// Reads a parameter's value text into `value`, which holds 64 characters and keeps what it had when the reply carries no
-/// payload. False when the catalogue does not list the parameter (nothing is sent then), when no answer or an error came.
-/// `check`: a value of 0, one that equals the companion's, and one that begins with "n" count as missing.
-/// `useCache`: takes the reply that the catalogue keeps, if there is one. `second`: the companion's number, or kNoCompanion.
+/// Reads a parameter's value text into `value`, which holds 64 characters and keeps what it had when the reply carries
+/// no payload. False when the catalogue does not list the parameter (nothing is sent then), when no answer or an error
+/// came. `check`: a value of 0, one that equals the companion's, and one that begins with "n" count as missing.
+/// `useCache`: takes the reply that the catalogue keeps, if there is one. `second`: the companion's number, or
+/// kNoCompanion.
 bool ReadDeviceParameter(CDevApiInterface_Impl& device, std::uint32_t product, std::uint32_t parameter, char* value,
                          bool check, bool useCache, std::int32_t second) noexcept;
 
@@ -29,6 +30,6 @@ bool ReadDeviceParameter(CDevApiInterface_Impl& device, std::uint32_t product, s
 bool IsDeviceParameterPresent(CDevApiInterface_Impl& device, std::uint32_t product, std::uint32_t parameter,
                               std::int32_t second) noexcept;
 
-/// The same question for a reply that the caller holds. A reply without a payload counts as present, and so does one that
-/// says that the command was not executed.
+/// The same question for a reply that the caller holds. A reply without a payload counts as present, and so does one
+/// that says that the command was not executed.
 bool IsReplyValueNonZero(std::string_view reply) noexcept;

@@ -13,8 +13,8 @@ class CDevApiInterface_Humidifier_Impl;
 /// m_hThreadStopped. A null device returns at once.
 std::uint32_t SimulationThread(void* device) noexcept;
 
-/// One step of one channel. The temperature step holds the data lock; the other two take none and post the change notice to
-/// the calling thread.
+/// One step of one channel. The temperature step holds the data lock; the other two take none and post the change
+/// notice to the calling thread.
 void SimulateTemperature(CDevApiInterface_Temperature_Impl& channel) noexcept;
 void SimulateGasConcentration(CDevApiInterface_GasConcentration_Impl& channel) noexcept;
 void SimulateHumidity(CDevApiInterface_Humidifier_Impl& channel) noexcept;

@@ -19,8 +19,8 @@ struct ChannelViews;
 
 /// The device object: one per device index. It owns the channels, the link to the server and the catalogue of products.
 ///
-/// Every slot runs on the host's thread. Fields that the simulator's value thread or a second host thread reads without a
-/// lock are atomic and accessed relaxed.
+/// Every slot runs on the host's thread. Fields that the simulator's value thread or a second host thread reads without
+/// a lock are atomic and accessed relaxed.
 class CDevApiInterface_Impl final : public CDevApiInterface {
  public:
     static constexpr int kTemperatures = static_cast<int>(oko::kTemperatureChannels);
@@ -62,14 +62,15 @@ class CDevApiInterface_Impl final : public CDevApiInterface {
     void DisconnectSocket() noexcept;
 
     /// Sends one command and waits for its reply, under the socket lock; the simulator answers itself.
-    /// `command` ends in a zero, `commandLength` does not count it. `reply` holds `replySize` bytes AND one spare byte for the
-    /// terminator that the communication log writes. `replyLength` may be null; it receives the number of bytes, negative on
-    /// failure. Blocks until the server answers. Any thread.
+    /// `command` ends in a zero, `commandLength` does not count it. `reply` holds `replySize` bytes AND one spare byte
+    /// for the terminator that the communication log writes. `replyLength` may be null; it receives the number of
+    /// bytes, negative on failure. Blocks until the server answers. Any thread.
     void CommandSend(const char* command, int commandLength, char* reply, int replySize, int* replyLength) noexcept;
 
     // link/Simulator.cpp
 
-    /// Answers a command in the server's place; the arguments are CommandSend's. A reply longer than `replySize` is cut.
+    /// Answers a command in the server's place; the arguments are CommandSend's. A reply longer than `replySize` is
+    /// cut.
     void CommandSendSim(const char* command, int commandLength, char* reply, int replySize, int* replyLength) noexcept;
 
     // link/SimulatorAnswer.cpp
@@ -82,8 +83,9 @@ class CDevApiInterface_Impl final : public CDevApiInterface {
     /// What came of looking for the server.
     enum class ServerState { Running, Silent, Refusing };
 
-    /// Probes the server with "listprod" and tells the user when it does not answer or refuses. `pollDelayMs`: pause between
-    /// two probes of a server that was just started. `progressOnceProbed`: percentage to report before the user is told.
+    /// Probes the server with "listprod" and tells the user when it does not answer or refuses. `pollDelayMs`: pause
+    /// between two probes of a server that was just started. `progressOnceProbed`: percentage to report before the user
+    /// is told.
     ServerState EnsureServerRunning(std::uint32_t pollDelayMs, std::optional<int> progressOnceProbed = {}) noexcept;
 
     // core/ChannelAssignment.cpp

@@ -36,8 +36,8 @@ struct SensorProbe {
     std::int32_t companion;
 };
 
-/// When the sensors of the active humidifier are looked for: they stand in the humidifier itself or, without one, in a gas
-/// product.
+/// When the sensors of the active humidifier are looked for: they stand in the humidifier itself or, without one, in a
+/// gas product.
 enum class HumidifierSensors { None, Always, WithoutHumidifier };
 
 /// What one product gives. Its kind's array must have room when the product is begun; each addition is guarded as well.

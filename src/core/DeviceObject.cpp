@@ -18,8 +18,8 @@ namespace {
 
 constexpr std::int32_t kSimulatorComPort = 1;
 
-/// Makes a channel for each place. The channels own themselves from here on: they are freed through their deleting destructors,
-/// as the host's object layout wants it.
+/// Makes a channel for each place. The channels own themselves from here on: they are freed through their deleting
+/// destructors, as the host's object layout wants it.
 template <class Channel, std::size_t Count>
 void CreateChannels(CDevApiInterface_Impl& device, std::array<Channel*, Count>& channels) {
     for (std::size_t i = 0; i < Count; ++i) {

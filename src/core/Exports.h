@@ -1,6 +1,7 @@
 #pragma once
 
-/// What the library's entry point does when the library comes to a process and goes from it. Both on the loader's thread.
+/// What the library's entry point does when the library comes to a process and goes from it. Both on the loader's
+/// thread.
 
 /// Keeps the instance handle (HINSTANCE), from which every dialog's resources come, and clears the table of devices.
 void AttachModule(void* instance) noexcept;

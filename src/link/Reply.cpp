@@ -54,8 +54,8 @@ ListOutcome ParseIntegerList(std::string_view reply, const std::function<void(in
             return ListOutcome::NumberTooLong;
         }
         take(ParseInteger(reply.substr(i, length)));
-        // The loop steps over the byte that ended the number without a look at it, even a carriage return: the walk then
-        // ends with the received length.
+        // The loop steps over the byte that ended the number without a look at it, even a carriage return: the walk
+        // then ends with the received length.
         i += length;
     }
     return ListOutcome::Complete;

@@ -6,8 +6,8 @@
 #include <optional>
 #include <string_view>
 
-/// A reply of the server: result code, "_", the command as it was sent, "_", the payload, a carriage return. The payload is a
-/// list of tokens separated by single blanks.
+/// A reply of the server: result code, "_", the command as it was sent, "_", the payload, a carriage return. The
+/// payload is a list of tokens separated by single blanks.
 
 /// Capacities of the replies: the catalogue's lists are long, everything else is short.
 inline constexpr int kReplySize = 64;
@@ -15,8 +15,8 @@ inline constexpr int kListReplySize = 1023;
 
 inline constexpr char kReplyEnd = '\r';
 
-/// The buffer that carries a reply. It is all zeros at first and has one spare byte behind its capacity, so that a reply
-/// that fills it still ends in a zero.
+/// The buffer that carries a reply. It is all zeros at first and has one spare byte behind its capacity, so that a
+/// reply that fills it still ends in a zero.
 class Reply {
  public:
     explicit Reply(int capacity = kReplySize) noexcept : m_nCapacity(capacity) {}
@@ -44,8 +44,8 @@ class Reply {
 /// The result code: the first character alone as a digit, 0 when it is none or missing.
 int ResultCodeOf(std::string_view reply) noexcept;
 
-/// Where the payload begins: just after the second "_". Nothing when a carriage return or the end comes first, also when the
-/// payload is empty.
+/// Where the payload begins: just after the second "_". Nothing when a carriage return or the end comes first, also
+/// when the payload is empty.
 std::optional<std::size_t> PayloadPosition(std::string_view reply) noexcept;
 
 /// The text without one trailing line feed or carriage return.
@@ -66,7 +66,7 @@ enum class ListOutcome { Complete, NumberTooLong };
 /// The most digits that the server's numbers have room for.
 inline constexpr std::size_t kMaxListDigits = 7;
 
-/// Hands every integer of the payload to `take`, in order. A character that is neither a digit, a blank nor "_" counts as the
-/// integer 0, on purpose: an error text in place of a list gives zeros. Stops at a number of more than kMaxListDigits
-/// digits.
+/// Hands every integer of the payload to `take`, in order. A character that is neither a digit, a blank nor "_" counts
+/// as the integer 0, on purpose: an error text in place of a list gives zeros. Stops at a number of more than
+/// kMaxListDigits digits.
 ListOutcome ParseIntegerList(std::string_view reply, const std::function<void(int)>& take);

@@ -19,7 +19,8 @@ void WriteDefault(const RegistryKey& key) noexcept {
     key.WriteText(kAnswerValue, {wide.data(), wide.size()});
 }
 
-/// Keeps the single-byte characters of `text` up to the first that is none, as the C run-time's conversion would, and a zero.
+/// Keeps the single-byte characters of `text` up to the first that is none, as the C run-time's conversion would, and a
+/// zero.
 void StoreNarrow(std::wstring_view text, std::span<char> answer) noexcept {
     std::ranges::fill(answer, '\0');
     for (std::size_t i = 0; i < text.size() && i + 1 < answer.size() && text[i] < 0x100; ++i) {

@@ -17,8 +17,8 @@ struct CannedReply {
     std::string_view reply;
 };
 
-/// Searched from the top for the first whose command is the beginning of the one sent. "listdev 1" therefore answers for 10 to
-/// 17 too, and the rows below it for those are never reached: known and kept.
+/// Searched from the top for the first whose command is the beginning of the one sent. "listdev 1" therefore answers
+/// for 10 to 17 too, and the rows below it for those are never reached: known and kept.
 inline constexpr std::array<CannedReply, 18> kDeviceLists{{
     {"listdev 0", "0_listdev 0_0 1"},
     {"listdev 1", "0_listdev 1_0 1"},

@@ -46,8 +46,8 @@ const wchar_t* CloseText(int error) noexcept {
     return found != kCloseErrorTexts.end() ? found->text : nullptr;
 }
 
-/// Sends the command and receives a reply, again and again while the send is cut short. The receive follows whatever the send
-/// did, and each one overwrites the reply. Returns the length of the last reply.
+/// Sends the command and receives a reply, again and again while the send is cut short. The receive follows whatever
+/// the send did, and each one overwrites the reply. Returns the length of the last reply.
 int Exchange(UdpSocket& socket, const char* command, int commandLength, char* reply, int replySize) noexcept {
     int sent = socket.Send(command, commandLength);
     int received = socket.Receive(reply, replySize);

@@ -33,8 +33,8 @@ class RegistryKey {
     /// Reads a number.
     std::optional<std::uint32_t> ReadDword(const wchar_t* name) const noexcept;
 
-    /// Reads the bytes of a text value into `buffer`, whose last character is kept for the terminator. Returns the text up to
-    /// its first zero; nothing when it is too long for the buffer.
+    /// Reads the bytes of a text value into `buffer`, whose last character is kept for the terminator. Returns the text
+    /// up to its first zero; nothing when it is too long for the buffer.
     std::optional<std::wstring_view> ReadText(const wchar_t* name, std::span<wchar_t> buffer) const noexcept;
 
     /// Writes a text value with its terminator. A failure is not reported.

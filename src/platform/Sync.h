@@ -49,9 +49,9 @@ class Thread {
     Thread(const Thread&) = delete;
     Thread& operator=(const Thread&) = delete;
 
-    /// Starts a thread and keeps its handle, closing an earlier one. The thread holds a reference to this library until it has
-    /// returned, so that a host that frees the library too early does not pull the code from under it. A thread that
-    /// cannot be made is not reported; IsOpen tells.
+    /// Starts a thread and keeps its handle, closing an earlier one. The thread holds a reference to this library until
+    /// it has returned, so that a host that frees the library too early does not pull the code from under it. A thread
+    /// that cannot be made is not reported; IsOpen tells.
     void Start(Procedure procedure, void* argument) noexcept;
 
     /// Closes the handle; harmless when there is none.

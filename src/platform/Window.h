@@ -3,8 +3,8 @@
 /// Window handle (HWND).
 using WindowHandle = void*;
 
-/// Posts the change notice to `window`: WM_COMMAND with command 1003 (IDC_VALUES_CHANGED) and notification code 1. With a null
-/// window it goes to the calling thread's message queue. Does not wait; the result is ignored.
+/// Posts the change notice to `window`: WM_COMMAND with command 1003 (IDC_VALUES_CHANGED) and notification code 1. With
+/// a null window it goes to the calling thread's message queue. Does not wait; the result is ignored.
 void PostValuesChanged(WindowHandle window) noexcept;
 
 /// Sends the progress message, WM_USER + 32 with the percentage, and waits until the window has taken it.

@@ -16,6 +16,6 @@ struct AlarmSettings {
     Tolerance humidity{1.0, 1.0};   // percent
 };
 
-/// Reads "dIncubatorBelow 0.2 | dIncubatorAbove 0.2 | ..." as formatted scanning does: from the first mismatch on everything keeps
-/// its default.
+/// Reads "dIncubatorBelow 0.2 | dIncubatorAbove 0.2 | ..." as formatted scanning does: from the first mismatch on
+/// everything keeps its default.
 AlarmSettings ParseAlarmSettings(std::wstring_view text) noexcept;

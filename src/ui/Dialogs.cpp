@@ -1,5 +1,5 @@
-// Slots 3, 4 and 6. This build of the library carries no dialog templates: a host gets the answers of a dialog that could not be
-// opened.
+// Slots 3, 4 and 6. This build of the library carries no dialog templates: a host gets the answers of a dialog that
+// could not be opened.
 
 #include "core/CDevApiInterface_Impl.h"
 
