@@ -1,0 +1,5 @@
+#include "platform/FailFast.h"
+
+#include <cstdlib>
+
+void FailFast() noexcept { std::abort(); }

@@ -1,0 +1,307 @@
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "platform/Registry.h"
+#include "platform/Sync.h"
+#include "platform/Window.h"
+
+// The stand-ins for src/platform/ in the native build: a scripted server, a registry in a map, a clock that advances
+// when someone sleeps, numbers in place of chance, and records of what was shown, posted and started. Each part has a
+// half for the tests and one for the stand-ins. All of it may be used from any thread.
+
+/// What a receive gets for a command: the bytes of one datagram, or a failure. An empty text is a datagram of length 0.
+using ServerReply = std::optional<std::string>;
+
+/// The receive fails (-1) and leaves the buffer alone.
+inline constexpr std::nullopt_t kReceiveFails = std::nullopt;
+
+/// The server behind the sockets. Every send to it prepares exactly one reply, also a send that is scripted to be cut
+/// short or to fail, because the library receives after every send. A reply longer than the receiver's buffer fills it
+/// and fails.
+class ScriptedServer {
+ public:
+    using Handler = std::function<ServerReply(std::string_view command)>;
+
+    /// Answers exactly this command with `reply`, again and again.
+    void Answer(std::string_view command, ServerReply reply);
+
+    /// Answers "0_<command>_<payload>" and a carriage return.
+    void AnswerPayload(std::string_view command, std::string_view payload);
+
+    /// Answers exactly this command with one reply after the other; the last one stays. No replies: back to the
+    /// default.
+    void AnswerInTurn(std::string_view command, std::vector<ServerReply> replies);
+
+    /// Answers the commands that have no answer of their own. The handler runs inside the send, on the sending thread
+    /// and without a lock of the server's. Without a handler the answer is BuiltInReply.
+    void SetDefault(Handler handler);
+
+    /// "0_<command>_1" and a carriage return.
+    static std::string BuiltInReply(std::string_view command);
+
+    /// What the next sends return; the ones after them return the full length.
+    void SendResults(std::vector<int> results);
+
+    std::atomic<bool> failStartUp = false;
+    std::atomic<bool> failOpen = false;
+    std::atomic<int> closeError = 0;  // not 0: what every close gives; the socket stays open
+
+    /// The commands that reached the server, in order.
+    std::vector<std::string> Commands() const;
+
+    /// The socket calls in order, failed ones too: "startup", "open", "connect 60000", "send listprod", "receive 64",
+    /// "close".
+    std::vector<std::string> Calls() const;
+
+    /// Forgets both records, not the script.
+    void ClearCommands();
+
+    std::size_t OpenSockets() const;
+
+    // For the socket. A handle is never given twice, not even by two platforms.
+    bool StartUp();
+    std::optional<std::uintptr_t> OpenSocket();
+    void Connect(std::uintptr_t handle, std::uint16_t port);
+    int Send(std::uintptr_t handle, std::string_view command);
+    int Receive(std::uintptr_t handle, char* bytes, int capacity);
+    int CloseSocket(std::uintptr_t handle);
+
+ private:
+    struct Socket {
+        bool connected = false;
+        std::deque<ServerReply> replies;
+    };
+
+    std::optional<ServerReply> NextScriptedReply(const std::string& command);
+
+    mutable std::mutex m_mutex;
+    std::map<std::string, std::deque<ServerReply>> m_answers;
+    Handler m_default;
+    std::deque<int> m_sendResults;
+    std::map<std::uintptr_t, Socket> m_sockets;
+    std::vector<std::string> m_commands;
+    std::vector<std::string> m_calls;
+};
+
+/// Counts handles that are open, also past the life of the counter.
+class HandleCounter {
+ public:
+    using Token = std::shared_ptr<const int>;
+
+    /// The handle is open as long as its token lives.
+    Token Take() const { return m_pToken; }
+    std::size_t Open() const { return static_cast<std::size_t>(m_pToken.use_count()) - 1; }
+
+ private:
+    Token m_pToken = std::make_shared<const int>(0);
+};
+
+/// A registry value, byte for byte as Windows keeps it: text takes two bytes a character.
+struct RegistryValue {
+    std::uint32_t type = 0;
+    std::string bytes;
+
+    /// Text with its terminator.
+    static RegistryValue Text(std::wstring_view text, std::uint32_t type = kRegistryString);
+    static RegistryValue Dword(std::uint32_t number);
+
+    /// The bytes as characters, all of them, the terminator too; an odd last byte is left out.
+    std::wstring Characters() const;
+
+    bool operator==(const RegistryValue&) const = default;
+};
+
+/// HKEY_LOCAL_MACHINE, empty at first. Paths and names are compared without regard to case.
+class ScriptedRegistry {
+ public:
+    /// Makes the key, with the keys above it.
+    void AddKey(const std::wstring& path);
+    bool HasKey(const std::wstring& path) const;
+
+    /// Sets a value and makes its key.
+    void Set(const std::wstring& path, const std::wstring& name, RegistryValue value);
+    std::optional<RegistryValue> Find(const std::wstring& path, const std::wstring& name) const;
+
+    std::atomic<bool> failOpen = false;
+    std::atomic<bool> failCreate = false;
+
+    /// The library's calls in order, failed ones too: L"open <path>", L"create <path>", L"query <path>\<name>",
+    /// L"read <path>\<name>", L"write <path>\<name>", L"close <path>".
+    std::vector<std::wstring> Calls() const;
+
+    std::size_t OpenKeys() const { return m_handles.Open(); }
+
+    // For the stand-ins.
+    HandleCounter::Token TakeHandle() const { return m_handles.Take(); }
+    void Record(std::wstring call);
+
+ private:
+    struct IgnoreCase {
+        bool operator()(const std::wstring& left, const std::wstring& right) const;
+    };
+    using Values = std::map<std::wstring, RegistryValue, IgnoreCase>;
+
+    void AddKeyLocked(const std::wstring& path);
+
+    mutable std::mutex m_mutex;
+    std::map<std::wstring, Values, IgnoreCase> m_keys;
+    std::vector<std::wstring> m_calls;
+    HandleCounter m_handles;
+};
+
+/// The clock. It stands still until someone sleeps.
+class ScriptedClock {
+ public:
+    void SetFrequency(std::int64_t ticksPerSecond);
+    void SetCounter(std::int64_t ticks);
+    void SetTime(std::uint32_t secondsSince1970);
+    void Advance(std::uint32_t milliseconds);
+
+    /// The sleeps of the test's own thread in order, in milliseconds. They take no time.
+    std::vector<std::uint32_t> Sleeps() const;
+
+    /// How often other threads slept, by milliseconds. Each of these sleeps takes about one real millisecond.
+    std::map<std::uint32_t, std::size_t> OtherThreadSleeps() const;
+
+    /// Waits until other threads have slept `count` times more; false when they do not come to it.
+    bool WaitForOtherThreadSleeps(std::size_t count);
+
+    // For the stand-ins.
+    void Sleep(std::uint32_t milliseconds);
+    std::int64_t Counter() const;
+    std::int64_t Frequency() const;
+    std::uint32_t Time() const;
+
+ private:
+    void AdvanceLocked(std::uint32_t milliseconds);
+
+    const std::thread::id m_testThread = std::this_thread::get_id();
+    mutable std::mutex m_mutex;
+    std::condition_variable m_slept;
+    std::int64_t m_frequency = 1'000'000;
+    std::int64_t m_counter = 5'000'000;
+    std::uint32_t m_time = 1'700'000'000;
+    std::vector<std::uint32_t> m_sleeps;
+    std::map<std::uint32_t, std::size_t> m_otherSleeps;
+    std::size_t m_otherSleepCount = 0;
+};
+
+/// The random numbers.
+class ScriptedRandom {
+ public:
+    /// The next numbers; after them comes a fixed sequence, over and over. Replaces what is left of an earlier script.
+    void Script(std::vector<int> numbers);
+
+    std::vector<unsigned> Seeds() const;
+    std::size_t DrawCount() const;
+
+    // For the stand-ins.
+    void Seed(unsigned seed);
+    int Next();
+
+ private:
+    mutable std::mutex m_mutex;
+    std::deque<int> m_script;
+    std::size_t m_position = 0;  // in the fixed sequence
+    std::size_t m_drawCount = 0;
+    std::vector<unsigned> m_seeds;
+};
+
+/// What happened to windows.
+class RecordedWindows {
+ public:
+    struct ErrorBox {
+        std::wstring text;
+        std::wstring caption;
+        bool operator==(const ErrorBox&) const = default;
+    };
+
+    /// The change notices posted to `window` by the test's own thread, and by the other threads.
+    std::size_t NoticeCount(WindowHandle window = nullptr) const;
+    std::size_t OtherThreadNoticeCount(WindowHandle window = nullptr) const;
+
+    /// The percentages sent to `window`, in order.
+    std::vector<int> Percents(WindowHandle window) const;
+
+    std::vector<WindowHandle> Destroyed() const;
+    std::vector<ErrorBox> ErrorBoxes() const;
+
+    // For the stand-ins.
+    void PostNotice(WindowHandle window);
+    void SendPercent(WindowHandle window, int percent);
+    void Destroy(WindowHandle window);
+    void ShowBox(ErrorBox box);
+
+ private:
+    const std::thread::id m_testThread = std::this_thread::get_id();
+    mutable std::mutex m_mutex;
+    std::map<WindowHandle, std::size_t> m_notices;
+    std::map<WindowHandle, std::size_t> m_otherNotices;
+    std::map<WindowHandle, std::vector<int>> m_percents;
+    std::vector<WindowHandle> m_destroyed;
+    std::vector<ErrorBox> m_errorBoxes;
+};
+
+/// The threads that the library started. They are real ones.
+class RecordedThreads {
+ public:
+    std::atomic<bool> failStart = false;
+
+    std::size_t Started() const;
+    std::size_t Running() const;
+    std::size_t OpenHandles() const { return m_handles.Open(); }
+
+    // For the stand-ins.
+
+    /// Starts a thread; null when that is to fail.
+    HandleCounter::Token Start(Thread::Procedure procedure, void* argument);
+
+    /// Joins all threads. One that does not end is the test's fault, usually a device that was not closed: ends the
+    /// process.
+    void JoinAll();
+
+ private:
+    void Run(Thread::Procedure procedure, void* argument);
+
+    mutable std::mutex m_mutex;
+    std::condition_variable m_ended;
+    std::vector<std::thread> m_threads;
+    std::size_t m_running = 0;
+    HandleCounter m_handles;
+};
+
+/// The platform of one test. Make it on the test's own thread, before the device object, and let it go after that.
+/// There is at most one at a time; a stand-in that is used without one ends the process.
+class ScriptedPlatform {
+ public:
+    ScriptedPlatform();
+    ~ScriptedPlatform();
+    ScriptedPlatform(const ScriptedPlatform&) = delete;
+    ScriptedPlatform& operator=(const ScriptedPlatform&) = delete;
+
+    ScriptedServer server;
+    ScriptedRegistry registry;
+    ScriptedClock clock;
+    ScriptedRandom random;
+    RecordedWindows windows;
+    RecordedThreads threads;
+
+    /// For the stand-ins: the platform of the running test, and the same where none is needed.
+    static ScriptedPlatform& Current();
+    static ScriptedPlatform* CurrentOrNull() noexcept;
+};

@@ -1,0 +1,54 @@
+#include "platform/Sync.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+
+struct CriticalSection::State {
+    std::recursive_mutex mutex;
+};
+
+CriticalSection::CriticalSection() : m_pState(std::make_unique<State>()) {}
+
+CriticalSection::~CriticalSection() = default;
+
+void CriticalSection::lock() noexcept { m_pState->mutex.lock(); }
+
+void CriticalSection::unlock() noexcept { m_pState->mutex.unlock(); }
+
+namespace {
+
+struct Signal {
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool set = false;
+};
+
+}  // namespace
+
+/// The signal is shared because the waiting thread may destroy the event as soon as it wakes, while Set is still busy.
+struct ManualResetEvent::State {
+    std::shared_ptr<Signal> signal = std::make_shared<Signal>();
+};
+
+ManualResetEvent::ManualResetEvent() : m_pState(std::make_unique<State>()) {}
+
+ManualResetEvent::~ManualResetEvent() = default;
+
+void ManualResetEvent::Set() noexcept {
+    const std::shared_ptr<Signal> signal = m_pState->signal;
+    const std::scoped_lock lock(signal->mutex);
+    signal->set = true;
+    signal->changed.notify_all();
+}
+
+void ManualResetEvent::Reset() noexcept {
+    const std::scoped_lock lock(m_pState->signal->mutex);
+    m_pState->signal->set = false;
+}
+
+void ManualResetEvent::Wait(std::uint32_t milliseconds) noexcept {
+    const std::shared_ptr<Signal> signal = m_pState->signal;
+    std::unique_lock lock(signal->mutex);
+    signal->changed.wait_for(lock, std::chrono::milliseconds(milliseconds), [&] { return signal->set; });
+}

@@ -1,0 +1,192 @@
+#include "platform/UdpSocket.h"
+
+#include <algorithm>
+
+#include "fakes/ScriptedPlatform.h"
+
+namespace {
+
+constexpr int kFailed = -1;         // SOCKET_ERROR
+constexpr int kNotASocket = 10038;  // WSAENOTSOCK
+constexpr std::uintptr_t kInvalidHandle = ~std::uintptr_t{0};
+
+std::atomic<std::uintptr_t> s_nextHandle = 100;
+
+}  // namespace
+
+void ScriptedServer::Answer(std::string_view command, ServerReply reply) { AnswerInTurn(command, {std::move(reply)}); }
+
+void ScriptedServer::AnswerPayload(std::string_view command, std::string_view payload) {
+    Answer(command, std::string("0_").append(command).append("_").append(payload).append("\r"));
+}
+
+void ScriptedServer::AnswerInTurn(std::string_view command, std::vector<ServerReply> replies) {
+    const std::scoped_lock lock(m_mutex);
+    m_answers.insert_or_assign(std::string(command), std::deque(replies.begin(), replies.end()));
+}
+
+void ScriptedServer::SetDefault(Handler handler) {
+    const std::scoped_lock lock(m_mutex);
+    m_default = std::move(handler);
+}
+
+std::string ScriptedServer::BuiltInReply(std::string_view command) {
+    return std::string("0_").append(command).append("_1\r");
+}
+
+void ScriptedServer::SendResults(std::vector<int> results) {
+    const std::scoped_lock lock(m_mutex);
+    m_sendResults.assign(results.begin(), results.end());
+}
+
+std::vector<std::string> ScriptedServer::Commands() const {
+    const std::scoped_lock lock(m_mutex);
+    return m_commands;
+}
+
+std::vector<std::string> ScriptedServer::Calls() const {
+    const std::scoped_lock lock(m_mutex);
+    return m_calls;
+}
+
+void ScriptedServer::ClearCommands() {
+    const std::scoped_lock lock(m_mutex);
+    m_commands.clear();
+    m_calls.clear();
+}
+
+std::size_t ScriptedServer::OpenSockets() const {
+    const std::scoped_lock lock(m_mutex);
+    return m_sockets.size();
+}
+
+bool ScriptedServer::StartUp() {
+    const std::scoped_lock lock(m_mutex);
+    m_calls.emplace_back("startup");
+    return !failStartUp;
+}
+
+std::optional<std::uintptr_t> ScriptedServer::OpenSocket() {
+    const std::scoped_lock lock(m_mutex);
+    m_calls.emplace_back("open");
+    if (failOpen) {
+        return std::nullopt;
+    }
+    const std::uintptr_t handle = s_nextHandle++;
+    m_sockets[handle] = {};
+    return handle;
+}
+
+void ScriptedServer::Connect(std::uintptr_t handle, std::uint16_t port) {
+    const std::scoped_lock lock(m_mutex);
+    m_calls.push_back("connect " + std::to_string(port));
+    const auto socket = m_sockets.find(handle);
+    if (socket != m_sockets.end()) {
+        socket->second.connected = true;
+    }
+}
+
+int ScriptedServer::Send(std::uintptr_t handle, std::string_view command) {
+    const std::string text(command);
+    std::optional<ServerReply> reply;
+    Handler handler;
+    int result = static_cast<int>(text.size());
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_calls.push_back("send " + text);
+        const auto socket = m_sockets.find(handle);
+        if (socket == m_sockets.end() || !socket->second.connected) {
+            return kFailed;
+        }
+        m_commands.push_back(text);
+        if (!m_sendResults.empty()) {
+            result = m_sendResults.front();
+            m_sendResults.pop_front();
+        }
+        reply = NextScriptedReply(text);
+        handler = m_default;
+    }
+    if (!reply) {
+        reply = handler ? handler(text) : BuiltInReply(text);
+    }
+
+    const std::scoped_lock lock(m_mutex);
+    const auto socket = m_sockets.find(handle);
+    if (socket != m_sockets.end()) {
+        socket->second.replies.push_back(*std::move(reply));
+    }
+    return result;
+}
+
+int ScriptedServer::Receive(std::uintptr_t handle, char* bytes, int capacity) {
+    const std::scoped_lock lock(m_mutex);
+    m_calls.push_back("receive " + std::to_string(capacity));
+    const auto socket = m_sockets.find(handle);
+    // The real call would wait for ever when nothing was sent; a test is better served with a failure.
+    if (socket == m_sockets.end() || socket->second.replies.empty()) {
+        return kFailed;
+    }
+    const ServerReply reply = std::move(socket->second.replies.front());
+    socket->second.replies.pop_front();
+    if (!reply) {
+        return kFailed;
+    }
+    const auto length = static_cast<int>(reply->size());
+    std::copy_n(reply->data(), std::min(length, capacity), bytes);
+    return length <= capacity ? length : kFailed;
+}
+
+int ScriptedServer::CloseSocket(std::uintptr_t handle) {
+    const std::scoped_lock lock(m_mutex);
+    m_calls.emplace_back("close");
+    if (closeError != 0) {
+        return closeError;
+    }
+    return m_sockets.erase(handle) == 1 ? 0 : kNotASocket;
+}
+
+/// Nothing when the command has no answer of its own.
+std::optional<ServerReply> ScriptedServer::NextScriptedReply(const std::string& command) {
+    const auto answer = m_answers.find(command);
+    if (answer == m_answers.end() || answer->second.empty()) {
+        return std::nullopt;
+    }
+    std::deque<ServerReply>& replies = answer->second;
+    std::optional<ServerReply> reply(std::in_place, replies.front());
+    if (replies.size() > 1) {
+        replies.pop_front();
+    }
+    return reply;
+}
+
+bool UdpSocket::StartUp() noexcept { return ScriptedPlatform::Current().server.StartUp(); }
+
+void UdpSocket::Open() noexcept {
+    ScriptedServer& server = ScriptedPlatform::Current().server;
+    if (m_bOpen) {
+        server.CloseSocket(m_handle);
+    }
+    const auto handle = server.OpenSocket();
+    m_handle = handle.value_or(kInvalidHandle);
+    m_bOpen = handle.has_value();
+}
+
+void UdpSocket::ConnectLoopback(std::uint16_t port) noexcept {
+    ScriptedPlatform::Current().server.Connect(m_handle, port);
+}
+
+int UdpSocket::Send(const char* bytes, int length) noexcept {
+    return ScriptedPlatform::Current().server.Send(m_handle, {bytes, static_cast<std::size_t>(length)});
+}
+
+int UdpSocket::Receive(char* bytes, int capacity) noexcept {
+    return ScriptedPlatform::Current().server.Receive(m_handle, bytes, capacity);
+}
+
+int UdpSocket::Close() noexcept {
+    const int error = ScriptedPlatform::Current().server.CloseSocket(m_handle);
+    if (error == 0) {
+        m_bOpen = false;
+    }
+    return error;
+}

@@ -1,0 +1,70 @@
+#include "platform/Window.h"
+
+#include "fakes/ScriptedPlatform.h"
+
+namespace {
+
+template <class Map>
+typename Map::mapped_type Recorded(const Map& map, WindowHandle window) {
+    const auto found = map.find(window);
+    return found != map.end() ? found->second : typename Map::mapped_type{};
+}
+
+}  // namespace
+
+std::size_t RecordedWindows::NoticeCount(WindowHandle window) const {
+    const std::scoped_lock lock(m_mutex);
+    return Recorded(m_notices, window);
+}
+
+std::size_t RecordedWindows::OtherThreadNoticeCount(WindowHandle window) const {
+    const std::scoped_lock lock(m_mutex);
+    return Recorded(m_otherNotices, window);
+}
+
+std::vector<int> RecordedWindows::Percents(WindowHandle window) const {
+    const std::scoped_lock lock(m_mutex);
+    return Recorded(m_percents, window);
+}
+
+std::vector<WindowHandle> RecordedWindows::Destroyed() const {
+    const std::scoped_lock lock(m_mutex);
+    return m_destroyed;
+}
+
+std::vector<RecordedWindows::ErrorBox> RecordedWindows::ErrorBoxes() const {
+    const std::scoped_lock lock(m_mutex);
+    return m_errorBoxes;
+}
+
+void RecordedWindows::PostNotice(WindowHandle window) {
+    const std::scoped_lock lock(m_mutex);
+    ++(std::this_thread::get_id() == m_testThread ? m_notices : m_otherNotices)[window];
+}
+
+void RecordedWindows::SendPercent(WindowHandle window, int percent) {
+    const std::scoped_lock lock(m_mutex);
+    m_percents[window].push_back(percent);
+}
+
+void RecordedWindows::Destroy(WindowHandle window) {
+    const std::scoped_lock lock(m_mutex);
+    m_destroyed.push_back(window);
+}
+
+void RecordedWindows::ShowBox(ErrorBox box) {
+    const std::scoped_lock lock(m_mutex);
+    m_errorBoxes.push_back(std::move(box));
+}
+
+void PostValuesChanged(WindowHandle window) noexcept { ScriptedPlatform::Current().windows.PostNotice(window); }
+
+void SendProgress(WindowHandle window, int percent) noexcept {
+    ScriptedPlatform::Current().windows.SendPercent(window, percent);
+}
+
+void DestroyWindowHandle(WindowHandle window) noexcept { ScriptedPlatform::Current().windows.Destroy(window); }
+
+void ShowErrorBox(const wchar_t* text, const wchar_t* caption) noexcept {
+    ScriptedPlatform::Current().windows.ShowBox({text, caption});
+}

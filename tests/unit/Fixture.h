@@ -1,0 +1,54 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "catalogue/ProductRecord.h"
+#include "channels/CDevApiInterface_GasConcentration_Impl.h"
+#include "channels/CDevApiInterface_Humidifier_Impl.h"
+#include "channels/CDevApiInterface_Temperature_Impl.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "fakes/HostLog.h"
+#include "fakes/ScriptedPlatform.h"
+#include "oko/LibQuery.h"
+
+/// A fresh scripted platform and host log for each test, and device objects on it.
+class DeviceTest : public ::testing::Test {
+ protected:
+    DeviceTest() { HostLog::Reset(); }
+
+    /// A device must not go while its value thread runs; a host's process would end here.
+    ~DeviceTest() override {
+        if (m_pDevice) {
+            m_pDevice->StopValueThread();
+        }
+        m_pDevice.reset();
+        HostLog::Reset();
+    }
+
+    /// The real device with an open socket, the host's log set and nothing sent yet.
+    CDevApiInterface_Impl& RealDevice() {
+        CDevApiInterface_Impl& device = MakeDevice(oko::kRealDevice);
+        device.ConnectSocket();
+        device.HostCallback = HostLog::Callback;
+        return device;
+    }
+
+    /// The simulator, with the host's log set; not initialised.
+    CDevApiInterface_Impl& Simulator() {
+        CDevApiInterface_Impl& device = MakeDevice(oko::kSimulatorDevice);
+        device.HostCallback = HostLog::Callback;
+        return device;
+    }
+
+    CDevApiInterface_Impl& MakeDevice(std::uint32_t index) {
+        m_pDevice = std::make_unique<CDevApiInterface_Impl>(index);
+        return *m_pDevice;
+    }
+
+    ScriptedPlatform platform;
+    std::unique_ptr<CDevApiInterface_Impl> m_pDevice;
+};
