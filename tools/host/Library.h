@@ -1,0 +1,35 @@
+#pragma once
+
+#include <filesystem>
+#include <stdexcept>
+
+#include "oko/LibQuery.h"
+
+/// The plug-in's library cannot be loaded or is none; the text is for the user.
+class LibraryError : public std::runtime_error {
+ public:
+    using std::runtime_error::runtime_error;
+};
+
+/// The plug-in's library, loaded as an imaging application would: by name, through its two exports.
+class Library {
+ public:
+    /// Throws LibraryError.
+    explicit Library(const std::filesystem::path& file);
+    ~Library();
+    Library(const Library&) = delete;
+    Library& operator=(const Library&) = delete;
+
+    oko::LibQueryPhysDeviceFunction QueryPhysDevice() const noexcept { return m_queryPhysDevice; }
+
+    /// The device object of `index`. Throws LibraryError when the library has none.
+    CDevApiInterface& Device(std::uint32_t index) const;
+
+ private:
+    void* m_hModule;
+    oko::LibQueryPhysDeviceFunction m_queryPhysDevice;
+    oko::LibQueryInterfaceFunction m_queryInterface;
+};
+
+/// Where the library is when nobody says: beside this program.
+std::filesystem::path DefaultLibraryFile();

@@ -1,0 +1,53 @@
+#include "Session.h"
+
+#include <iostream>
+
+#include "Text.h"
+
+namespace {
+
+/// What a host would have stored the first time: the incubator's usual tolerances.
+constexpr const wchar_t* kDefaultAlarmSettings =
+    L"dIncubatorBelow 0.200000 | dIncubatorAbove 0.200000 | dCO2Below 0.500000 | dCO2Above 0.500000 | "
+    L"dO2Below 0.500000 | dO2Above 0.500000 | dHumidityBelow 1.000000 | dHumidityAbove 1.000000";
+
+struct Record {
+    std::vector<std::string> lines;
+    std::size_t airModeChanges = 0;
+};
+
+Record& TheRecord() {
+    static Record record;
+    return record;
+}
+
+/// Shows the library's lines as they come.
+void OnHostCallback(std::int32_t code, const wchar_t* text) {
+    if (code == oko::kCallbackLog && text != nullptr) {
+        TheRecord().lines.push_back(ToUtf8(text));
+        std::cerr << "log: " << TheRecord().lines.back() << std::endl;
+    } else if (code == oko::kCallbackAirModeChanged) {
+        ++TheRecord().airModeChanges;
+        std::cerr << "air mode changed" << std::endl;
+    }
+}
+
+}  // namespace
+
+Session::Session(CDevApiInterface& device) : m_device(device) { TheRecord() = {}; }
+
+Session::~Session() { m_device.Close(); }
+
+bool Session::Open(std::optional<int> port) {
+    const std::wstring connection = port ? L"m_iComPort " + std::to_wstring(*port) : L"";
+    m_device.ApplyConnection(connection.c_str());
+    if (m_device.Init(OnHostCallback, nullptr) != oko::kSuccess) {
+        return false;
+    }
+    m_device.ApplyConfiguration(kDefaultAlarmSettings);
+    return true;
+}
+
+const std::vector<std::string>& Session::LogLines() { return TheRecord().lines; }
+
+std::size_t Session::AirModeChanges() { return TheRecord().airModeChanges; }

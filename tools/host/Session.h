@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "oko/CDevApiInterface.h"
+
+/// A device from its connection settings to Close. Close is called when the session ends, also after a failed Init. At
+/// most one at a time: a host callback carries no context.
+class Session {
+ public:
+    explicit Session(CDevApiInterface& device);
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    /// Gives the device its settings and initialises it. `port`: the COM port, when the user named one. False when Init
+    /// failed.
+    bool Open(std::optional<int> port);
+
+    CDevApiInterface& Device() noexcept { return m_device; }
+
+    /// The lines that the library logged so far, and how often it said that the air mode changed.
+    static const std::vector<std::string>& LogLines();
+    static std::size_t AirModeChanges();
+
+ private:
+    CDevApiInterface& m_device;
+};
