@@ -1,0 +1,143 @@
+#include "Fixture.h"
+
+namespace {
+
+class AlarmsTests : public DeviceTest {
+ protected:
+    /// A real device whose first channels are a temperature zone, a CO2 and an O2 controller and a humidifier.
+    CDevApiInterface_Impl& Device() {
+        CDevApiInterface_Impl& device = RealDevice();
+        device.m_pTemperature[0]->m_iProduct = 8;
+        device.m_pGasConcentration[0]->m_iProduct = 10;
+        device.m_pGasConcentration[1]->m_iProduct = 11;
+        device.m_pHumidifier[0]->m_iProduct = 15;
+        platform.server.ClearCommands();
+        return device;
+    }
+
+    template <class Channel>
+    static std::pair<double, double> ToleranceOf(const Channel* channel) {
+        return {Get(channel->m_dToleranceBelow), Get(channel->m_dToleranceAbove)};
+    }
+};
+
+using Pair = std::pair<double, double>;
+
+TEST_F(AlarmsTests, SettingsText_BecomesTolerancesAndAlarms) {
+    CDevApiInterface_Impl& device = Device();
+    EXPECT_EQ(device.ApplyConfiguration(L"dIncubatorBelow 0.24 | dIncubatorAbove 0.3 | dCO2Below 0.4 | dCO2Above 0.6 | "
+                                        L"dO2Below 1.5 | dO2Above 1.25 | dHumidityBelow 2 | dHumidityAbove 3"),
+              0);
+    EXPECT_EQ(platform.server.Commands(), (std::vector<std::string>{"alarm 8 0.2", "alarm 10 0.40", "alarm 11 1.25"}));
+    EXPECT_EQ(ToleranceOf(device.m_pTemperature[0]), (Pair{0.24, 0.3}));
+    EXPECT_EQ(ToleranceOf(device.m_pGasConcentration[0]), (Pair{0.4, 0.6}));
+    EXPECT_EQ(ToleranceOf(device.m_pGasConcentration[1]), (Pair{1.5, 1.25}));
+    EXPECT_EQ(ToleranceOf(device.m_pHumidifier[0]), (Pair{2.0, 3.0}));
+    EXPECT_FALSE(device.m_bBusy);
+    EXPECT_TRUE(device.m_bSetupComplete);
+}
+
+TEST_F(AlarmsTests, EmptyText_AppliesTheDefaults) {
+    CDevApiInterface_Impl& device = Device();
+    EXPECT_EQ(device.ApplyConfiguration(L""), 0);
+    EXPECT_EQ(platform.server.Commands(), (std::vector<std::string>{"alarm 8 0.2", "alarm 10 0.50", "alarm 11 0.50"}));
+    EXPECT_EQ(ToleranceOf(device.m_pHumidifier[0]), (Pair{1.0, 1.0}));
+}
+
+TEST_F(AlarmsTests, NullText_FailsAndStaysBusy) {
+    CDevApiInterface_Impl& device = Device();
+    int window = 0;
+    device.m_hProgressWnd = &window;
+    EXPECT_EQ(device.ApplyConfiguration(nullptr), -1);
+    EXPECT_TRUE(device.m_bBusy);
+    EXPECT_FALSE(device.m_bSetupComplete);
+    EXPECT_EQ(platform.windows.Percents(&window), std::vector<int>{75});
+    EXPECT_TRUE(platform.server.Commands().empty());
+}
+
+TEST_F(AlarmsTests, ProgressWindow_IsTakenToItsEndAndClosed) {
+    CDevApiInterface_Impl& device = Device();
+    int window = 0;
+    device.m_hProgressWnd = &window;
+    device.ApplyConfiguration(L"");
+    EXPECT_EQ(platform.windows.Percents(&window), (std::vector<int>{75, 83, 89}));
+    EXPECT_EQ(platform.windows.Destroyed(), std::vector<WindowHandle>{&window});
+    EXPECT_EQ(device.m_hProgressWnd, &window);
+    EXPECT_EQ(device.m_iProgress, 89);
+}
+
+TEST_F(AlarmsTests, WithoutAProgressWindow_NoneIsClosed) {
+    Device().ApplyConfiguration(L"");
+    EXPECT_TRUE(platform.windows.Destroyed().empty());
+}
+
+TEST_F(AlarmsTests, GasChannels_AreClassifiedByProductAndChannel) {
+    struct Case {
+        int product;
+        int channel;
+        const char* command;  // null: none
+    };
+    for (const Case& row :
+         {Case{10, 0, "alarm 10 0.10"}, Case{10, 1, "alarm 10 0.10"}, Case{11, 0, "alarm 11 0.30"},
+          Case{12, 0, "alarm 12 0.10"}, Case{12, 1, "alarm 12 0.30"}, Case{13, 0, "alarm 13 0.10"},
+          Case{13, 1, "alarm 13 0.30"}, Case{12, 2, nullptr}, Case{0, 0, nullptr}, Case{14, 0, nullptr}}) {
+        CDevApiInterface_Impl& device = Device();
+        device.m_pTemperature[0]->DeletingDestructor(1);
+        device.m_pGasConcentration[1]->m_iProduct = 0;
+        device.m_pGasConcentration[0]->m_iProduct = row.product;
+        device.m_pGasConcentration[0]->m_iChannel = row.channel;
+        device.ApplyConfiguration(
+            L"dIncubatorBelow 1 | dIncubatorAbove 1 | dCO2Below 0.1 | dCO2Above 0.2 | dO2Below 0.3 | "
+            L"dO2Above 0.4");
+        EXPECT_EQ(platform.server.Commands(),
+                  row.command != nullptr ? std::vector<std::string>{row.command} : std::vector<std::string>{});
+    }
+}
+
+TEST_F(AlarmsTests, MissingChannels_AreLeftOut) {
+    CDevApiInterface_Impl& device = Device();
+    device.m_pTemperature[0]->DeletingDestructor(1);
+    device.m_pGasConcentration[0]->DeletingDestructor(1);
+    device.m_pGasConcentration[1]->DeletingDestructor(1);
+    device.m_pHumidifier[0]->DeletingDestructor(1);
+    EXPECT_EQ(device.ApplyConfiguration(L""), 0);
+    EXPECT_TRUE(platform.server.Commands().empty());
+}
+
+TEST_F(AlarmsTests, AirMode_IsWhatTheLastProductReports) {
+    struct Case {
+        const char* reply11;
+        const char* reply12;
+        int airMode;
+    };
+    for (const Case& row : {Case{"0", "1", 1}, Case{"1", "0", 0}, Case{"1", "error", 1}, Case{"error", "error", 0},
+                            Case{"2", "2", 0}, Case{"1.9", "nan", 1}}) {
+        CDevApiInterface_Impl& device = Device();
+        device.m_bAirMode = 1;
+        device.m_products = {{10, {0}, {{237, {}}}}, {11, {0}, {{237, {}}}}, {12, {0}, {{237, {}}}}, {13, {0}, {}}};
+        platform.server.AnswerPayload("bl-param-read 11 237", row.reply11);
+        platform.server.AnswerPayload("bl-param-read 12 237", row.reply12);
+        device.ApplyConfiguration(L"");
+        EXPECT_EQ(device.m_bAirMode, row.airMode) << row.reply11 << " " << row.reply12;
+        EXPECT_EQ(platform.server.Commands(),
+                  (std::vector<std::string>{"bl-param-read 11 237", "bl-param-read 12 237", "alarm 8 0.2",
+                                            "alarm 10 0.50", "alarm 11 0.50"}));
+    }
+}
+
+TEST_F(AlarmsTests, AirMode_WithoutAProductThatHasOne_IsOff) {
+    CDevApiInterface_Impl& device = Device();
+    device.m_bAirMode = 1;
+    device.m_products = {{10, {0}, {{237, {}}}}};
+    device.ApplyConfiguration(L"");
+    EXPECT_EQ(device.m_bAirMode, 0);
+}
+
+TEST_F(AlarmsTests, FailingCommands_DoNotMatter) {
+    CDevApiInterface_Impl& device = Device();
+    platform.server.SetDefault([](std::string_view) -> ServerReply { return kReceiveFails; });
+    EXPECT_EQ(device.ApplyConfiguration(L""), 0);
+    EXPECT_FALSE(device.m_bBusy);
+}
+
+}  // namespace

@@ -1,0 +1,100 @@
+#include <thread>
+
+#include "Fixture.h"
+#include "channels/Simulation.h"
+
+namespace {
+
+class ValueThreadTests : public DeviceTest {};
+
+TEST_F(ValueThreadTests, NullDevice_EndsAtOnce) { EXPECT_EQ(SimulationThread(nullptr), 0U); }
+
+TEST_F(ValueThreadTests, RunFlagClear_SetsTheEventWithoutAStep) {
+    CDevApiInterface_Impl& device = MakeDevice(1);
+    device.m_bThreadRun = false;
+    EXPECT_EQ(SimulationThread(&device), 0U);
+    device.m_hThreadStopped.Wait(5000);  // does not wait
+    EXPECT_EQ(device.m_pTemperature[0]->m_llLastTick, 0);
+    EXPECT_TRUE(platform.clock.Sleeps().empty());
+}
+
+TEST_F(ValueThreadTests, Cycle_VisitsTheLiveChannelsEvery100Milliseconds) {
+    CDevApiInterface_Impl& device = MakeDevice(1);
+    device.m_nTemperatures = 2;
+    device.m_nGasConcentrations = 1;
+    device.m_nHumidifiers = 3;
+    device.StartValueThread();
+    EXPECT_TRUE(platform.clock.WaitForOtherThreadSleeps(3));
+    device.StopValueThread();
+    EXPECT_NE(device.m_pTemperature[1]->m_llLastTick, 0);
+    EXPECT_EQ(device.m_pTemperature[2]->m_llLastTick, 0);
+    const std::size_t cycles = platform.clock.OtherThreadSleeps()[100];
+    EXPECT_GE(cycles, 3U);
+    EXPECT_EQ(platform.windows.OtherThreadNoticeCount(), cycles * 4);
+    EXPECT_EQ(platform.clock.OtherThreadSleeps().size(), 1U);
+}
+
+TEST_F(ValueThreadTests, DeletedChannels_AreLeftOut) {
+    CDevApiInterface_Impl& device = MakeDevice(1);
+    device.m_pTemperature[0]->DeletingDestructor(1);
+    device.m_pGasConcentration[1]->DeletingDestructor(1);
+    device.m_pHumidifier[2]->DeletingDestructor(1);
+    device.StartValueThread();
+    EXPECT_TRUE(platform.clock.WaitForOtherThreadSleeps(2));
+    device.StopValueThread();
+    EXPECT_NE(device.m_pTemperature[15]->m_llLastTick, 0);
+}
+
+TEST_F(ValueThreadTests, HostThreads_MayUseEveryChannelMeanwhile) {
+    CDevApiInterface_Impl& device = Simulator();
+    ASSERT_EQ(device.Init(HostLog::Callback, nullptr), oko::kSuccess);
+    const auto useAll = [&device] {
+        for (int round = 0; round < 20; ++round) {
+            double value = 0.0;
+            std::uint32_t state = 0;
+            for (auto* const channel : device.m_pTemperature) {
+                channel->SetTargetTemperature(30.0 + round);
+                channel->GetTargetTemperature(&value);
+                channel->GetCurrentTemperature(&value);
+                channel->GetTemperatureState(&state);
+                channel->SetTolerance(0.1, 0.2);
+                channel->SetTemperatureRate(0.5);
+            }
+            for (auto* const channel : device.m_pGasConcentration) {
+                channel->SetTargetGasConcentration(5.0 + round);
+                channel->GetTargetGasConcentration(&value);
+                channel->GetCurrentGasConcentration(&value);
+                channel->GetGasConcentrationState(&state);
+                channel->SetTolerance(0.1, 0.2);
+                channel->HasFeature(2);
+            }
+            for (auto* const channel : device.m_pHumidifier) {
+                channel->SetTargetHumidity(50.0 + round);
+                channel->GetTargetHumidity(&value);
+                channel->GetCurrentHumidity(&value);
+                channel->GetHumidityState(&state);
+                channel->GetTolerance(&value, &value);
+            }
+        }
+    };
+    std::thread other(useAll);
+    useAll();
+    other.join();
+    EXPECT_TRUE(platform.clock.WaitForOtherThreadSleeps(1));
+    device.Close();
+}
+
+TEST_F(ValueThreadTests, SimulatedIncubator_ReachesItsTargets) {
+    CDevApiInterface_Impl& device = Simulator();
+    device.Init(HostLog::Callback, nullptr);
+    EXPECT_EQ(device.m_pTemperature[0]->SetTargetTemperature(21.0), 0);
+    EXPECT_EQ(device.m_pGasConcentration[0]->SetTargetGasConcentration(8.0), 0);
+    for (int i = 0; i < 50 && device.m_pTemperature[0]->m_iState != 4; ++i) {
+        ASSERT_TRUE(platform.clock.WaitForOtherThreadSleeps(20));
+    }
+    EXPECT_EQ(device.m_pTemperature[0]->m_iState, 4);
+    EXPECT_NEAR(device.m_pGasConcentration[0]->m_dCurrent, 8.0, 2.0);
+    device.Close();
+}
+
+}  // namespace
