@@ -1,0 +1,79 @@
+// The library as a file: what it exports and imports, its size and its version.
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+
+#include "LoadedLibrary.h"
+
+namespace {
+
+/// The library mapped as an image but not run; its tables can be read at their addresses.
+class LibraryImage {
+ public:
+    LibraryImage() : m_hModule(LoadLibraryExW(LibraryFile().c_str(), nullptr, DONT_RESOLVE_DLL_REFERENCES)) {}
+    ~LibraryImage() { FreeLibrary(m_hModule); }
+    LibraryImage(const LibraryImage&) = delete;
+    LibraryImage& operator=(const LibraryImage&) = delete;
+
+    template <class Table>
+    const Table* Directory(int index) const {
+        const auto* const dos = At<IMAGE_DOS_HEADER>(0);
+        const auto* const headers = At<IMAGE_NT_HEADERS>(static_cast<DWORD>(dos->e_lfanew));
+        return At<Table>(headers->OptionalHeader.DataDirectory[index].VirtualAddress);
+    }
+
+    template <class Table>
+    const Table* At(DWORD address) const {
+        return reinterpret_cast<const Table*>(reinterpret_cast<const char*>(m_hModule) + address);
+    }
+
+ private:
+    HMODULE m_hModule;
+};
+
+TEST(LibraryFileTests, Exports_AreExactlyTheTwoUndecoratedNames) {
+    const LibraryImage image;
+    const auto* const exports = image.Directory<IMAGE_EXPORT_DIRECTORY>(IMAGE_DIRECTORY_ENTRY_EXPORT);
+    std::vector<std::string> names;
+    for (DWORD i = 0; i < exports->NumberOfNames; ++i) {
+        names.emplace_back(image.At<char>(image.At<DWORD>(exports->AddressOfNames)[i]));
+    }
+    EXPECT_EQ(names, (std::vector<std::string>{"LibQueryInterface", "LibQueryPhysDevice"}));
+    EXPECT_EQ(exports->NumberOfFunctions, 2U);
+}
+
+TEST(LibraryFileTests, Imports_AreSystemLibrariesOnly) {
+    const std::vector<std::string> system{"KERNEL32.dll", "USER32.dll",  "ADVAPI32.dll", "SHELL32.dll",
+                                          "COMCTL32.dll", "WSOCK32.dll", "msvcrt.dll"};
+    const LibraryImage image;
+    int count = 0;
+    for (const auto* import = image.Directory<IMAGE_IMPORT_DESCRIPTOR>(IMAGE_DIRECTORY_ENTRY_IMPORT); import->Name != 0;
+         ++import, ++count) {
+        const char* const name = image.At<char>(import->Name);
+        EXPECT_TRUE(std::ranges::any_of(system, [&](const std::string& allowed) {
+            return _stricmp(allowed.c_str(), name) == 0;
+        })) << name;
+    }
+    EXPECT_GE(count, 4);
+}
+
+TEST(LibraryFileTests, Size_IsAtMost600Kilobytes) {
+    EXPECT_LE(std::filesystem::file_size(LibraryFile()), 600U * 1024U);
+}
+
+TEST(LibraryFileTests, VersionResource_NamesTheLibrary) {
+    DWORD ignored = 0;
+    const DWORD size = GetFileVersionInfoSizeW(LibraryFile().c_str(), &ignored);
+    ASSERT_GT(size, 0U);
+    std::vector<char> block(size);
+    ASSERT_TRUE(GetFileVersionInfoW(LibraryFile().c_str(), 0, size, block.data()));
+    void* text = nullptr;
+    UINT length = 0;
+    ASSERT_TRUE(VerQueryValueW(block.data(), L"\\StringFileInfo\\040904B0\\OriginalFilename", &text, &length));
+    EXPECT_STREQ(static_cast<const wchar_t*>(text), L"OkoLabBoldLine.dll");
+    ASSERT_TRUE(VerQueryValueW(block.data(), L"\\", &text, &length));
+    EXPECT_EQ(HIWORD(static_cast<const VS_FIXEDFILEINFO*>(text)->dwFileVersionMS), 1);
+}
+
+}  // namespace

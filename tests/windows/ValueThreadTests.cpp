@@ -1,0 +1,149 @@
+// The simulator's value thread and its notices, and the library's coming and going, in real time.
+
+// clang-format off
+#include "LoadedLibrary.h"
+#include <tlhelp32.h>
+// clang-format on
+
+namespace {
+
+int CountThreads() {
+    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    THREADENTRY32 entry{};
+    entry.dwSize = sizeof entry;
+    int count = 0;
+    for (BOOL more = Thread32First(snapshot, &entry); more; more = Thread32Next(snapshot, &entry)) {
+        count += entry.th32OwnerProcessID == GetCurrentProcessId() ? 1 : 0;
+    }
+    CloseHandle(snapshot);
+    return count;
+}
+
+double CurrentOf(CDevApiInterface& device, std::uint32_t index) {
+    CDevApiInterface_Temperature* channel = nullptr;
+    device.GetTemperature(index, &channel);
+    double value = 0.0;
+    channel->GetCurrentTemperature(&value);
+    return value;
+}
+
+/// WM_COMMAND notices in this thread's queue, by their first parameter.
+std::vector<WPARAM> TakeNotices() {
+    std::vector<WPARAM> notices;
+    MSG message{};
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        if (message.message == WM_COMMAND) {
+            EXPECT_EQ(message.hwnd, nullptr);
+            EXPECT_EQ(message.lParam, 0);
+            notices.push_back(message.wParam);
+        }
+    }
+    return notices;
+}
+
+TEST(ValueThreadTests, Values_MoveFromInitToCloseAndAgainAfterTheNextInit) {
+    const LoadedLibrary library;
+    CDevApiInterface& device = library.Device(1);
+    for (int round = 0; round < 3; ++round) {
+        ASSERT_EQ(device.Init(nullptr, nullptr), 0);
+        const double before = CurrentOf(device, 0);
+        EXPECT_TRUE(WaitUntil([&] { return CurrentOf(device, 0) > before; }));
+        device.Close();
+        const double stopped = CurrentOf(device, 0);
+        Sleep(500);
+        EXPECT_EQ(CurrentOf(device, 0), stopped);
+    }
+}
+
+TEST(ValueThreadTests, InitTwiceAndCloseTwice_KeepOneThreadAndThenNone) {
+    const LoadedLibrary library;
+    CDevApiInterface& device = library.Device(1);
+    device.Close();
+    const int before = CountThreads();
+    ASSERT_EQ(device.Init(nullptr, nullptr), 0);
+    ASSERT_EQ(device.Init(nullptr, nullptr), 0);
+    EXPECT_EQ(CountThreads(), before + 1);
+    device.Close();
+    device.Close();
+    EXPECT_TRUE(WaitUntil([&] { return CountThreads() == before; }));
+}
+
+TEST(ValueThreadTests, SetTargets_PostTheirNoticeToTheCallingThread) {
+    const LoadedLibrary library;
+    CDevApiInterface& device = library.Device(1);
+    ASSERT_EQ(device.Init(nullptr, nullptr), 0);
+    CDevApiInterface_Temperature* temperature = nullptr;
+    CDevApiInterface_GasConcentration* gas = nullptr;
+    CDevApiInterface_Humidifier* humidifier = nullptr;
+    device.GetTemperature(0, &temperature);
+    device.GetGasConcentration(0, &gas);
+    device.GetHumidifier(0, &humidifier);
+    TakeNotices();
+    EXPECT_EQ(temperature->SetTargetTemperature(38.0), 0);
+    EXPECT_TRUE(TakeNotices().empty());
+    EXPECT_EQ(gas->SetTargetGasConcentration(5.0), 0);
+    EXPECT_EQ(humidifier->SetTargetHumidity(60.0), 0);
+    EXPECT_EQ(TakeNotices(), (std::vector<WPARAM>{66539, 66539}));
+    device.Close();
+}
+
+TEST(ValueThreadTests, FreedWithoutClose_TheThreadKeepsItsCode) {
+    // In a process of its own: the library stays there until the end.
+    std::wstring command = L"\"" + ProgramFolder() + L"oko-windows-tests.exe\" --gtest_filter=FreedEarlyTests.*";
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    ASSERT_TRUE(
+        CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process));
+    WaitForSingleObject(process.hProcess, 60'000);
+    DWORD exitCode = 99;
+    GetExitCodeProcess(process.hProcess, &exitCode);
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    EXPECT_EQ(exitCode, 0U);
+}
+
+TEST(FreedEarlyTests, ProcessGoesOnAndEndsWell) {
+    {
+        const LoadedLibrary library;
+        ASSERT_EQ(library.Device(1).Init(nullptr, nullptr), 0);
+    }
+    // Several cycles of a thread whose library was freed.
+    Sleep(700);
+    EXPECT_NE(GetModuleHandleW(L"OkoLabBoldLine.dll"), nullptr);
+}
+
+TEST(LoadTests, FreedAfterClose_IsReallyGone) {
+    {
+        const LoadedLibrary library;
+        ASSERT_EQ(library.Device(1).Init(nullptr, nullptr), 0);
+        library.Device(1).Close();
+    }
+    EXPECT_TRUE(WaitUntil([] { return GetModuleHandleW(L"OkoLabBoldLine.dll") == nullptr; }));
+}
+
+TEST(LoadTests, TwoHundredCycles_LeaveNoHandlesBehind) {
+    constexpr int kCycles = 200;
+    constexpr int kInitEvery = 10;
+    DWORD before = 0;
+    for (int cycle = 0; cycle < kCycles; ++cycle) {
+        {
+            const LoadedLibrary library;
+            library.Device(0);
+            CDevApiInterface& simulator = library.Device(1);
+            if (cycle % kInitEvery == 0) {
+                ASSERT_EQ(simulator.Init(nullptr, nullptr), 0);
+                simulator.Close();
+            }
+        }
+        ASSERT_TRUE(WaitUntil([] { return GetModuleHandleW(L"OkoLabBoldLine.dll") == nullptr; }));
+        if (cycle == kInitEvery) {
+            GetProcessHandleCount(GetCurrentProcess(), &before);
+        }
+    }
+    DWORD after = 0;
+    GetProcessHandleCount(GetCurrentProcess(), &after);
+    EXPECT_LE(after, before + kInitEvery);  // far less than one a cycle
+}
+
+}  // namespace
