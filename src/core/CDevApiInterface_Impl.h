@@ -83,9 +83,9 @@ class CDevApiInterface_Impl final : public CDevApiInterface {
     /// What came of looking for the server.
     enum class ServerState { Running, Silent, Refusing };
 
-    /// Probes the server with "listprod" and tells the user when it does not answer or refuses. `pollDelayMs`: pause
-    /// between two probes of a server that was just started. `progressOnceProbed`: percentage to report before the user
-    /// is told.
+    /// Probes the server with "listprod", finds and starts it when it does not answer, and tells the user when it does
+    /// not answer or refuses. `pollDelayMs`: pause between two probes of a server that was just started.
+    /// `progressOnceProbed`: percentage to report before the user is told.
     ServerState EnsureServerRunning(std::uint32_t pollDelayMs, std::optional<int> progressOnceProbed = {}) noexcept;
 
     // core/ChannelAssignment.cpp

@@ -30,6 +30,10 @@ class RegistryKey {
     /// Type and size of a value, whatever its size.
     std::optional<RegistryValueInfo> Query(const wchar_t* name) const noexcept;
 
+    /// Puts the name of the subkey at `index`, ending in a zero, into `buffer`. False at the end, and when it does not
+    /// fit.
+    bool SubkeyName(std::uint32_t index, std::span<wchar_t> buffer) const noexcept;
+
     /// Reads a number.
     std::optional<std::uint32_t> ReadDword(const wchar_t* name) const noexcept;
 

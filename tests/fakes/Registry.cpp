@@ -92,6 +92,21 @@ std::optional<RegistryValue> ScriptedRegistry::Find(const std::wstring& path, co
     return value != key->second.end() ? std::optional(value->second) : std::nullopt;
 }
 
+std::optional<std::wstring> ScriptedRegistry::Subkey(const std::wstring& path, std::uint32_t index) const {
+    const std::scoped_lock lock(m_mutex);
+    const std::wstring prefix = path + L"\\";
+    std::uint32_t place = 0;
+    for (const auto& [key, values] : m_keys) {
+        const std::wstring name = key.size() > prefix.size() ? key.substr(prefix.size()) : std::wstring();
+        const bool below =
+            !name.empty() && std::ranges::equal(key.substr(0, prefix.size()), prefix, {}, LowerCase, LowerCase);
+        if (below && name.find(L'\\') == std::wstring::npos && place++ == index) {
+            return name;
+        }
+    }
+    return std::nullopt;
+}
+
 std::vector<std::wstring> ScriptedRegistry::Calls() const {
     const std::scoped_lock lock(m_mutex);
     return m_calls;
@@ -129,6 +144,16 @@ std::optional<RegistryValueInfo> RegistryKey::Query(const wchar_t* name) const n
         return std::nullopt;
     }
     return RegistryValueInfo{value->type, static_cast<std::uint32_t>(value->bytes.size())};
+}
+
+bool RegistryKey::SubkeyName(std::uint32_t index, std::span<wchar_t> buffer) const noexcept {
+    const auto name = ScriptedPlatform::Current().registry.Subkey(PathOf(m_hKey), index);
+    if (!name || name->size() >= buffer.size()) {
+        return false;
+    }
+    std::ranges::copy(*name, buffer.begin());
+    buffer[name->size()] = L'\0';
+    return true;
 }
 
 std::optional<std::uint32_t> RegistryKey::ReadDword(const wchar_t* name) const noexcept {

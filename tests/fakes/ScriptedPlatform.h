@@ -144,6 +144,9 @@ class ScriptedRegistry {
     /// L"read <path>\<name>", L"write <path>\<name>", L"close <path>".
     std::vector<std::wstring> Calls() const;
 
+    /// The key's subkeys by their place in the alphabet, as the registry numbers them.
+    std::optional<std::wstring> Subkey(const std::wstring& path, std::uint32_t index) const;
+
     std::size_t OpenKeys() const { return m_handles.Open(); }
 
     // For the stand-ins.
@@ -285,6 +288,55 @@ class RecordedThreads {
     HandleCounter m_handles;
 };
 
+/// The files of the disk, as far as they are searched for.
+class ScriptedFiles {
+ public:
+    struct Entry {
+        std::wstring name;
+        std::uint32_t attributes = 0x20;  // an ordinary file
+    };
+
+    /// What a search with exactly this pattern finds. Patterns without an answer find nothing.
+    void Answer(const std::wstring& pattern, std::vector<Entry> entries);
+
+    /// The patterns that were searched for, in order, and the searches that are still open.
+    std::vector<std::wstring> Patterns() const;
+    std::size_t OpenSearches() const { return m_handles.Open(); }
+
+    // For the stand-ins.
+    HandleCounter::Token TakeHandle() const { return m_handles.Take(); }
+    std::vector<Entry> Search(const std::wstring& pattern);
+
+ private:
+    mutable std::mutex m_mutex;
+    std::map<std::wstring, std::vector<Entry>> m_answers;
+    std::vector<std::wstring> m_patterns;
+    HandleCounter m_handles;
+};
+
+/// The shell: programs that were to be opened.
+class RecordedShell {
+ public:
+    struct Launch {
+        std::wstring program;
+        std::wstring parameters;
+        std::wstring folder;
+        bool operator==(const Launch&) const = default;
+    };
+
+    std::vector<Launch> Launches() const;
+
+    /// Runs when a program is opened: here the server begins to answer.
+    std::function<void(const Launch&)> onOpen;
+
+    // For the stand-ins.
+    void Open(Launch launch);
+
+ private:
+    mutable std::mutex m_mutex;
+    std::vector<Launch> m_launches;
+};
+
 /// The platform of one test. Make it on the test's own thread, before the device object, and let it go after that.
 /// There is at most one at a time; a stand-in that is used without one ends the process.
 class ScriptedPlatform {
@@ -300,6 +352,8 @@ class ScriptedPlatform {
     ScriptedRandom random;
     RecordedWindows windows;
     RecordedThreads threads;
+    ScriptedFiles files;
+    RecordedShell shell;
 
     /// For the stand-ins: the platform of the running test, and the same where none is needed.
     static ScriptedPlatform& Current();

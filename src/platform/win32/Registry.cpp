@@ -27,6 +27,10 @@ std::optional<RegistryValueInfo> RegistryKey::Query(const wchar_t* name) const n
     return RegistryValueInfo{type, sizeBytes};
 }
 
+bool RegistryKey::SubkeyName(std::uint32_t index, std::span<wchar_t> buffer) const noexcept {
+    return RegEnumKeyW(Handle(m_hKey), index, buffer.data(), static_cast<DWORD>(buffer.size())) == ERROR_SUCCESS;
+}
+
 std::optional<std::uint32_t> RegistryKey::ReadDword(const wchar_t* name) const noexcept {
     DWORD value = 0;
     DWORD sizeBytes = sizeof value;
