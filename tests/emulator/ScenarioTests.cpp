@@ -1,0 +1,85 @@
+#include "Scenario.h"
+
+#include <gtest/gtest.h>
+
+#include "Faults.h"
+#include "Incubator.h"
+
+namespace {
+
+/// What is said about a text that is no scenario.
+std::string Complaint(std::string_view json) {
+    try {
+        ParseScenario(json, "my.json");
+    } catch (const ScenarioError& error) {
+        return error.what();
+    }
+    return "(none)";
+}
+
+TEST(ScenarioTests, ReadyOnes_AreThereAndAnswer) {
+    for (const char* const name :
+         {"full-incubator", "failing-sensor", "simulator-default", "product-7", "product-8", "product-9", "product-10",
+          "product-11", "product-12", "product-13", "product-14", "product-15", "product-16", "product-17"}) {
+        ASSERT_TRUE(ReadyScenarios().contains(name)) << name;
+    }
+    for (const auto& [name, json] : ReadyScenarios()) {
+        const Scenario scenario = LoadScenario(name);
+        EXPECT_EQ(scenario.name, name);
+        EXPECT_FALSE(scenario.description.empty());
+        Incubator incubator(scenario, 1);
+        for (const ProductScenario& product : scenario.products) {
+            const std::string number = std::to_string(product.number);
+            EXPECT_EQ(incubator.Execute(ParseCommand("listdev " + number)).code, 0);
+            for (const ParameterScenario& parameter : product.parameters) {
+                EXPECT_EQ(
+                    incubator.Execute(ParseCommand("bl-param-read " + number + " " + std::to_string(parameter.number)))
+                        .code,
+                    0);
+            }
+        }
+        for (const std::string& fault : scenario.faults) {
+            EXPECT_NO_THROW(ParseFaultRule(fault));
+        }
+    }
+}
+
+TEST(ScenarioTests, Parameters_AreSorted) {
+    const Scenario scenario = ParseScenario(
+        R"({"products": [{"number": 9, "parameters": [{"number": 5}, {"number": 2}, {"number": 3}]}]})", "x");
+    EXPECT_EQ(scenario.products[0].parameters[0].number, 2);
+    EXPECT_EQ(scenario.products[0].parameters[2].number, 5);
+}
+
+TEST(ScenarioTests, Mistakes_AreNamedWithFileAndPlace) {
+    struct Case {
+        const char* json;
+        const char* complaint;
+    };
+    for (const Case& row : std::vector<Case>{
+             {R"([])", "my.json: an object is expected"},
+             {R"({"prodcts": []})", "my.json: \"prodcts\" is not known"},
+             {R"({"products": 9})", "my.json: \"products\" must be a list"},
+             {R"({"products": [{}]})", "my.json/products/0: \"number\" is missing"},
+             {R"({"products": [{"number": "nine"}]})", "my.json/products/0: \"number\" has the wrong type"},
+             {R"({"products": [{"number": 9, "devices": [{"number": 0, "min": 5, "max": 1}]}]})",
+              "my.json/products/0/devices/0: \"min\" is greater than \"max\""},
+             {R"({"products": [{"number": 9, "devices": [{"number": 0, "overshoot": 1}]}]})",
+              "my.json/products/0/devices/0: \"lagSeconds\" and \"noise\" must not be negative, \"overshoot\" must lie "
+              "between 0 and 0.9"},
+             {R"({"products": [{"number": 9, "parameters": [{"number": 1}, {"number": 2, "follows": 4}]}]})",
+              "my.json/products/0/parameters/1: \"follows\" names device 4, which the product does not have"},
+             {R"({"faults": "status"})", "my.json: \"faults\" has the wrong type"},
+         }) {
+        EXPECT_EQ(Complaint(row.json), row.complaint);
+    }
+    const std::string syntax = Complaint("{\n  \"name\": oops\n}");
+    EXPECT_NE(syntax.find("my.json"), std::string::npos);
+    EXPECT_NE(syntax.find("line 2, column"), std::string::npos);
+}
+
+TEST(ScenarioTests, UnknownName_IsNeitherScenarioNorFile) {
+    EXPECT_THROW(LoadScenario("no such scenario"), ScenarioError);
+}
+
+}  // namespace

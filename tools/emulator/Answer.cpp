@@ -1,0 +1,5 @@
+#include "Answer.h"
+
+std::string FormatReply(const Answer& answer, const std::string& echo) {
+    return std::to_string(answer.code) + "_" + echo + "_" + answer.payload + "\r";
+}

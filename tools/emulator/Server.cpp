@@ -1,0 +1,159 @@
+#include "Server.h"
+
+#include <winsock2.h>
+
+#include <array>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+namespace {
+
+// What an emulator says to a placeholder, and what only a placeholder answers.
+constexpr std::string_view kMakeRoom = "oko-control-emulator: make room";
+constexpr std::string_view kRoomMade = "oko-control-emulator: room made";
+
+constexpr long kPollMicroseconds = 50'000;
+
+/// Owner of a datagram socket.
+class Socket {
+ public:
+    Socket() : m_socket(socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP)) {}
+    ~Socket() { closesocket(m_socket); }
+    Socket(const Socket&) = delete;
+    Socket& operator=(const Socket&) = delete;
+
+    SOCKET Get() const { return m_socket; }
+
+ private:
+    SOCKET m_socket;
+};
+
+/// Owner of the use of Windows Sockets.
+class SocketsInUse {
+ public:
+    SocketsInUse() {
+        WSADATA data{};
+        WSAStartup(MAKEWORD(2, 2), &data);
+    }
+    ~SocketsInUse() { WSACleanup(); }
+    SocketsInUse(const SocketsInUse&) = delete;
+    SocketsInUse& operator=(const SocketsInUse&) = delete;
+};
+
+sockaddr_in Loopback(int port) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<u_short>(port));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return address;
+}
+
+bool Bind(const Socket& socket, int port) {
+    const sockaddr_in address = Loopback(port);
+    return bind(socket.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+}
+
+void ShareAddress(const Socket& socket) {
+    const BOOL yes = TRUE;
+    setsockopt(socket.Get(), SOL_SOCKET, SO_REUSEADDR, reinterpret_cast<const char*>(&yes), sizeof yes);
+}
+
+void SendTo(const Socket& socket, std::string_view datagram, const sockaddr_in& peer) {
+    sendto(socket.Get(), datagram.data(), static_cast<int>(datagram.size()), 0,
+           reinterpret_cast<const sockaddr*>(&peer), sizeof peer);
+}
+
+/// A datagram and where it came from.
+struct Received {
+    std::string datagram;
+    sockaddr_in peer;
+};
+
+/// Waits a moment for a datagram.
+std::optional<Received> ReceiveFrom(const Socket& socket) {
+    fd_set readable{};
+    FD_SET(socket.Get(), &readable);
+    timeval wait{0, kPollMicroseconds};
+    if (select(0, &readable, nullptr, nullptr, &wait) <= 0) {
+        return std::nullopt;
+    }
+    std::array<char, 65536> buffer;
+    Received received{};
+    int peerLength = sizeof received.peer;
+    const int length = recvfrom(socket.Get(), buffer.data(), static_cast<int>(buffer.size()), 0,
+                                reinterpret_cast<sockaddr*>(&received.peer), &peerLength);
+    if (length < 0) {
+        return std::nullopt;  // on Windows a receive reports that an earlier reply found nobody; that is not our
+                              // trouble
+    }
+    received.datagram.assign(buffer.data(), static_cast<std::size_t>(length));
+    return received;
+}
+
+/// Asks whoever has the port to make room. False when it is no placeholder.
+bool AskForRoom(int port) {
+    const Socket socket;
+    SendTo(socket, kMakeRoom, Loopback(port));
+    constexpr int kPolls = 20;
+    for (int i = 0; i < kPolls; ++i) {
+        if (const auto reply = ReceiveFrom(socket)) {
+            return reply->datagram == kRoomMade;
+        }
+    }
+    return false;
+}
+
+[[noreturn]] void FailInUse(int port) {
+    throw PortError("port " + std::to_string(port) + " is in use: another server is running");
+}
+
+}  // namespace
+
+void Serve(int port, const CommandHandler& handler, const std::function<bool()>& stop) {
+    const SocketsInUse sockets;
+    const Socket socket;
+    if (!Bind(socket, port)) {
+        if (!AskForRoom(port)) {
+            FailInUse(port);
+        }
+        // The placeholder keeps the port a little longer, so that no command falls between the two.
+        ShareAddress(socket);
+        if (!Bind(socket, port)) {
+            FailInUse(port);
+        }
+    }
+    while (!stop()) {
+        const auto received = ReceiveFrom(socket);
+        if (!received) {
+            continue;
+        }
+        const Transmission transmission = handler(received->datagram);
+        Sleep(static_cast<DWORD>(transmission.delayMs));
+        for (const std::string& datagram : transmission.datagrams) {
+            SendTo(socket, datagram, received->peer);
+        }
+    }
+}
+
+void HoldPort(int port, const std::function<bool()>& stop) {
+    const SocketsInUse sockets;
+    const Socket socket;
+    ShareAddress(socket);
+    if (!Bind(socket, port)) {
+        FailInUse(port);
+    }
+    while (!stop()) {
+        const auto received = ReceiveFrom(socket);
+        if (!received) {
+            continue;
+        }
+        if (received->datagram == kMakeRoom) {
+            SendTo(socket, kRoomMade, received->peer);
+            constexpr DWORD kOverlapMs = 200;
+            Sleep(kOverlapMs);
+            return;
+        }
+        SendTo(socket, {}, received->peer);
+    }
+}
