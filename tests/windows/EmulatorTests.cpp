@@ -1,0 +1,238 @@
+// The real device against the emulated server: every scenario, and what a caller sees when the server misbehaves.
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+
+#include "EmulatorProcess.h"
+
+namespace {
+
+/// A device that is up against an emulator.
+class Running {
+ public:
+    explicit Running(const std::wstring& options) : m_emulator(options) {
+        HostRecord::Current() = {};
+        Device().ApplyConnection(L"m_iComPort 3");
+        initResult = Device().Init(HostRecord::Callback, nullptr);
+        HostRecord::Current() = {};
+    }
+    ~Running() { Device().Close(); }
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+
+    CDevApiInterface& Device() const { return m_library.Device(0); }
+
+    CDevApiInterface_Temperature& Temperature(std::uint32_t index) const {
+        CDevApiInterface_Temperature* channel = nullptr;
+        Device().GetTemperature(index, &channel);
+        return *channel;
+    }
+
+    /// The names of all live channels.
+    std::vector<std::wstring> Names() const {
+        std::vector<std::wstring> names;
+        const auto add = [&names](INotify& channel) {
+            std::array<wchar_t, oko::kChannelNameLength> name{};
+            channel.GetName(name.data(), oko::kChannelNameLength - 1);
+            names.emplace_back(name.data());
+        };
+        for (std::uint32_t i = 0; i < static_cast<std::uint32_t>(Device().GetTemperatureCount()); ++i) {
+            add(Temperature(i));
+        }
+        for (std::uint32_t i = 0; i < static_cast<std::uint32_t>(Device().GetGasConcentrationCount()); ++i) {
+            CDevApiInterface_GasConcentration* channel = nullptr;
+            Device().GetGasConcentration(i, &channel);
+            add(*channel);
+        }
+        for (std::uint32_t i = 0; i < static_cast<std::uint32_t>(Device().GetHumidifierCount()); ++i) {
+            CDevApiInterface_Humidifier* channel = nullptr;
+            Device().GetHumidifier(i, &channel);
+            add(*channel);
+        }
+        return names;
+    }
+
+    std::int32_t initResult = -1;
+
+ private:
+    EmulatorProcess m_emulator;
+    LoadedLibrary m_library;
+};
+
+TEST(EmulatorTests, EveryScenario_GivesItsChannels) {
+    struct Case {
+        const wchar_t* scenario;
+        std::vector<std::wstring> names;
+    };
+    const std::vector<std::wstring> heater{L"H301-T",      L"Base", L"Free sensor", L"Humidity #1",
+                                           L"Humidity #2", L"Lid",  L"Objective",   L"Room"};
+    std::vector<std::wstring> full = heater;
+    full.insert(full.end(), {L"Humidifier", L"Sensing cell", L"CO2", L"O2", L"H301-HM-ACTIVE"});
+    std::vector<std::wstring> failing = full;
+    std::erase(failing, L"Base");
+    for (const Case& row : std::vector<Case>{
+             {L"product-7", {L"H501-T Base", L"H501-T Lid", L"Humidity", L"Objective", L"Free sensor"}},
+             {L"product-8", {L"H201-T", L"Air heater", L"Cage", L"Sample"}},
+             {L"product-9", heater},
+             {L"product-10", {L"Humidifier", L"Sensing cell", L"CO2"}},
+             {L"product-11", {L"O2"}},
+             {L"product-12", {L"Humidifier", L"Sensing cell", L"CO2", L"O2"}},
+             {L"product-13", {L"Humidifier", L"Sensing cell", L"CO2", L"O2"}},
+             {L"product-14", {L"H101-T", L"Base", L"Free sensor", L"Objective", L"Room", L"Water bath"}},
+             {L"product-15", {L"Humidifier", L"Sensing cell", L"H301-HM-ACTIVE"}},
+             {L"product-16", {L"H401-T Device 1", L"H401-T Device 2", L""}},
+             {L"product-17",
+              {L"Main", L"Chamber", L"Lid", L"Humidifier", L"Objective Heater", L"Heated tube", L"T sensor"}},
+             {L"full-incubator", full},
+             {L"simulator-default", full},
+             {L"failing-sensor", failing},
+         }) {
+        const Running running(L"--scenario " + std::wstring(row.scenario));
+        EXPECT_EQ(running.initResult, 0);
+        EXPECT_EQ(running.Names(), row.names) << std::string(row.scenario, row.scenario + std::wcslen(row.scenario));
+    }
+}
+
+TEST(EmulatorTests, Ranges_ComeFromTheServer) {
+    const Running running(L"--scenario product-16");
+    double min = 0.0;
+    double max = 0.0;
+    running.Temperature(0).GetTemperatureLimits(&min, &max);
+    EXPECT_EQ(min, 25.0);
+    EXPECT_EQ(max, 50.0);
+    running.Temperature(2).GetTemperatureLimits(&min, &max);
+    EXPECT_EQ(max, 0.0);
+}
+
+TEST(EmulatorTests, Target_ReachesTheServerAndItsValueArrives) {
+    const Running running(L"--scenario product-9 --speed 2000");
+    auto& channel = running.Temperature(0);
+    ASSERT_EQ(channel.SetTargetTemperature(41.5), 0);
+    double value = 0.0;
+    EXPECT_EQ(channel.GetTargetTemperature(&value), 0);
+    EXPECT_EQ(value, 41.5);
+    EXPECT_TRUE(WaitUntil([&] {
+        double current = 0.0;
+        return channel.GetCurrentTemperature(&current) == 0 && std::abs(current - 41.5) < 0.3;
+    }));
+    std::uint32_t state = 0;
+    channel.GetTemperatureState(&state);
+    EXPECT_EQ(state, oko::kTemperatureWithin);
+}
+
+TEST(EmulatorTests, FailingSensor_IsReportedAndItsDeviceLogged) {
+    const EmulatorProcess emulator(L"--scenario failing-sensor");
+    const LoadedLibrary library;
+    HostRecord::Current() = {};
+    CDevApiInterface& device = library.Device(0);
+    device.ApplyConnection(L"");
+    ASSERT_EQ(device.Init(HostRecord::Callback, nullptr), 0);
+    EXPECT_EQ(HostRecord::CountLines(L"OKO-Lab bold line status error: product 15, device 7, error: 4"), 1U);
+    CDevApiInterface_GasConcentration* o2 = nullptr;
+    device.GetGasConcentration(1, &o2);
+    double value = 7.0;
+    EXPECT_EQ(o2->GetCurrentGasConcentration(&value), -1);
+    EXPECT_EQ(value, 7.0);
+    device.Close();
+}
+
+TEST(EmulatorTests, FaultsOnARead_AreWhatTheCallerSees) {
+    struct Case {
+        const wchar_t* effect;
+        int result;
+        bool valueTaken;
+        std::size_t lines;
+    };
+    for (const Case& row :
+         {Case{L"code 1", 0, true, 1}, Case{L"code 2", 0, true, 1}, Case{L"code 3", -1, false, 1},
+          Case{L"code 7", 0, false, 0}, Case{L"error broken", -1, false, 1}, Case{L"empty", -1, false, 0},
+          Case{L"long 200", -1, false, 0}, Case{L"truncate 1", 0, false, 0}, Case{L"truncate 14", 0, false, 0},
+          Case{L"garbage 500", -1, false, 0}, Case{L"no-separator", 0, false, 0}, Case{L"no-return", 0, false, 0},
+          Case{L"late 300", 0, true, 0}, Case{L"value nan", -1, false, 0}, Case{L"value", 0, false, 0},
+          Case{L"value 999.5", 0, true, 0}, Case{L"echo readcurval 1", 0, true, 0}}) {
+        const std::wstring effect = row.effect;
+        SCOPED_TRACE(std::string(effect.begin(), effect.end()));
+        // The first read is Init's or none's: the rule is for the plain form, which only the channel sends.
+        const Running running(L"--scenario product-9 --fault \"readcurval 9; always; " + effect + L"\"");
+        double value = -7.0;
+        EXPECT_EQ(running.Temperature(0).GetCurrentTemperature(&value), row.result);
+        EXPECT_EQ(value != -7.0, row.valueTaken);
+        EXPECT_EQ(HostRecord::Current().lines.size(), row.lines);
+    }
+}
+
+TEST(EmulatorTests, FaultsOnAWrite_AreWhatTheCallerSees) {
+    struct Case {
+        const wchar_t* effect;
+        int result;
+        std::size_t lines;
+    };
+    for (const Case& row : {Case{L"code 1", 0, 1}, Case{L"code 2", 0, 1}, Case{L"code 3", -1, 1}, Case{L"code 8", 0, 0},
+                            Case{L"empty", -1, 0}, Case{L"long 70", -1, 0}, Case{L"no-separator", 0, 0}}) {
+        const std::wstring effect = row.effect;
+        SCOPED_TRACE(std::string(effect.begin(), effect.end()));
+        const Running running(L"--scenario product-9 --fault \"writesetpoint*; always; " + effect + L"\"");
+        EXPECT_EQ(running.Temperature(0).SetTargetTemperature(40.0), row.result);
+        EXPECT_EQ(HostRecord::Current().lines.size(), row.lines);
+    }
+}
+
+TEST(EmulatorTests, ReadBackThatFails_RestoresThePreviousTargetAtTheServer) {
+    const Running running(L"--scenario product-9 --fault \"readsetpoint*; nth 1; error\"");
+    EXPECT_EQ(running.Temperature(0).SetTargetTemperature(40.0), 0);
+    double value = 0.0;
+    EXPECT_EQ(running.Temperature(0).GetTargetTemperature(&value), 0);
+    EXPECT_EQ(value, 37.0);
+}
+
+TEST(EmulatorTests, FaultsDuringInit_LeaveOutWhatTheyHit) {
+    struct Case {
+        const wchar_t* rule;
+        int result;
+        int temperatures;
+    };
+    for (const Case& row :
+         {Case{L"listprod; always; code 1", 0, 8}, Case{L"listprod; always; garbage 4", 0, 8},
+          Case{L"listconprod; always; empty", 0, 0}, Case{L"listconprod; every 1; no-separator", 0, 0},
+          Case{L"listconprod; nth 1; code 1", 0, 8}, Case{L"listdev*; always; empty", 0, 8},
+          Case{L"bl-param-list*; always; error", 0, 1}, Case{L"bl-param-read*; always; value 0", 0, 1},
+          Case{L"bl-param-read*; always; empty", 0, 1}, Case{L"readmin*; always; error", 0, 8},
+          Case{L"status; always; garbage 8", 0, 8}, Case{L"mode*; always; empty", 0, 8},
+          Case{L"start*; always; code 3", 0, 8}, Case{L"comport*; always; error", 0, 8},
+          Case{L"checkcon*; always; long 100", 0, 8}}) {
+        const std::wstring rule = row.rule;
+        SCOPED_TRACE(std::string(rule.begin(), rule.end()));
+        const Running running(L"--scenario product-9 --fault \"" + rule + L"\"");
+        EXPECT_EQ(running.initResult, row.result);
+        EXPECT_EQ(running.Device().GetTemperatureCount(), row.temperatures);
+    }
+}
+
+TEST(EmulatorTests, RecordOfARun_ReplaysToTheSameDevice) {
+    const std::wstring record = ProgramFolder() + L"recorded run.txt";
+    std::vector<std::wstring> names;
+    {
+        const Running running(L"--scenario product-12 --record \"" + record + L"\"");
+        names = running.Names();
+    }
+    EXPECT_EQ(names.size(), 4U);
+    {
+        const Running running(L"--replay \"" + record + L"\"");
+        EXPECT_EQ(running.initResult, 0);
+        EXPECT_EQ(running.Names(), names);
+    }
+    std::filesystem::remove(record);
+}
+
+TEST(EmulatorTests, WrongInput_EndsWithAMessageAndItsCode) {
+    EXPECT_EQ(RunEmulator(L"--scenario nowhere"), 1U);
+    EXPECT_EQ(RunEmulator(L"--fault nonsense"), 1U);
+    EXPECT_EQ(RunEmulator(L"--list-scenarios"), 0U);
+    const std::wstring file = ProgramFolder() + L"wrong.json";
+    std::ofstream(std::filesystem::path(file)) << "{\"products\": 7}";
+    EXPECT_EQ(RunEmulator(L"--scenario \"" + file + L"\""), 1U);
+    std::filesystem::remove(file);
+}
+
+}  // namespace

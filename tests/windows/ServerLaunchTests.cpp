@@ -1,0 +1,109 @@
+// The library finds the installed server in the real registry and on the real disk and starts it through the real
+// shell.
+
+#include <filesystem>
+
+#include "EmulatorProcess.h"
+
+namespace {
+
+constexpr const wchar_t* kProgram = L"OKO-Control Emulator.exe";
+constexpr const wchar_t* kList32 = L"SOFTWARE\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall";
+constexpr const wchar_t* kEntry = L"\\OKO-Control Emulator";
+
+class ServerLaunchTests : public testing::Test {
+ protected:
+    ServerLaunchTests() {
+        HostRecord::Current() = {};
+        RunEmulator(L"--uninstall");
+    }
+    ~ServerLaunchTests() override {
+        EndProcesses(kProgram);
+        RunEmulator(L"--uninstall");
+        RegDeleteTreeW(HKEY_LOCAL_MACHINE, kList32);
+        std::error_code ignored;
+        std::filesystem::remove_all(Folder(), ignored);
+    }
+
+    static std::filesystem::path Folder() { return ProgramFolder() + L"installed server"; }
+
+    static void Install(const std::wstring& options) {
+        EXPECT_EQ(
+            RunEmulator(L"--install \"" + Folder().wstring() + L"\" --quiet --for 60 --scenario product-9 " + options),
+            0U);
+    }
+
+    /// Init of the real device while a placeholder stands for the silent port.
+    std::int32_t InitWithPlaceholder() {
+        const EmulatorProcess placeholder(L"--placeholder");
+        CDevApiInterface& device = m_library.Device(0);
+        device.ApplyConnection(L"m_iComPort 3");
+        return device.Init(HostRecord::Callback, nullptr);
+    }
+
+    void ExpectStarted() {
+        EXPECT_EQ(InitWithPlaceholder(), 0);
+        EXPECT_EQ(HostRecord::CountLines(L"Starting server first."), 1U);
+        EXPECT_EQ(HostRecord::CountLines(L"Server started on "), 1U);
+        EXPECT_EQ(m_library.Device(0).GetTemperatureCount(), 8);
+        m_library.Device(0).Close();
+        EXPECT_EQ(EndProcesses(kProgram), 1);
+    }
+
+    LoadedLibrary m_library;
+};
+
+TEST_F(ServerLaunchTests, InstalledServer_IsStartedAndTheDeviceComesUp) {
+    Install(L"");
+    ExpectStarted();
+}
+
+TEST_F(ServerLaunchTests, InstalledInThe32BitList_IsStarted) {
+    HKEY key = nullptr;
+    ASSERT_EQ(RegCreateKeyW(HKEY_LOCAL_MACHINE, kList32, &key), ERROR_SUCCESS);
+    RegCloseKey(key);
+    Install(L"--display-name \"OKO-Control Server 2.1.7 build 4\"");
+    ExpectStarted();
+}
+
+TEST_F(ServerLaunchTests, InstalledInTheOtherListWhileThe32BitListExists_IsNotFound) {
+    Install(L"");
+    HKEY key = nullptr;
+    ASSERT_EQ(RegCreateKeyW(HKEY_LOCAL_MACHINE, kList32, &key), ERROR_SUCCESS);
+    RegCloseKey(key);
+    EXPECT_EQ(InitWithPlaceholder(), -1);
+    EXPECT_EQ(HostRecord::CountLines(L"System cannot find OKO-Control."), 1U);
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kList32);
+}
+
+TEST_F(ServerLaunchTests, LocationWithoutItsSeparator_LosesItsLastCharacter) {
+    Install(L"");
+    const std::wstring list = L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall" + std::wstring(kEntry);
+    const auto setLocation = [&](const std::wstring& folder) {
+        EXPECT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, list.c_str(), L"InstallLocation", REG_SZ, folder.c_str(),
+                                  static_cast<DWORD>((folder.size() + 1) * sizeof(wchar_t))),
+                  ERROR_SUCCESS);
+    };
+    setLocation(Folder().wstring());
+    EXPECT_EQ(InitWithPlaceholder(), -1);
+    EXPECT_EQ(HostRecord::CountLines(L"System cannot find OKO-Control application."), 1U);
+    setLocation(Folder().wstring() + L"\\");
+}
+
+TEST_F(ServerLaunchTests, FolderWithAProgramsName_IsNotStarted) {
+    Install(L"");
+    std::filesystem::create_directories(Folder() / L"OKO-Control A folder.exe");
+    ExpectStarted();
+}
+
+TEST_F(ServerLaunchTests, NothingInstalled_IsSaidAndFails) {
+    EXPECT_EQ(InitWithPlaceholder(), -1);
+    EXPECT_EQ(HostRecord::CountLines(L"System cannot find OKO-Control."), 1U);
+}
+
+TEST_F(ServerLaunchTests, PortInUse_TheEmulatorSaysSo) {
+    const EmulatorProcess first(L"--scenario product-9");
+    EXPECT_EQ(RunEmulator(L"--for 1"), 2U);
+}
+
+}  // namespace
