@@ -4,7 +4,6 @@
 #include <memory>
 #include <utility>
 
-#include "base/Scan.h"
 #include "catalogue/ProductRecord.h"
 #include "channels/CDevApiInterface_GasConcentration_Impl.h"
 #include "channels/CDevApiInterface_Humidifier_Impl.h"
@@ -13,6 +12,7 @@
 #include "link/SimulatorTables.h"
 #include "oko/LibQuery.h"
 #include "platform/FailFast.h"
+#include "ui/ConnectionSettings.h"
 
 namespace {
 
@@ -77,8 +77,7 @@ void CDevApiInterface_Impl::DestroyChannels() noexcept {
 std::int32_t CDevApiInterface_Impl::ApplyConnection(const wchar_t* text) noexcept {
     ReportProgress(5);
     if (text != nullptr) {
-        Scanner scanner{std::wstring_view(text)};
-        scanner.Literal("m_iComPort ") && scanner.Integer(m_iComPort);
+        ParseConnectionSettings(text, m_iComPort);
     }
     ConnectSocket();
     return oko::kSuccess;

@@ -3,6 +3,7 @@
 #include "catalogue/ProductRecord.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "link/Exchange.h"
+#include "link/ProductModes.h"
 #include "platform/Registry.h"
 
 namespace {
@@ -29,14 +30,6 @@ void ResetLiveCounts(CDevApiInterface_Impl& device) noexcept {
     device.m_nTemperatures = 0;
     device.m_nGasConcentrations = 0;
     device.m_nHumidifiers = 0;
-}
-
-/// Tells the server in which mode each product works.
-void SendModes(CDevApiInterface_Impl& device) noexcept {
-    const int mode = device.m_bSimulator ? 1 : 0;
-    for (int product = device.m_iFirstProduct; product <= device.m_iLastProduct; ++product) {
-        Tell(device, FormatCommand(command::kMode, {product, mode}));
-    }
 }
 
 /// Tells the server where each product is connected, and has it check.

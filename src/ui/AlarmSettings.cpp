@@ -4,27 +4,47 @@
 
 #include "base/Scan.h"
 
+namespace {
+
+/// One pair of the text: what stands before its number, and where the number belongs.
+struct Field {
+    std::string_view literal;
+    Tolerance AlarmSettings::*tolerance;
+    double Tolerance::*value;
+};
+
+constexpr std::array<Field, 8> kFields{{
+    {"dIncubatorBelow ", &AlarmSettings::incubator, &Tolerance::below},
+    {" | dIncubatorAbove ", &AlarmSettings::incubator, &Tolerance::above},
+    {" | dCO2Below ", &AlarmSettings::co2, &Tolerance::below},
+    {" | dCO2Above ", &AlarmSettings::co2, &Tolerance::above},
+    {" | dO2Below ", &AlarmSettings::o2, &Tolerance::below},
+    {" | dO2Above ", &AlarmSettings::o2, &Tolerance::above},
+    {" | dHumidityBelow ", &AlarmSettings::humidity, &Tolerance::below},
+    {" | dHumidityAbove ", &AlarmSettings::humidity, &Tolerance::above},
+}};
+
+constexpr int kDecimals = 6;
+
+}  // namespace
+
 AlarmSettings ParseAlarmSettings(std::wstring_view text) noexcept {
-    struct Field {
-        std::string_view literal;
-        double* value;
-    };
     AlarmSettings settings;
-    const std::array<Field, 8> fields{{
-        {"dIncubatorBelow ", &settings.incubator.below},
-        {" | dIncubatorAbove ", &settings.incubator.above},
-        {" | dCO2Below ", &settings.co2.below},
-        {" | dCO2Above ", &settings.co2.above},
-        {" | dO2Below ", &settings.o2.below},
-        {" | dO2Above ", &settings.o2.above},
-        {" | dHumidityBelow ", &settings.humidity.below},
-        {" | dHumidityAbove ", &settings.humidity.above},
-    }};
     Scanner scanner(text);
-    for (const Field& field : fields) {
-        if (!scanner.Literal(field.literal) || !scanner.Double(*field.value)) {
+    for (const Field& field : kFields) {
+        if (!scanner.Literal(field.literal) || !scanner.Double(settings.*field.tolerance.*field.value)) {
             break;
         }
     }
     return settings;
+}
+
+AlarmSettingsText FormatAlarmSettings(const AlarmSettings& settings) noexcept {
+    AlarmSettingsText text;
+    for (const Field& field : kFields) {
+        std::array<char, 330> number;
+        const int length = FormatFixed(number, settings.*field.tolerance.*field.value, kDecimals);
+        text.AppendBytes(field.literal).AppendBytes({number.data(), static_cast<std::size_t>(length)});
+    }
+    return text;
 }

@@ -2,6 +2,9 @@
 
 #include <string_view>
 
+#include "base/Text.h"
+#include "oko/CDevApiInterface.h"
+
 /// How far a value may stray from its target before the incubator raises an alarm, in the channel's unit.
 struct Tolerance {
     double below;
@@ -16,6 +19,12 @@ struct AlarmSettings {
     Tolerance humidity{1.0, 1.0};   // percent
 };
 
+/// The text with eight of the longest numbers that there are.
+using AlarmSettingsText = BoundedText<wchar_t, oko::kConfigurationTextLength>;
+
 /// Reads "dIncubatorBelow 0.2 | dIncubatorAbove 0.2 | ..." as formatted scanning does: from the first mismatch on
 /// everything keeps its default.
 AlarmSettings ParseAlarmSettings(std::wstring_view text) noexcept;
+
+/// Writes the text, each number with six decimals.
+AlarmSettingsText FormatAlarmSettings(const AlarmSettings& settings) noexcept;

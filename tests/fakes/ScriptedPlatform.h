@@ -337,6 +337,17 @@ class RecordedShell {
     std::vector<Launch> m_launches;
 };
 
+/// The serial ports by their names ("COM3"), and the names under which they were opened.
+class ScriptedPorts {
+ public:
+    /// Ports that exist, and those of them that somebody else holds open.
+    std::vector<std::wstring> existing;
+    std::vector<std::wstring> busy;
+
+    std::vector<std::wstring> queried;
+    std::vector<std::wstring> opened;
+};
+
 /// The platform of one test. Make it on the test's own thread, before the device object, and let it go after that.
 /// There is at most one at a time; a stand-in that is used without one ends the process.
 class ScriptedPlatform {
@@ -354,6 +365,7 @@ class ScriptedPlatform {
     RecordedThreads threads;
     ScriptedFiles files;
     RecordedShell shell;
+    ScriptedPorts ports;
 
     /// For the stand-ins: the platform of the running test, and the same where none is needed.
     static ScriptedPlatform& Current();

@@ -11,6 +11,7 @@
 #include "channels/CDevApiInterface_Humidifier_Impl.h"
 #include "channels/CDevApiInterface_Temperature_Impl.h"
 #include "core/CDevApiInterface_Impl.h"
+#include "fakes/Dialogs.h"
 #include "fakes/HostLog.h"
 #include "fakes/ScriptedPlatform.h"
 #include "oko/LibQuery.h"
@@ -18,7 +19,10 @@
 /// A fresh scripted platform and host log for each test, and device objects on it.
 class DeviceTest : public ::testing::Test {
  protected:
-    DeviceTest() { HostLog::Reset(); }
+    DeviceTest() {
+        HostLog::Reset();
+        ScriptedDialogs::Reset();
+    }
 
     /// A device must not go while its value thread runs; a host's process would end here.
     ~DeviceTest() override {

@@ -1,0 +1,11 @@
+#include "link/ProductModes.h"
+
+#include "core/CDevApiInterface_Impl.h"
+#include "link/Exchange.h"
+
+void SendModes(CDevApiInterface_Impl& device) noexcept {
+    const int mode = device.m_bSimulator ? 1 : 0;
+    for (int product = device.m_iFirstProduct; product <= device.m_iLastProduct; ++product) {
+        Tell(device, FormatCommand(command::kMode, {product, mode}));
+    }
+}

@@ -1,0 +1,68 @@
+// Slot 4: the configuration dialog, and the alarm settings text that comes of it.
+
+#include <algorithm>
+
+#include "channels/CDevApiInterface_GasConcentration_Impl.h"
+#include "channels/CDevApiInterface_Humidifier_Impl.h"
+#include "channels/CDevApiInterface_Temperature_Impl.h"
+#include "channels/GasKind.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "ui/AlarmSettings.h"
+#include "ui/ConfigurationDialog.h"
+
+namespace {
+
+/// The products whose temperature alarms are not set here: they have controllers of their own.
+bool HasOwnAlarms(std::int32_t product) noexcept { return product == 16 || product == 17; }
+
+template <class Channel>
+Tolerance ToleranceOf(const Channel& channel) noexcept {
+    return {Get(channel.m_dToleranceBelow), Get(channel.m_dToleranceAbove)};
+}
+
+/// The channels' tolerances; the defaults where there is no channel. The second gas channel wins where both are one
+/// gas.
+AlarmSettings GatherSettings(const CDevApiInterface_Impl& device) noexcept {
+    AlarmSettings settings;
+    if (const auto* const channel = device.m_pTemperature[0]) {
+        settings.incubator = ToleranceOf(*channel);
+    }
+    for (const std::size_t i : {0, 1}) {
+        const auto* const channel = device.m_pGasConcentration[i];
+        const GasKind kind =
+            channel != nullptr ? GasKindOf(channel->m_iProduct, channel->m_iChannel) : GasKind::Neither;
+        if (kind == GasKind::Co2) {
+            settings.co2 = ToleranceOf(*channel);
+        } else if (kind == GasKind::O2) {
+            settings.o2 = ToleranceOf(*channel);
+        }
+    }
+    if (const auto* const channel = device.m_pHumidifier[0]) {
+        settings.humidity = ToleranceOf(*channel);
+    }
+    return settings;
+}
+
+}  // namespace
+
+std::int32_t CDevApiInterface_Impl::ShowConfiguration(wchar_t* text, std::int32_t size,
+                                                      oko::WindowHandle parent) noexcept {
+    if (text == nullptr || (m_pTemperature[0] != nullptr && HasOwnAlarms(m_pTemperature[0]->m_iProduct))) {
+        return oko::kFailure;
+    }
+    m_pszConfigText = text;
+    m_nConfigTextSize = size;
+    const std::uint8_t airModeBefore = m_bAirMode;
+    if (RunConfigurationDialog(*this, parent) != DialogEnd::Ok) {
+        return oko::kFailure;
+    }
+
+    // Not bounded by `size`: hosts hand in a buffer for the longest text and rely on getting all of it.
+    const AlarmSettingsText settings = FormatAlarmSettings(GatherSettings(*this));
+    std::copy_n(settings.c_str(), settings.length() + 1, text);
+    static_cast<CDevApiInterface*>(this)->ApplyConfiguration(text);
+    if (m_bAirMode != airModeBefore) {
+        CallHost(oko::kCallbackAirModeChanged, nullptr);
+    }
+    return oko::kSuccess;
+}

@@ -1,0 +1,186 @@
+#include "ui/ConfigurationFields.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "base/Numbers.h"
+#include "catalogue/ProductRecord.h"
+#include "channels/CDevApiInterface_GasConcentration_Impl.h"
+#include "channels/CDevApiInterface_Humidifier_Impl.h"
+#include "channels/CDevApiInterface_Temperature_Impl.h"
+#include "channels/GasKind.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "link/Exchange.h"
+#include "ui/resources/ResourceIds.h"
+
+namespace {
+
+/// The two fields of one tolerance, and how its numbers are shown.
+struct FieldPair {
+    int below;
+    int above;
+    int decimals;
+};
+
+constexpr FieldPair kTemperatureFields{IDC_TEMPERATURE_BELOW, IDC_TEMPERATURE_ABOVE, 1};
+constexpr FieldPair kCo2Fields{IDC_CO2_BELOW, IDC_CO2_ABOVE, 2};
+constexpr FieldPair kO2Fields{IDC_O2_BELOW, IDC_O2_ABOVE, 2};
+constexpr FieldPair kHumidityFields{IDC_HUMIDITY_BELOW, IDC_HUMIDITY_ABOVE, 0};
+
+constexpr std::int32_t kAirModeWriteParameter = 238;
+
+bool IsTemperatureProduct(std::int32_t product) noexcept {
+    return (product >= 7 && product <= 9) || product == 14 || product == 16 || product == 17;
+}
+
+bool IsCo2Product(std::int32_t product) noexcept { return product == 10 || product == 12 || product == 13; }
+
+bool AnyProduct(const CDevApiInterface_Impl& device, bool (*test)(std::int32_t) noexcept) noexcept {
+    return std::ranges::any_of(device.m_products, test, &ProductRecord::m_iProduct);
+}
+
+/// Asked product by product, and so only where there is one.
+bool IsHumidityPresent(const CDevApiInterface_Impl& device) noexcept {
+    const auto live = std::clamp(device.m_nHumidifiers, 0, CDevApiInterface_Impl::kHumidifiers);
+    return !device.m_products.empty() &&
+           std::any_of(device.m_pHumidifier.begin(), device.m_pHumidifier.begin() + live,
+                       [](const auto* channel) { return channel != nullptr && channel->m_bEnabled != 0; });
+}
+
+std::wstring FormatField(double value, int decimals) {
+    std::array<char, 320> digits;
+    const int length = FormatFixed(digits, value, decimals);
+    return {digits.begin(), digits.begin() + length};
+}
+
+FieldView& FieldOf(ConfigurationView& view, int id) { return *std::ranges::find(view.fields, id, &FieldView::id); }
+
+template <class Channel>
+void ShowTolerance(ConfigurationView& view, const FieldPair& pair, const Channel& channel) {
+    FieldOf(view, pair.below).text = FormatField(Get(channel.m_dToleranceBelow), pair.decimals);
+    FieldOf(view, pair.above).text = FormatField(Get(channel.m_dToleranceAbove), pair.decimals);
+}
+
+/// The fields of a gas channel; none when it controls neither gas.
+std::optional<FieldPair> FieldsOf(const CDevApiInterface_GasConcentration_Impl& channel) noexcept {
+    switch (GasKindOf(channel.m_iProduct, channel.m_iChannel)) {
+        case GasKind::Co2:
+            return kCo2Fields;
+        case GasKind::O2:
+            return kO2Fields;
+        case GasKind::Neither:
+            break;
+    }
+    return std::nullopt;
+}
+
+/// The dialog knows only the first two gas channels.
+constexpr std::size_t kDialogGasChannels = 2;
+
+/// Reads one field. Text that is no number gives 0; an empty field gives nothing.
+std::optional<double> ReadField(const FieldReader& fieldText, int id) {
+    const std::wstring text = fieldText(id);
+    if (text.empty()) {
+        return std::nullopt;
+    }
+    std::string narrow(text.size(), '\0');
+    std::ranges::transform(text, narrow.begin(), [](wchar_t c) { return c < 0x80 ? static_cast<char>(c) : '?'; });
+    return ParseDouble(narrow);
+}
+
+template <class Channel>
+bool TakeTolerance(const FieldReader& fieldText, const FieldPair& pair, Channel& channel) {
+    const auto below = ReadField(fieldText, pair.below);
+    if (!below) {
+        return false;
+    }
+    Put(channel.m_dToleranceBelow, *below);
+    const auto above = ReadField(fieldText, pair.above);
+    if (!above) {
+        return false;
+    }
+    Put(channel.m_dToleranceAbove, *above);
+    return true;
+}
+
+/// Takes all fields in the dialog's order, up to the first that is empty.
+bool TakeTolerances(CDevApiInterface_Impl& device, const FieldReader& fieldText) {
+    if (auto* const temperature = device.m_pTemperature[0];
+        temperature != nullptr && !TakeTolerance(fieldText, kTemperatureFields, *temperature)) {
+        return false;
+    }
+    for (std::size_t i = 0; i < kDialogGasChannels; ++i) {
+        auto* const gas = device.m_pGasConcentration[i];
+        const auto fields = gas != nullptr ? FieldsOf(*gas) : std::nullopt;
+        if (fields && !TakeTolerance(fieldText, *fields, *gas)) {
+            return false;
+        }
+    }
+    auto* const humidifier = device.m_pHumidifier[0];
+    return humidifier == nullptr || device.GetHumidifierCount() < 1 ||
+           TakeTolerance(fieldText, kHumidityFields, *humidifier);
+}
+
+/// The list is ascending: the search ends at the first larger number.
+bool OffersAirModeWrite(const ProductRecord& record) noexcept {
+    const auto found = std::ranges::find_if(
+        record.m_params, [](const ParamRecord& param) { return param.m_iParam >= kAirModeWriteParameter; });
+    return found != record.m_params.end() && found->m_iParam == kAirModeWriteParameter;
+}
+
+void WriteAirMode(CDevApiInterface_Impl& device) noexcept {
+    for (const ProductRecord& record : device.m_products) {
+        if (HasAirMode(record.m_iProduct) && OffersAirModeWrite(record)) {
+            Tell(device, FormatCommand(command::kWriteAirMode, {record.m_iProduct, int{device.m_bAirMode}}));
+        }
+    }
+}
+
+}  // namespace
+
+ConfigurationView DescribeConfiguration(const CDevApiInterface_Impl& device) {
+    const bool temperature = AnyProduct(device, IsTemperatureProduct);
+    const bool co2 = AnyProduct(device, IsCo2Product);
+    const bool o2 = AnyProduct(device, HasAirMode);  // the products with an O2 controller are those with an air mode
+    const bool humidity = IsHumidityPresent(device);
+    ConfigurationView view{
+        {{
+            {kTemperatureFields.below, temperature, {}},
+            {kTemperatureFields.above, temperature, {}},
+            {kCo2Fields.below, co2, {}},
+            {kCo2Fields.above, co2, {}},
+            {kO2Fields.below, o2, {}},
+            {kO2Fields.above, o2, {}},
+            {kHumidityFields.below, humidity, {}},
+            {kHumidityFields.above, humidity, {}},
+        }},
+        o2,
+        o2 && device.m_bAirMode != 0,
+        std::ranges::any_of(device.m_products, [](const ProductRecord& record) { return !record.m_params.empty(); })};
+
+    // Fields are filled where there is a channel, whether or not they are enabled.
+    if (const auto* const channel = device.m_pTemperature[0]) {
+        ShowTolerance(view, kTemperatureFields, *channel);
+    }
+    for (std::size_t i = 0; i < kDialogGasChannels; ++i) {
+        const auto* const channel = device.m_pGasConcentration[i];
+        if (const auto fields = channel != nullptr ? FieldsOf(*channel) : std::nullopt) {
+            ShowTolerance(view, *fields, *channel);
+        }
+    }
+    if (const auto* const channel = device.m_pHumidifier[0]; channel != nullptr && humidity) {
+        ShowTolerance(view, kHumidityFields, *channel);
+    }
+    return view;
+}
+
+bool TakeConfiguration(CDevApiInterface_Impl& device, const FieldReader& fieldText, bool airModeChecked) {
+    device.m_bBusy = true;
+    if (!TakeTolerances(device, fieldText)) {
+        return false;
+    }
+    device.m_bAirMode = airModeChecked ? 1 : 0;
+    WriteAirMode(device);
+    device.m_bBusy = false;
+    return true;
+}

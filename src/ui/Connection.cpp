@@ -1,0 +1,65 @@
+// Slots 6 and 3: the connection dialog with what its two buttons do, and the value panel.
+
+#include <algorithm>
+
+#include "core/CDevApiInterface_Impl.h"
+#include "platform/WaitCursor.h"
+#include "ui/ConnectionDialog.h"
+#include "ui/ConnectionSettings.h"
+#include "ui/FindAndConnect.h"
+#include "ui/ValuePanel.h"
+
+namespace {
+
+/// Not bounded by the length that the host gave: its buffer has room for the longest text.
+void WriteConnectionText(CDevApiInterface_Impl& device) noexcept {
+    const ConnectionSettingsText text = FormatConnectionSettings(device.m_iComPort);
+    std::copy_n(text.c_str(), text.length() + 1, device.m_pszConnectionText);
+    device.m_nConnectionTextLen = static_cast<std::int32_t>(text.length());
+}
+
+}  // namespace
+
+std::int32_t CDevApiInterface_Impl::ShowConnection(wchar_t* text, std::int32_t length,
+                                                   oko::WindowHandle parent) noexcept try {
+    if (m_bSimulator) {
+        return oko::kSuccess;  // it has no port to choose
+    }
+    if (text == nullptr) {
+        return oko::kFailure;
+    }
+    m_pszConnectionText = text;
+    m_nConnectionTextLen = length;
+    if (length > 0) {
+        ParseConnectionSettings(text, m_iComPort);
+    }
+
+    switch (RunConnectionDialog(*this, parent)) {
+        case DialogEnd::Ok:
+            WriteConnectionText(*this);
+            return oko::kSuccess;
+        case DialogEnd::FindAndConnect: {
+            const WaitCursor wait;
+            ConnectSocket();
+            FindAndConnect(*this, parent);
+            DisconnectSocket();
+            WriteConnectionText(*this);
+            return oko::kSuccess;
+        }
+        case DialogEnd::CloseBox:
+            return oko::kFailure;
+        default:
+            return oko::kSuccess;
+    }
+} catch (...) {
+    return oko::kFailure;
+}
+
+oko::WindowHandle CDevApiInterface_Impl::CreateValuePanel(oko::WindowHandle parent,
+                                                          oko::DialogProcedure* procedure) noexcept {
+    const WindowHandle panel = OpenValuePanel(*this, parent);
+    if (procedure != nullptr) {
+        *procedure = ValuePanelProcedure();
+    }
+    return panel;
+}

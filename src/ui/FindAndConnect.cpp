@@ -1,0 +1,64 @@
+#include "ui/FindAndConnect.h"
+
+#include <string_view>
+
+#include "core/CDevApiInterface_Impl.h"
+#include "link/Exchange.h"
+#include "link/ProductModes.h"
+#include "platform/Clock.h"
+#include "ui/ProgressWindow.h"
+
+namespace {
+
+constexpr std::uint32_t kServerPollDelayMs = 1000;
+constexpr std::uint32_t kFindPollDelayMs = 500;
+
+/// Anywhere in the reply, it says that the search has ended.
+constexpr std::string_view kSearchEnded = "-1";
+
+/// Searches for one product. `shown` is the percentage that the window shows, `next` the one that it should.
+void FindProduct(CDevApiInterface_Impl& device, int product, double& shown, double next) noexcept {
+    Tell(device, FormatCommand(command::kFind, {product}));
+    bool ended = false;
+    while (!ended) {
+        if (next != shown) {
+            // Not kept in m_iProgress: this is the search's own percentage.
+            SendProgress(device.m_hProgressWnd, static_cast<int>(next + 0.5));
+            shown = next;
+        }
+        SleepMilliseconds(kFindPollDelayMs);
+        const Reply reply = Ask(device, FormatCommand(command::kFindStatus));
+        ended = std::string_view(reply.c_str()).find(kSearchEnded) != std::string_view::npos;
+    }
+}
+
+void FindAllProducts(CDevApiInterface_Impl& device) noexcept {
+    const int first = device.m_iFirstProduct;
+    const int last = device.m_iLastProduct;
+    double shown = 0.0;
+    double next = 1.0;
+    for (int product = first; product <= last; ++product) {
+        FindProduct(device, product, shown, next);
+        next = static_cast<double>(product - first + 1) / (last - first + 1) * 100.0;
+    }
+}
+
+}  // namespace
+
+void FindAndConnect(CDevApiInterface_Impl& device, WindowHandle parent) {
+    if (device.EnsureServerRunning(kServerPollDelayMs) != CDevApiInterface_Impl::ServerState::Running) {
+        return;
+    }
+    device.m_hProgressWnd = OpenProgressWindow(device, parent, nullptr);
+    SendModes(device);
+    FindAllProducts(device);
+    DestroyWindowHandle(device.m_hProgressWnd);
+
+    device.EnumerateProducts();
+    if (device.m_bSetupComplete) {
+        return;
+    }
+    device.m_hProgressWnd = OpenProgressWindow(device, parent, L"Connecting");
+    device.m_bConnectingShown = true;
+    device.ReportProgress(1);
+}

@@ -1,0 +1,59 @@
+// Windows code.
+
+#include "ui/ProgressWindow.h"
+
+// clang-format off
+#include "ui/DialogWindow.h"
+#include <commctrl.h>
+// clang-format on
+
+#include "base/Numbers.h"
+#include "base/Text.h"
+#include "ui/resources/ResourceIds.h"
+
+namespace {
+
+constexpr UINT kProgressMessage = WM_USER + 32;
+
+/// A host need not have loaded the class of the progress bar.
+void LoadProgressBarClass() noexcept {
+    const INITCOMMONCONTROLSEX classes{sizeof classes, ICC_PROGRESS_CLASS};
+    InitCommonControlsEx(&classes);
+}
+
+/// "40 %"
+void ShowPercent(HWND dialog, int percent) noexcept {
+    std::array<char, 16> digits;
+    const int length = FormatInteger(digits, percent);
+    BoundedText<wchar_t, 24> text;
+    text.AppendBytes({digits.data(), static_cast<std::size_t>(length)}).Append(L" %");
+    SetDlgItemTextW(dialog, IDC_PROGRESS_TEXT, text.c_str());
+    SendDlgItemMessageW(dialog, IDC_PROGRESS_BAR, PBM_SETPOS, static_cast<WPARAM>(percent), 0);
+}
+
+INT_PTR CALLBACK ProgressDlgProc(HWND dialog, UINT message, WPARAM wParam, LPARAM) noexcept {
+    switch (message) {
+        case WM_INITDIALOG:
+            SendDlgItemMessageW(dialog, IDC_PROGRESS_BAR, PBM_SETRANGE, 0, MAKELPARAM(0, 100));
+            SendDlgItemMessageW(dialog, IDC_PROGRESS_BAR, PBM_SETPOS, 0, 0);
+            return TRUE;
+        case kProgressMessage:
+            ShowPercent(dialog, static_cast<int>(wParam));
+            return TRUE;
+        default:
+            return FALSE;
+    }
+}
+
+}  // namespace
+
+WindowHandle OpenProgressWindow(CDevApiInterface_Impl& device, WindowHandle parent, const wchar_t* caption) noexcept {
+    LoadProgressBarClass();
+    const HWND window = CreateDialogParamW(DialogInstance(), L"IDD_PROGRESS", static_cast<HWND>(parent),
+                                           ProgressDlgProc, reinterpret_cast<LPARAM>(&device));
+    if (caption != nullptr) {
+        SetWindowTextW(window, caption);
+    }
+    ShowWindow(window, SW_SHOW);
+    return window;
+}

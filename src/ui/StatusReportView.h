@@ -1,0 +1,9 @@
+#pragma once
+
+#include "platform/Window.h"
+
+class CDevApiInterface_Impl;
+
+/// Reads the status report and lays it out in the configuration dialog, which grows downward to hold it, and hides the
+/// button that asked for it. Blocks for one exchange a row. On the user-interface thread.
+void ShowStatusReport(CDevApiInterface_Impl& device, WindowHandle dialog);

@@ -1,0 +1,19 @@
+// Windows code.
+
+#include "ui/ValuePanel.h"
+
+#include "ui/DialogWindow.h"
+
+namespace {
+
+/// The panel's buttons have no effect.
+INT_PTR CALLBACK ValuePanelDlgProc(HWND, UINT, WPARAM, LPARAM) noexcept { return FALSE; }
+
+}  // namespace
+
+WindowHandle OpenValuePanel(CDevApiInterface_Impl& device, WindowHandle parent) noexcept {
+    return CreateDialogParamW(DialogInstance(), L"INCUBATOR_DIALOG1", static_cast<HWND>(parent), ValuePanelDlgProc,
+                              reinterpret_cast<LPARAM>(&device));
+}
+
+void* ValuePanelProcedure() noexcept { return reinterpret_cast<void*>(&ValuePanelDlgProc); }

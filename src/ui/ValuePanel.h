@@ -1,0 +1,10 @@
+#pragma once
+
+#include "platform/Window.h"
+
+class CDevApiInterface_Impl;
+
+/// Opens the child panel "INCUBATOR_DIALOG1" in `parent`, and its dialog procedure, which handles no message. Null when
+/// it cannot be opened. On the user-interface thread.
+WindowHandle OpenValuePanel(CDevApiInterface_Impl& device, WindowHandle parent) noexcept;
+void* ValuePanelProcedure() noexcept;

@@ -1,0 +1,226 @@
+// Slot 4 and the configuration dialog's fields, without a window.
+
+#include <map>
+
+#include "Fixture.h"
+#include "ui/ConfigurationFields.h"
+
+namespace {
+
+class ConfigurationTests : public DeviceTest {
+ protected:
+    /// A device with these products; its first channels are a heater, a CO2 and an O2 controller and a humidifier.
+    CDevApiInterface_Impl& DeviceWith(const std::vector<int>& products) {
+        CDevApiInterface_Impl& device = RealDevice();
+        for (const int product : products) {
+            device.m_products.push_back({product, {0}, {{237, {}}, {238, {}}}});
+        }
+        device.m_pTemperature[0]->m_iProduct = 8;
+        device.m_pGasConcentration[0]->m_iProduct = 10;
+        device.m_pGasConcentration[1]->m_iProduct = 11;
+        device.m_pHumidifier[0]->m_iProduct = 15;
+        device.m_nHumidifiers = 1;
+        platform.server.ClearCommands();
+        return device;
+    }
+
+    /// The enabled fields' ids.
+    static std::vector<int> Enabled(const ConfigurationView& view) {
+        std::vector<int> ids;
+        for (const FieldView& field : view.fields) {
+            if (field.enabled) {
+                ids.push_back(field.id);
+            }
+        }
+        return ids;
+    }
+
+    static std::wstring TextOf(const ConfigurationView& view, int id) {
+        return std::ranges::find(view.fields, id, &FieldView::id)->text;
+    }
+
+    /// A person's entries by control id; other fields are "1".
+    static FieldReader Fields(std::map<int, std::wstring> texts) {
+        return [texts = std::move(texts)](int id) {
+            const auto found = texts.find(id);
+            return found != texts.end() ? found->second : std::wstring(L"1");
+        };
+    }
+};
+
+TEST_F(ConfigurationTests, Fields_AreEnabledByTheProducts) {
+    struct Case {
+        std::vector<int> products;
+        std::vector<int> enabled;
+        bool airMode;
+    };
+    for (const Case& row : std::vector<Case>{{{}, {}, false},
+                                             {{7}, {1009, 1010, 1015, 1016}, false},
+                                             {{8}, {1009, 1010, 1015, 1016}, false},
+                                             {{9}, {1009, 1010, 1015, 1016}, false},
+                                             {{14}, {1009, 1010, 1015, 1016}, false},
+                                             {{16}, {1009, 1010, 1015, 1016}, false},
+                                             {{17}, {1009, 1010, 1015, 1016}, false},
+                                             {{10}, {1011, 1012, 1015, 1016}, false},
+                                             {{11}, {1013, 1014, 1015, 1016}, true},
+                                             {{12}, {1011, 1012, 1013, 1014, 1015, 1016}, true},
+                                             {{13}, {1011, 1012, 1013, 1014, 1015, 1016}, true},
+                                             {{15}, {1015, 1016}, false}}) {
+        const ConfigurationView view = DescribeConfiguration(DeviceWith(row.products));
+        EXPECT_EQ(Enabled(view), row.enabled) << testing::PrintToString(row.products);
+        EXPECT_EQ(view.airModeEnabled, row.airMode);
+        EXPECT_EQ(view.showStatusEnabled, !row.products.empty());
+    }
+}
+
+TEST_F(ConfigurationTests, Fields_AreFilledWhereThereIsAChannel) {
+    CDevApiInterface_Impl& device = DeviceWith({});
+    const ConfigurationView empty = DescribeConfiguration(device);
+    EXPECT_EQ(TextOf(empty, 1009), L"0.2");
+    EXPECT_EQ(TextOf(empty, 1012), L"0.50");
+    EXPECT_EQ(TextOf(empty, 1013), L"0.50");
+    EXPECT_EQ(TextOf(empty, 1015), L"");  // humidity only where it is present
+    device.m_products.push_back({15, {0}, {}});
+    EXPECT_EQ(TextOf(DescribeConfiguration(device), 1016), L"2");
+    device.m_pHumidifier[0]->m_bEnabled = 0;
+    EXPECT_EQ(TextOf(DescribeConfiguration(device), 1016), L"");
+    device.m_pTemperature[0]->DeletingDestructor(1);
+    device.m_pGasConcentration[0]->m_iProduct = 14;
+    const ConfigurationView view = DescribeConfiguration(device);
+    EXPECT_EQ(TextOf(view, 1009), L"");
+    EXPECT_EQ(TextOf(view, 1011), L"");
+}
+
+TEST_F(ConfigurationTests, AirMode_IsCheckedWhereItIsOnAndAvailable) {
+    CDevApiInterface_Impl& device = DeviceWith({11});
+    device.m_bAirMode = 1;
+    EXPECT_TRUE(DescribeConfiguration(device).airModeChecked);
+    device.m_products[0].m_iProduct = 10;
+    EXPECT_FALSE(DescribeConfiguration(device).airModeChecked);
+}
+
+TEST_F(ConfigurationTests, ShowStatus_NeedsAProductWithParameters) {
+    CDevApiInterface_Impl& device = DeviceWith({7, 8});
+    device.m_products[0].m_params.clear();
+    EXPECT_TRUE(DescribeConfiguration(device).showStatusEnabled);
+    device.m_products[1].m_params.clear();
+    EXPECT_FALSE(DescribeConfiguration(device).showStatusEnabled);
+}
+
+TEST_F(ConfigurationTests, Taking_StoresEveryFieldAndWritesTheAirMode) {
+    CDevApiInterface_Impl& device = DeviceWith({10, 11, 12});
+    EXPECT_TRUE(TakeConfiguration(device,
+                                  Fields({{1009, L"0.3"},
+                                          {1010, L" 0.4 "},
+                                          {1011, L"x"},
+                                          {1012, L"1,5"},
+                                          {1013, L"2.5"},
+                                          {1014, L"-1"},
+                                          {1015, L"3"},
+                                          {1016, L"4e0"}}),
+                                  true));
+    EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceBelow, 0.3);
+    EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceAbove, 0.4);
+    EXPECT_EQ(device.m_pGasConcentration[0]->m_dToleranceBelow, 0.0);
+    EXPECT_EQ(device.m_pGasConcentration[0]->m_dToleranceAbove, 1.0);
+    EXPECT_EQ(device.m_pGasConcentration[1]->m_dToleranceBelow, 2.5);
+    EXPECT_EQ(device.m_pGasConcentration[1]->m_dToleranceAbove, -1.0);
+    EXPECT_EQ(device.m_pHumidifier[0]->m_dToleranceBelow, 3.0);
+    EXPECT_EQ(device.m_pHumidifier[0]->m_dToleranceAbove, 4.0);
+    EXPECT_EQ(platform.server.Commands(),
+              (std::vector<std::string>{"bl-param-write 11 238 1", "bl-param-write 12 238 1"}));
+    EXPECT_FALSE(device.m_bBusy);
+}
+
+TEST_F(ConfigurationTests, Taking_EmptyField_StopsThereAndStaysBusy) {
+    CDevApiInterface_Impl& device = DeviceWith({11});
+    EXPECT_FALSE(TakeConfiguration(device, Fields({{1009, L"9"}, {1012, L""}}), true));
+    EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceBelow, 9.0);
+    EXPECT_EQ(device.m_pGasConcentration[0]->m_dToleranceBelow, 1.0);
+    EXPECT_EQ(device.m_pGasConcentration[0]->m_dToleranceAbove, 0.5);
+    EXPECT_EQ(device.m_bAirMode, 0);
+    EXPECT_TRUE(device.m_bBusy);
+    EXPECT_TRUE(platform.server.Commands().empty());
+}
+
+TEST_F(ConfigurationTests, Taking_ParameterListWithout238_IsNotWritten) {
+    CDevApiInterface_Impl& device = DeviceWith({11, 13});
+    device.m_products[0].m_params = {{237, {}}, {300, {}}};
+    TakeConfiguration(device, Fields({}), false);
+    EXPECT_EQ(platform.server.Commands(), std::vector<std::string>{"bl-param-write 13 238 0"});
+}
+
+TEST_F(ConfigurationTests, Taking_HumidityChannelThatIsNotLive_IsLeftOut) {
+    CDevApiInterface_Impl& device = DeviceWith({11});
+    device.m_nHumidifiers = 0;
+    EXPECT_TRUE(TakeConfiguration(device, Fields({{1015, L""}}), false));
+}
+
+TEST_F(ConfigurationTests, Show_Ok_WritesTheTextAndAppliesIt) {
+    CDevApiInterface_Impl& device = DeviceWith({11});
+    platform.server.AnswerPayload("bl-param-read 11 237", "1");
+    int parent = 0;
+    ScriptedDialogs::Current().onConfiguration = [](CDevApiInterface_Impl& shown) {
+        Put(shown.m_pTemperature[0]->m_dToleranceBelow, 1.5);
+        Put(shown.m_pGasConcentration[1]->m_dToleranceAbove, 2.25);
+        return DialogEnd::Ok;
+    };
+    std::array<wchar_t, oko::kConfigurationTextLength> text{};
+    EXPECT_EQ(device.ShowConfiguration(text.data(), 10, &parent), 0);
+    EXPECT_STREQ(text.data(),
+                 L"dIncubatorBelow 1.500000 | dIncubatorAbove 0.200000 | dCO2Below 0.500000 | dCO2Above 0.500000 | "
+                 L"dO2Below 0.500000 | dO2Above 2.250000 | dHumidityBelow 0.500000 | dHumidityAbove 2.000000");
+    EXPECT_EQ(platform.server.Commands(),
+              (std::vector<std::string>{"bl-param-read 11 237", "alarm 8 0.2", "alarm 10 0.50", "alarm 11 0.50"}));
+    EXPECT_EQ(HostLog::AirModeChanges(), 1U);
+    EXPECT_EQ(ScriptedDialogs::Current().configurationParents, std::vector<WindowHandle>{&parent});
+    EXPECT_EQ(device.m_nConfigTextSize, 10);
+    EXPECT_EQ(device.m_pszConfigText, text.data());
+}
+
+TEST_F(ConfigurationTests, Show_AirModeAsBefore_CallsNobody) {
+    CDevApiInterface_Impl& device = DeviceWith({11});
+    platform.server.AnswerPayload("bl-param-read 11 237", "0");
+    ScriptedDialogs::Current().onConfiguration = [](CDevApiInterface_Impl& shown) {
+        shown.m_bAirMode = 1;  // what the check box said counts for nothing once the product has answered
+        return DialogEnd::Ok;
+    };
+    std::array<wchar_t, oko::kConfigurationTextLength> text{};
+    EXPECT_EQ(device.ShowConfiguration(text.data(), 10, nullptr), 0);
+    EXPECT_EQ(HostLog::AirModeChanges(), 0U);
+    EXPECT_EQ(device.m_bAirMode, 0);
+}
+
+TEST_F(ConfigurationTests, Show_CancelledOrRefused_WritesNothing) {
+    CDevApiInterface_Impl& device = DeviceWith({11});
+    std::array<wchar_t, oko::kConfigurationTextLength> text{L'#'};
+    for (const DialogEnd end : {DialogEnd::Cancelled, DialogEnd::Failed}) {
+        ScriptedDialogs::Current().onConfiguration = [end](CDevApiInterface_Impl&) { return end; };
+        EXPECT_EQ(device.ShowConfiguration(text.data(), 10, nullptr), -1);
+    }
+    EXPECT_EQ(text[0], L'#');
+    EXPECT_EQ(device.ShowConfiguration(nullptr, 10, nullptr), -1);
+    EXPECT_TRUE(platform.server.Commands().empty());
+}
+
+TEST_F(ConfigurationTests, Show_Products16And17_AreRefusedWithoutADialog) {
+    CDevApiInterface_Impl& device = DeviceWith({16});
+    std::array<wchar_t, oko::kConfigurationTextLength> text{};
+    for (const int product : {16, 17}) {
+        device.m_pTemperature[0]->m_iProduct = product;
+        EXPECT_EQ(device.ShowConfiguration(text.data(), 10, nullptr), -1);
+    }
+    EXPECT_TRUE(ScriptedDialogs::Current().configurationParents.empty());
+}
+
+TEST_F(ConfigurationTests, Show_BothGasChannelsOfOneGas_TheSecondWins) {
+    CDevApiInterface_Impl& device = DeviceWith({10});
+    device.m_pGasConcentration[1]->m_iProduct = 10;
+    device.m_pGasConcentration[1]->m_dToleranceBelow = 7.0;
+    ScriptedDialogs::Current().onConfiguration = [](CDevApiInterface_Impl&) { return DialogEnd::Ok; };
+    std::array<wchar_t, oko::kConfigurationTextLength> text{};
+    device.ShowConfiguration(text.data(), 10, nullptr);
+    EXPECT_NE(std::wstring(text.data()).find(L"dCO2Below 7.000000"), std::wstring::npos);
+}
+
+}  // namespace

@@ -1,0 +1,40 @@
+#include "ui/ConnectionSettings.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <vector>
+
+namespace {
+
+TEST(ConnectionSettingsTests, Format_Port_IsKeyBlankNumber) {
+    EXPECT_EQ(FormatConnectionSettings(3).view(), L"m_iComPort 3");
+    EXPECT_EQ(FormatConnectionSettings(0).view(), L"m_iComPort 0");
+    EXPECT_EQ(FormatConnectionSettings(std::numeric_limits<std::int32_t>::min()).view(), L"m_iComPort -2147483648");
+}
+
+TEST(ConnectionSettingsTests, Parse_Texts_MatchOrKeepThePort) {
+    struct Case {
+        const wchar_t* text;
+        std::int32_t port;
+    };
+    constexpr std::int32_t kBefore = 5;
+    for (const Case& row : std::vector<Case>{{L"m_iComPort 3", 3},
+                                             {L"m_iComPort   12", 12},
+                                             {L"m_iComPort7", 7},
+                                             {L"m_iComPort -1", -1},
+                                             {L"m_iComPort 3x", 3},
+                                             {L"m_iComPort", kBefore},
+                                             {L"m_iComPort x", kBefore},
+                                             {L"", kBefore},
+                                             {L" m_iComPort 3", kBefore},
+                                             {L"COM3", kBefore},
+                                             {L"M_ICOMPORT 3", kBefore}}) {
+        SCOPED_TRACE(std::string(row.text, row.text + std::wcslen(row.text)));
+        std::int32_t port = kBefore;
+        ParseConnectionSettings(row.text, port);
+        EXPECT_EQ(port, row.port);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,167 @@
+// Slots 3 and 6 and the search for the incubator, without a window.
+
+#include "Fixture.h"
+
+namespace {
+
+class ConnectionTests : public DeviceTest {
+ protected:
+    /// Runs slot 6 with a dialog that ends like this.
+    std::int32_t Show(CDevApiInterface_Impl& device, DialogEnd end, std::int32_t port = 5) {
+        ScriptedDialogs::Current().onConnection = [end, port](CDevApiInterface_Impl& shown) {
+            shown.m_iComPort = port;
+            return end;
+        };
+        platform.server.ClearCommands();
+        return device.ShowConnection(m_text.data(), static_cast<std::int32_t>(std::wcslen(m_text.data())), &m_parent);
+    }
+
+    void SetText(const wchar_t* text) { std::wcscpy(m_text.data(), text); }
+
+    /// The server needs this many "findstat" for each search.
+    void SearchTakes(int polls) {
+        platform.server.SetDefault([polls, left = std::make_shared<int>(0)](std::string_view command) -> ServerReply {
+            if (command.starts_with("find ")) {
+                *left = polls;
+            }
+            if (command == "findstat") {
+                return --*left > 0 ? "0_findstat_50\r" : "0_findstat_-1\r";
+            }
+            return ScriptedServer::BuiltInReply(command);
+        });
+        platform.server.AnswerPayload("listconprod", "");
+    }
+
+    std::array<wchar_t, oko::kConnectionTextLength> m_text{};
+    int m_parent = 0;
+};
+
+TEST_F(ConnectionTests, Simulator_HasNoDialog) {
+    CDevApiInterface_Impl& device = Simulator();
+    EXPECT_EQ(Show(device, DialogEnd::Ok), 0);
+    EXPECT_TRUE(ScriptedDialogs::Current().connectionParents.empty());
+    EXPECT_EQ(device.m_iComPort, 1);
+}
+
+TEST_F(ConnectionTests, Ok_WritesThePort) {
+    CDevApiInterface_Impl& device = RealDevice();
+    SetText(L"m_iComPort 3");
+    EXPECT_EQ(Show(device, DialogEnd::Ok, 12), 0);
+    EXPECT_STREQ(m_text.data(), L"m_iComPort 12");
+    EXPECT_EQ(device.m_nConnectionTextLen, 13);
+    EXPECT_EQ(ScriptedDialogs::Current().connectionParents, std::vector<WindowHandle>{&m_parent});
+    EXPECT_TRUE(platform.server.Calls().empty());
+}
+
+TEST_F(ConnectionTests, TextOfLengthZero_IsNotRead) {
+    CDevApiInterface_Impl& device = RealDevice();
+    device.m_iComPort = 9;
+    std::int32_t seen = 0;
+    ScriptedDialogs::Current().onConnection = [&seen](CDevApiInterface_Impl& shown) {
+        seen = shown.m_iComPort;
+        return DialogEnd::CloseBox;
+    };
+    SetText(L"m_iComPort 3");
+    EXPECT_EQ(device.ShowConnection(m_text.data(), 0, nullptr), -1);
+    EXPECT_EQ(seen, 9);
+    EXPECT_EQ(device.ShowConnection(m_text.data(), 12, nullptr), -1);
+    EXPECT_EQ(seen, 3);
+    EXPECT_EQ(device.ShowConnection(nullptr, 12, nullptr), -1);
+}
+
+TEST_F(ConnectionTests, CloseBoxAndFailures_LeaveTheTextAlone) {
+    CDevApiInterface_Impl& device = RealDevice();
+    SetText(L"before");
+    EXPECT_EQ(Show(device, DialogEnd::CloseBox), -1);
+    EXPECT_EQ(Show(device, DialogEnd::Cancelled), 0);
+    EXPECT_EQ(Show(device, DialogEnd::Failed), 0);
+    EXPECT_STREQ(m_text.data(), L"before");
+}
+
+TEST_F(ConnectionTests, FindAndConnect_SearchesEveryProduct) {
+    CDevApiInterface_Impl& device = MakeDevice(0);
+    SearchTakes(2);
+    EXPECT_EQ(Show(device, DialogEnd::FindAndConnect), 0);
+    std::vector<std::string> expected{"listprod"};
+    for (int product = 7; product <= 17; ++product) {
+        expected.push_back("mode " + std::to_string(product) + " 0");
+    }
+    for (int product = 7; product <= 17; ++product) {
+        expected.push_back("find " + std::to_string(product));
+        expected.insert(expected.end(), {"findstat", "findstat"});
+    }
+    expected.emplace_back("listconprod");
+    EXPECT_EQ(platform.server.Commands(), expected);
+    EXPECT_EQ(platform.clock.Sleeps(), std::vector<std::uint32_t>(22, 500));
+    EXPECT_STREQ(m_text.data(), L"m_iComPort 5");
+    EXPECT_EQ(platform.server.OpenSockets(), 0U);
+}
+
+TEST_F(ConnectionTests, FindAndConnect_ShowsItsPercentagesAndLeavesTheConnectingWindow) {
+    CDevApiInterface_Impl& device = MakeDevice(0);
+    SearchTakes(3);
+    Show(device, DialogEnd::FindAndConnect);
+    const auto& opened = ScriptedDialogs::Current().opened;
+    ASSERT_EQ(opened.size(), 2U);
+    EXPECT_EQ(opened[0].caption, L"");
+    EXPECT_EQ(opened[1].caption, L"Connecting");
+    EXPECT_EQ(opened[0].parent, &m_parent);
+    EXPECT_EQ(platform.windows.Percents(opened[0].window),
+              (std::vector<int>{1, 9, 18, 27, 36, 45, 55, 64, 73, 82, 91}));
+    EXPECT_EQ(platform.windows.Destroyed(), std::vector<WindowHandle>{opened[0].window});
+    EXPECT_EQ(platform.windows.Percents(opened[1].window), std::vector<int>{1});
+    EXPECT_EQ(device.m_hProgressWnd, opened[1].window);
+    EXPECT_TRUE(device.m_bConnectingShown);
+    EXPECT_EQ(device.m_iProgress, 1);
+
+    // The connection sequence that follows ends the window.
+    device.ApplyConnection(m_text.data());
+    device.Init(HostLog::Callback, nullptr);
+    device.ApplyConfiguration(L"");
+    EXPECT_EQ(platform.windows.Percents(opened[1].window),
+              (std::vector<int>{1, 5, 15, 17, 25, 30, 40, 52, 70, 75, 83, 89}));
+    EXPECT_EQ(platform.windows.Destroyed().back(), opened[1].window);
+}
+
+TEST_F(ConnectionTests, FindAndConnect_DeviceAlreadyRunning_OpensNoSecondWindow) {
+    CDevApiInterface_Impl& device = MakeDevice(0);
+    device.m_bSetupComplete = true;
+    SearchTakes(1);
+    Show(device, DialogEnd::FindAndConnect);
+    EXPECT_EQ(ScriptedDialogs::Current().opened.size(), 1U);
+    EXPECT_FALSE(device.m_bConnectingShown);
+}
+
+TEST_F(ConnectionTests, FindAndConnect_SilentOrRefusingServer_StopsAndStillWritesTheText) {
+    for (const ServerReply& reply : {ServerReply(kReceiveFails), ServerReply("3_listprod_\r")}) {
+        CDevApiInterface_Impl& device = MakeDevice(0);
+        platform.server.Answer("listprod", reply);
+        m_text = {};
+        EXPECT_EQ(Show(device, DialogEnd::FindAndConnect), 0);
+        EXPECT_EQ(platform.server.Commands(), std::vector<std::string>{"listprod"});
+        EXPECT_STREQ(m_text.data(), L"m_iComPort 5");
+        EXPECT_TRUE(ScriptedDialogs::Current().opened.empty());
+    }
+    EXPECT_EQ(platform.windows.ErrorBoxes().size(), 2U);
+}
+
+TEST_F(ConnectionTests, FindAndConnect_FailingPolls_AreRepeated) {
+    CDevApiInterface_Impl& device = MakeDevice(0);
+    SearchTakes(1);
+    platform.server.AnswerInTurn("findstat", {kReceiveFails, "", "0_findstat_-1\r"});
+    Show(device, DialogEnd::FindAndConnect);
+    EXPECT_EQ(platform.clock.Sleeps().size(), 13U);
+}
+
+TEST_F(ConnectionTests, ValuePanel_IsOpenedInItsParent) {
+    CDevApiInterface_Impl& device = MakeDevice(0);
+    oko::DialogProcedure procedure = nullptr;
+    const WindowHandle panel = device.CreateValuePanel(&m_parent, &procedure);
+    ASSERT_EQ(ScriptedDialogs::Current().opened.size(), 1U);
+    EXPECT_EQ(ScriptedDialogs::Current().opened[0].window, panel);
+    EXPECT_EQ(ScriptedDialogs::Current().opened[0].parent, &m_parent);
+    EXPECT_NE(procedure, nullptr);
+    EXPECT_NE(device.CreateValuePanel(&m_parent, nullptr), nullptr);
+}
+
+}  // namespace
