@@ -78,6 +78,8 @@ void LayOut(HWND dialog, const StatusReport& report) {
         PlaceBelow(dialog, kColumnIds[i], kColumnIds[i - 1], width, layout.columnHeights[i]);
     }
     Show(dialog, IDC_SHOW_STATUS, false);
+    // The buttons moved without repainting and left their traces below the report.
+    InvalidateRect(dialog, nullptr, TRUE);
 }
 
 }  // namespace

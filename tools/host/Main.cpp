@@ -4,6 +4,8 @@
 #include <iostream>
 #include <map>
 
+#include "DialogCommands.h"
+#include "ExitCode.h"
 #include "Library.h"
 #include "ListCommand.h"
 #include "MonitorCommand.h"
@@ -35,6 +37,21 @@ void AddMonitor(CLI::App& app, MonitorOptions& options) {
         "KIND is temperature, gas or humidity. Lines that the library logs go to the standard error output.");
 }
 
+/// The commands that open a dialog.
+CLI::App* AddDialog(CLI::App& app, const char* name, const char* what, DialogOptions& options) {
+    CLI::App* const command = app.add_subcommand(name, what);
+    command->add_option("--device", options.device, "Which device to open")
+        ->check(CLI::IsMember({"simulator", "incubator"}))
+        ->capture_default_str();
+    command->add_option("--settings", options.settings, "Where the settings texts are kept")->capture_default_str();
+    command->footer(
+        std::string("Example:\n  oko-host ") + name +
+        " --device incubator\n\n"
+        "The dialogs' language is the system's; no process can choose it for itself. Under Wine it follows\n"
+        "the environment: OKO_LANGUAGE=de_DE scripts/wine ...");
+    return command;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -43,19 +60,34 @@ int main(int argc, char** argv) {
     app.footer(
         "Examples:\n"
         "  oko-host list\n"
-        "  oko-host monitor --device simulator --for 10s");
+        "  oko-host monitor --device simulator --for 10s\n"
+        "  oko-host configure --device simulator");
     std::string libraryName;
     app.add_option("--library", libraryName, "The library; OkoLabBoldLine.dll beside this program when left out");
 
     MonitorOptions monitor;
     CLI::App* const list = app.add_subcommand("list", "Shows the library's devices");
     AddMonitor(*app.add_subcommand("monitor", "Shows all channels of a device while their values change"), monitor);
+    DialogOptions dialog;
+    const CLI::App* const configure = AddDialog(app, "configure", "Opens the configuration dialog", dialog);
+    const CLI::App* const connect = AddDialog(app, "connect", "Opens the connection dialog", dialog);
+    const CLI::App* const panel = AddDialog(app, "panel", "Shows the value panel until its window is closed", dialog);
     CLI11_PARSE(app, argc, argv);
 
     try {
         const std::filesystem::path library = libraryName.empty() ? DefaultLibraryFile() : libraryName;
         if (list->parsed()) {
             return RunList(library);
+        }
+        dialog.library = library;
+        if (configure->parsed()) {
+            return RunConfigure(dialog);
+        }
+        if (connect->parsed()) {
+            return RunConnect(dialog);
+        }
+        if (panel->parsed()) {
+            return RunPanel(dialog);
         }
         monitor.library = library;
         return RunMonitor(monitor);

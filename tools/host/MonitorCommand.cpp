@@ -7,6 +7,7 @@
 #include <iostream>
 
 #include "Channels.h"
+#include "ExitCode.h"
 #include "Library.h"
 #include "Screen.h"
 #include "Session.h"
@@ -127,7 +128,11 @@ void PrintSummary(const MonitorOptions& options, const std::vector<Channel>& cha
 
 int Monitor(CDevApiInterface& device, const MonitorOptions& options) {
     Session session(device);
-    if (!session.Open(options.port)) {
+    Settings settings;
+    if (options.port) {
+        settings.connection = L"m_iComPort " + std::to_wstring(*options.port);
+    }
+    if (!session.Open(settings)) {
         std::cerr << "oko-host: the " << options.device << " could not be initialised";
         if (!Session::LogLines().empty()) {
             std::cerr << ": " << Session::LogLines().back();

@@ -15,8 +15,5 @@ struct MonitorOptions {
     std::optional<int> port;
 };
 
-/// How this program ends.
-enum ExitCode { kExitDone = 0, kExitBadTarget = 1, kExitInitFailed = 3, kExitNoLibrary = 4 };
-
 /// Shows a device's channels until the time is over. Throws LibraryError.
 int RunMonitor(const MonitorOptions& options);

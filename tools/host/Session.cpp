@@ -38,13 +38,12 @@ Session::Session(CDevApiInterface& device) : m_device(device) { TheRecord() = {}
 
 Session::~Session() { m_device.Close(); }
 
-bool Session::Open(std::optional<int> port) {
-    const std::wstring connection = port ? L"m_iComPort " + std::to_wstring(*port) : L"";
-    m_device.ApplyConnection(connection.c_str());
+bool Session::Open(const Settings& settings) {
+    m_device.ApplyConnection(settings.connection.c_str());
     if (m_device.Init(OnHostCallback, nullptr) != oko::kSuccess) {
         return false;
     }
-    m_device.ApplyConfiguration(kDefaultAlarmSettings);
+    m_device.ApplyConfiguration(settings.alarms.empty() ? kDefaultAlarmSettings : settings.alarms.c_str());
     return true;
 }
 

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <vector>
 
+#include "SettingsFile.h"
 #include "oko/CDevApiInterface.h"
 
 /// A device from its connection settings to Close. Close is called when the session ends, also after a failed Init. At
@@ -16,9 +16,9 @@ class Session {
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    /// Gives the device its settings and initialises it. `port`: the COM port, when the user named one. False when Init
+    /// Gives the device its settings and initialises it; without alarm settings it gets the usual ones. False when Init
     /// failed.
-    bool Open(std::optional<int> port);
+    bool Open(const Settings& settings);
 
     CDevApiInterface& Device() noexcept { return m_device; }
 

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <array>
+
+/// The texts of all dialogs as the translators gave them, by language identifier.
+struct DialogTexts {
+    int language;
+    std::array<const wchar_t*, 2> progress;        // caption, percentage
+    std::array<const wchar_t*, 4> connection;      // caption, OK, port label, Find and Connect
+    std::array<const wchar_t*, 3> panel;           // Set Value, Get Value, label
+    std::array<const wchar_t*, 12> configuration;  // caption, OK, Cancel, temperature, below, above, tolerance group,
+                                                   // status group, report, air mode, humidity, Show Status
+};
+
+inline constexpr std::array<DialogTexts, 11> kDialogTexts{{
+    {1029,
+     {L"Najít připojení", L"St"},
+     {L"Připojení inkubátoru", L"OK", L"Port COM:", L"Najít a připojit"},
+     {L"Nastavit hodnotu", L"Získat hodnotu", L"Plyn - hodnota:"},
+     {L"OKOLab konfigurace", L"OK", L"Zrušit", L"Inkubátor:", L"Sdola:", L"Shora:", L"Tolerance:", L"Stav:",
+      L"Static\na", L"Režim Air", L"Vlhkost:", L"Ukázat stav"}},
+    {1031,
+     {L"Verbindung suchen", L"Stt"},
+     {L"Inkubator Verbindung", L"OK", L"COM Schnittstelle:", L"Suchen und Verbinden"},
+     {L"Wert einstellen", L"Wert ermitteln", L"Gas Wert:"},
+     {L"OKOLab Konfiguration", L"OK", L"Abbrechen", L"Inkubator:", L"Unter:", L"Über:", L"Toleranz:", L"Zustand:",
+      L"Statik\na", L"Air Mode", L"Feuchtigkeit:", L"Zustand anzeigen"}},
+    {1033,
+     {L"Find Connection", L"Static"},
+     {L"OKO-Lab bold line Connection", L"OK", L"Com Port:", L"Find and Connect"},
+     {L"Set Value", L"Get Value", L"Gas Value:"},
+     {L"OKOLab Configuration", L"OK", L"Cancel", L"Temperature:", L"Below:", L"Above:", L"Tolerance:", L"Status:",
+      L"Static\na", L"Air Mode", L"Humidity:", L"Show Status"}},
+    {1036,
+     {L"Trouver la Connexion", L"Statique"},
+     {L"Connexion de l'Incubateur", L"OK", L"Port Com:", L"Trouver et Connecter"},
+     {L"Définir la Valeur", L"Obtenir la Valeur", L"Valeur du gaz:"},
+     {L"Configuration OKOLab", L"OK", L"Annuler", L"Incubateur:", L"En-dessous:", L"Au-dessus:", L"Tolérance:",
+      L"Statut", L"Statique\na", L"Mode Aérien", L"Humidité:", L"Afficher l'Etat"}},
+    {1040,
+     {L"Find Connection", L"Statico"},
+     {L"Connessione Incubatore", L"OK", L"Porta Com:", L"Find and Connect"},
+     {L"Imposta valore", L"Leggi valore", L"Valore gas"},
+     {L"Configurazione OKOLab", L"OK", L"Annulla", L"Incubatore:", L"Sotto:", L"Sopra:", L"Tolleranza:", L"Stato:",
+      L"Statico\na", L"Air Mode", L"Umidità:", L"Mostrare Stato"}},
+    {1041,
+     {L"接続の検索", L"Static"},
+     {L"インキュベーター接続", L"OK", L"COMポート:", L"検索と接続"},
+     {L"値の設定", L"取得値", L"ガス値:"},
+     {L"OKOLabコンフィグレーション", L"OK", L"キャンセル", L"インキュベーター:", L"下側:", L"上側:", L"許容量:",
+      L"状態:", L"St", L"エアーモード", L"湿度:", L"状態の表示"}},
+    {1045,
+     {L"Find Connection", L"Stat."},
+     {L"OKO-Lab bold line Connection", L"OK", L"Port COM:", L"Find and Connect"},
+     {L"Set Value", L"Get Value", L"Gas Value:"},
+     {L"OKOLab Configuration", L"OK", L"Kasuj", L"Temperature:", L"Pod:", L"Nad:", L"Tolerancja:", L"Stan:",
+      L"Static\na", L"Air Mode", L"Humidity:", L"Show Status"}},
+    {1049,
+     {L"Найти подключение", L"Стт"},
+     {L"Incubator Connection", L"OK", L"Порт COM:", L"Найти и подключить"},
+     {L"Установить значение", L"Получить значение", L"Получить значение:"},
+     {L"Конфигурация OKOLab", L"OK", L"Отмена", L"Температура:", L"Под:", L"Над:", L"Допуск:", L"Статус:",
+      L"Статичный\na", L"Воздушный режим", L"Влажность:", L"Показать статус"}},
+    {1057,
+     {L"temukan hubungan", L"Statis"},
+     {L"Sambungan garis tebal Lab-OKO", L"Ya", L"Port Kom:", L"Cari dan Sambungkan"},
+     {L"Set Nilai", L"dapatkan nilai", L"Nilai Gas:"},
+     {L"Konfigurasi OKOLab", L"Ya", L"Batal", L"Suhu:", L"Dibawah", L"Atas", L"toleransi:", L"status:", L"Statis",
+      L"Mode Udara", L"Kelembapan:", L"Tampilkan Status"}},
+    {2052,
+     {L"搜索连接", L"静"},
+     {L"恒温箱连接", L"确定", L"Com端口：", L"搜索和连接"},
+     {L"设置值", L"获取值", L"气体值："},
+     {L"OKOLab配置", L"确定", L"取消", L"恒温箱：", L"在下方：", L"在上方：", L"耐受：", L"状态:", L"静态\na",
+      L"通风模式", L"湿度:", L"显示状态"}},
+    {3082,
+     {L"Encontrar Conexión", L"Est"},
+     {L"Incubator Connection", L"Aceptar", L"Puerto COM", L"Encontrar y conectarse"},
+     {L"Establecer Valor", L"Obtener valor", L"Valor de Gas:"},
+     {L"Configuración OKOLab", L"Aceptar", L"Cancelar", L"Incubator:", L"Abajo:", L"Sobre:", L"Tolerancia:", L"Estado:",
+      L"Estático\na", L"Modo Aire", L"Humedad:", L"Mostrar estatus"}},
+}};

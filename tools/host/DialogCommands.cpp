@@ -1,0 +1,122 @@
+#include "DialogCommands.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <array>
+#include <iostream>
+
+#include "ExitCode.h"
+#include "Library.h"
+#include "Session.h"
+#include "SettingsFile.h"
+#include "Text.h"
+
+namespace {
+
+/// A host's main window, on which the dialogs stand.
+class HostWindow {
+ public:
+    explicit HostWindow(const wchar_t* caption) {
+        WNDCLASSW windowClass{};
+        windowClass.lpfnWndProc = Procedure;
+        windowClass.hInstance = GetModuleHandleW(nullptr);
+        windowClass.lpszClassName = L"OkoHostWindow";
+        windowClass.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
+        RegisterClassW(&windowClass);
+        m_hWindow = CreateWindowExW(0, windowClass.lpszClassName, caption, WS_OVERLAPPEDWINDOW | WS_VISIBLE, 20, 20,
+                                    480, 200, nullptr, nullptr, windowClass.hInstance, nullptr);
+    }
+    ~HostWindow() { DestroyWindow(m_hWindow); }
+    HostWindow(const HostWindow&) = delete;
+    HostWindow& operator=(const HostWindow&) = delete;
+
+    HWND Get() const { return m_hWindow; }
+
+ private:
+    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+        if (message == WM_CLOSE) {
+            PostQuitMessage(0);
+            return 0;
+        }
+        return DefWindowProcW(window, message, wParam, lParam);
+    }
+
+    HWND m_hWindow;
+};
+
+std::uint32_t DeviceIndex(const DialogOptions& options) {
+    return options.device == "simulator" ? oko::kSimulatorDevice : oko::kRealDevice;
+}
+
+/// Keeps a settings text that came out of a dialog, and says what changed.
+void Keep(std::wstring& kept, const wchar_t* text) {
+    if (kept == text) {
+        std::cout << "unchanged: " << ToUtf8(text) << "\n";
+        return;
+    }
+    std::cout << "was: " << ToUtf8(kept) << "\nnow: " << ToUtf8(text) << "\n";
+    kept = text;
+}
+
+/// Runs messages until the host's window is closed.
+void RunMessages() {
+    MSG message{};
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+}
+
+}  // namespace
+
+int RunConfigure(const DialogOptions& options) {
+    const Library library(options.library);
+    CDevApiInterface& device = library.Device(DeviceIndex(options));
+    Settings settings = ReadSettings(options.settings);
+    Session session(device);
+    if (!session.Open(settings)) {
+        std::cerr << "oko-host: the " << options.device << " could not be initialised\n";
+        return kExitInitFailed;
+    }
+    const HostWindow window(L"oko-host");
+    std::array<wchar_t, oko::kConfigurationTextLength> text{};
+    if (device.ShowConfiguration(text.data(), static_cast<std::int32_t>(text.size()), window.Get()) != oko::kSuccess) {
+        std::cout << "cancelled or refused\n";
+        return kExitDone;
+    }
+    Keep(settings.alarms, text.data());
+    WriteSettings(options.settings, settings);
+    std::cout << Session::AirModeChanges() << " change(s) of the air mode were called back\n";
+    return kExitDone;
+}
+
+int RunConnect(const DialogOptions& options) {
+    const Library library(options.library);
+    CDevApiInterface& device = library.Device(DeviceIndex(options));
+    Settings settings = ReadSettings(options.settings);
+    const HostWindow window(L"oko-host");
+    std::array<wchar_t, oko::kConnectionTextLength> text{};
+    std::copy_n(settings.connection.begin(), std::min(settings.connection.size(), text.size() - 1), text.begin());
+    const auto length = static_cast<std::int32_t>(std::wcslen(text.data()));
+    if (device.ShowConnection(text.data(), length, window.Get()) != oko::kSuccess) {
+        std::cout << "cancelled\n";
+        return kExitDone;
+    }
+    Keep(settings.connection, text.data());
+    WriteSettings(options.settings, settings);
+    return kExitDone;
+}
+
+int RunPanel(const DialogOptions& options) {
+    const Library library(options.library);
+    const HostWindow window(L"oko-host");
+    const oko::WindowHandle panel = library.Device(DeviceIndex(options)).CreateValuePanel(window.Get(), nullptr);
+    if (panel == nullptr) {
+        std::cerr << "oko-host: the panel could not be opened\n";
+        return kExitInitFailed;
+    }
+    ShowWindow(static_cast<HWND>(panel), SW_SHOW);
+    RunMessages();
+    return kExitDone;
+}

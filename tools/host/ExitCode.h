@@ -1,0 +1,4 @@
+#pragma once
+
+/// How this program ends.
+enum ExitCode { kExitDone = 0, kExitBadTarget = 1, kExitInitFailed = 3, kExitNoLibrary = 4 };
