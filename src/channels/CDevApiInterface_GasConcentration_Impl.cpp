@@ -100,7 +100,7 @@ std::int32_t CDevApiInterface_GasConcentration_Impl::ReadAirMode(std::uint8_t* s
     if (!HasAirMode(m_iProduct)) {
         return oko::kFailure;
     }
-    ParameterText text;
+    ParameterText text{};
     const std::scoped_lock lock(m_pDevice->m_csData);
     if (!ReadDeviceParameter(*m_pDevice, static_cast<std::uint32_t>(m_iProduct), kAirModeParameter, text.data(), true,
                              false, kNoCompanion)) {

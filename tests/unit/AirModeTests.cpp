@@ -102,6 +102,16 @@ TEST_F(AirModeTests, Payloads_OnlyExactly1IsOn) {
     }
 }
 
+TEST_F(AirModeTests, ReplyWithoutAValue_IsOff) {
+    auto& channel = Channel(11, 0);
+    for (const char* const reply : {"5_bl-param-read 11 237_1\r", "0_bl-param-read 11 237_\r"}) {
+        platform.server.Answer("bl-param-read 11 237", reply);
+        std::uint8_t status = 9;
+        EXPECT_EQ(channel.ReadAirMode(&status), 0);
+        EXPECT_EQ(status, 0) << reply;
+    }
+}
+
 TEST_F(AirModeTests, ReadAirMode_WhileBusy_GivesTheStoredState) {
     auto& channel = Channel(10, 0);
     m_pDevice->m_bBusy = true;
