@@ -1,5 +1,7 @@
 // oko-host: loads the plug-in's library as an imaging application would.
 
+#include <windows.h>
+
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <map>
@@ -9,41 +11,84 @@
 #include "Library.h"
 #include "ListCommand.h"
 #include "MonitorCommand.h"
+#include "Text.h"
 
 namespace {
 
-/// Durations as people write them: "10s", "500ms", "2min"; a bare number is seconds.
-CLI::AsNumberWithUnit DurationUnits() {
-    const std::map<std::string, unsigned> milliseconds{{"ms", 1}, {"s", 1000}, {"min", 60'000}, {"h", 3'600'000}};
-    return CLI::AsNumberWithUnit(milliseconds, CLI::AsNumberWithUnit::UNIT_OPTIONAL, "TIME");
+/// Lets the console read this program's UTF-8 while it runs.
+class Utf8Console {
+ public:
+    Utf8Console() : m_nPreviousCodePage(GetConsoleOutputCP()) { SetConsoleOutputCP(CP_UTF8); }
+    ~Utf8Console() { SetConsoleOutputCP(m_nPreviousCodePage); }
+    Utf8Console(const Utf8Console&) = delete;
+    Utf8Console& operator=(const Utf8Console&) = delete;
+
+ private:
+    UINT m_nPreviousCodePage;
+};
+
+/// Durations as people write them: "10s", "1.5min", "500ms"; a bare number is seconds.
+CLI::Validator Seconds() {
+    const std::map<std::string, double> seconds{{"ms", 0.001}, {"s", 1.0}, {"min", 60.0}, {"h", 3600.0}};
+    return CLI::AsNumberWithUnit(seconds, CLI::AsNumberWithUnit::UNIT_OPTIONAL).description("");
 }
 
-void AddMonitor(CLI::App& app, MonitorOptions& options) {
-    app.add_option("--device", options.device, "Which device to open")
+std::string RefuseShortTime(const std::string& seconds) {
+    return std::stod(seconds) < 0.001 ? "must be 1ms or longer" : "";
+}
+
+std::string RefuseNoTarget(const std::string& text) {
+    return ParseTargetSetting(text) ? "" : "\"" + text + "\" is not of the form NAME=VALUE";
+}
+
+CLI::Option* AddDevice(CLI::App& command, std::string& device) {
+    return command.add_option("--device", device, "Which device to open")
         ->check(CLI::IsMember({"simulator", "incubator"}))
         ->capture_default_str();
-    app.add_option("--for", options.durationMs, "How long, such as 10s or 2min; until Ctrl+C when left out")
-        ->transform(DurationUnits());
-    app.add_option("--every", options.intervalMs, "Time between two tables, 500ms when left out")
-        ->transform(DurationUnits())
-        ->check(CLI::PositiveNumber);
-    app.add_option("--set", options.targets, "Sets a target first: NAME=VALUE, or KIND:NAME=VALUE; may be repeated");
-    app.add_option("--port", options.port, "The incubator's COM port")->check(CLI::Range(1, 256));
-    app.footer(
+}
+
+CLI::App* AddList(CLI::App& app) {
+    CLI::App* const command = app.add_subcommand("list", "Shows the library's devices");
+    command->footer("Example:\n  oko-host list --library OkoLabBoldLine.dll");
+    return command;
+}
+
+CLI::App* AddMonitor(CLI::App& app, MonitorOptions& options) {
+    CLI::App* const command = app.add_subcommand("monitor", "Shows all channels of a device while their values change");
+    AddDevice(*command, options.device);
+    command->add_option("--for", options.seconds, "How long, such as 10s or 2min; until Ctrl+C when left out")
+        ->type_name("TIME")
+        ->transform(Seconds())
+        ->check(RefuseShortTime);
+    command->add_option("--every", options.intervalSeconds, "Time between two tables, 500ms when left out")
+        ->type_name("TIME")
+        ->transform(Seconds())
+        ->check(RefuseShortTime);
+    const auto addTargets = [&options](const std::vector<std::string>& texts) {
+        for (const std::string& text : texts) {
+            options.targets.push_back(*ParseTargetSetting(text));
+        }
+    };
+    command
+        ->add_option_function<std::vector<std::string>>(
+            "--set", addTargets, "Sets a target first: NAME=VALUE, or KIND:NAME=VALUE; may be repeated")
+        ->check(RefuseNoTarget);
+    command->add_option("--port", options.port, "The incubator's COM port")->check(CLI::Range(1, 256));
+    command->footer(
         "Examples:\n"
-        "  oko-host monitor --device simulator --for 10s --set H301-T=38.5 --set CO2=7\n"
+        "  oko-host monitor --device simulator --for 10s --set H301-T=38.5 --set gas:CO2=7\n"
         "  oko-host monitor --device incubator --port 3\n"
         "\n"
-        "KIND is temperature, gas or humidity. Lines that the library logs go to the standard error output.");
+        "KIND is temperature, gas or humidity: needed for a name that stands in several kinds. Lines that the\n"
+        "library logs go to the standard error output.");
+    return command;
 }
 
 /// The commands that open a dialog.
-CLI::App* AddDialog(CLI::App& app, const char* name, const char* what, DialogOptions& options) {
+CLI::App* AddDialog(CLI::App& app, const char* name, const char* what, DialogOptions& options, std::string& settings) {
     CLI::App* const command = app.add_subcommand(name, what);
-    command->add_option("--device", options.device, "Which device to open")
-        ->check(CLI::IsMember({"simulator", "incubator"}))
-        ->capture_default_str();
-    command->add_option("--settings", options.settings, "Where the settings texts are kept")->capture_default_str();
+    AddDevice(*command, options.device);
+    command->add_option("--settings", settings, "Where the settings texts are kept")->capture_default_str();
     command->footer(
         std::string("Example:\n  oko-host ") + name +
         " --device incubator\n\n"
@@ -52,34 +97,59 @@ CLI::App* AddDialog(CLI::App& app, const char* name, const char* what, DialogOpt
     return command;
 }
 
+/// The arguments as CLI11 wants them: UTF-8, the last one first.
+std::vector<std::string> Arguments(int argc, wchar_t** argv) {
+    std::vector<std::string> arguments;
+    for (int i = argc - 1; i > 0; --i) {
+        arguments.push_back(ToUtf8(argv[i]));
+    }
+    return arguments;
+}
+
+std::filesystem::path PathOf(const std::string& utf8) { return std::u8string(utf8.begin(), utf8.end()); }
+
+/// What the user named counts from the current folder; the system would look elsewhere first.
+std::filesystem::path LibraryFile(const std::string& name) {
+    return name.empty() ? DefaultLibraryFile() : std::filesystem::absolute(PathOf(name));
+}
+
 }  // namespace
 
-int main(int argc, char** argv) {
-    CLI::App app{"Loads the OKO-Lab bold line plug-in as an imaging application would."};
+int wmain(int argc, wchar_t** argv) {
+    const Utf8Console console;
+    CLI::App app{"Loads the OKO-Lab bold line plug-in as an imaging application would.", "oko-host"};
     app.require_subcommand(1);
     app.footer(
         "Examples:\n"
         "  oko-host list\n"
         "  oko-host monitor --device simulator --for 10s\n"
-        "  oko-host configure --device simulator");
-    std::string libraryName;
-    app.add_option("--library", libraryName, "The library; OkoLabBoldLine.dll beside this program when left out");
+        "  oko-host configure --device simulator\n"
+        "  oko-host connect --device incubator\n"
+        "  oko-host panel --device simulator\n"
+        "\n"
+        "oko-host COMMAND --help tells more.");
 
     MonitorOptions monitor;
-    CLI::App* const list = app.add_subcommand("list", "Shows the library's devices");
-    AddMonitor(*app.add_subcommand("monitor", "Shows all channels of a device while their values change"), monitor);
     DialogOptions dialog;
-    const CLI::App* const configure = AddDialog(app, "configure", "Opens the configuration dialog", dialog);
-    const CLI::App* const connect = AddDialog(app, "connect", "Opens the connection dialog", dialog);
-    const CLI::App* const panel = AddDialog(app, "panel", "Shows the value panel until its window is closed", dialog);
-    CLI11_PARSE(app, argc, argv);
-
+    std::string libraryName;
+    std::string settingsName = "oko-host.ini";
+    CLI::App* const list = AddList(app);
+    CLI::App* const watch = AddMonitor(app, monitor);
+    CLI::App* const configure = AddDialog(app, "configure", "Opens the configuration dialog", dialog, settingsName);
+    CLI::App* const connect = AddDialog(app, "connect", "Opens the connection dialog", dialog, settingsName);
+    CLI::App* const panel =
+        AddDialog(app, "panel", "Shows the value panel until its window is closed", dialog, settingsName);
+    for (CLI::App* const command : {&app, list, watch, configure, connect, panel}) {
+        command->add_option("--library", libraryName,
+                            "The library; OkoLabBoldLine.dll beside this program when left out");
+    }
     try {
-        const std::filesystem::path library = libraryName.empty() ? DefaultLibraryFile() : libraryName;
+        app.parse(Arguments(argc, argv));
+        monitor.library = dialog.library = LibraryFile(libraryName);
+        dialog.settings = PathOf(settingsName);
         if (list->parsed()) {
-            return RunList(library);
+            return RunList(monitor.library);
         }
-        dialog.library = library;
         if (configure->parsed()) {
             return RunConfigure(dialog);
         }
@@ -89,8 +159,9 @@ int main(int argc, char** argv) {
         if (panel->parsed()) {
             return RunPanel(dialog);
         }
-        monitor.library = library;
         return RunMonitor(monitor);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error);
     } catch (const LibraryError& error) {
         std::cerr << "oko-host: " << error.what() << "\n";
         return kExitNoLibrary;

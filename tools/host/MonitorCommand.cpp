@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <iostream>
 
 #include "Channels.h"
@@ -11,10 +12,14 @@
 #include "Library.h"
 #include "Screen.h"
 #include "Session.h"
+#include "Statistics.h"
 #include "Table.h"
-#include "TargetSetting.h"
+#include "Targets.h"
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
+using Seconds = std::chrono::duration<double>;
 
 std::atomic<bool> g_bStop = false;
 
@@ -26,12 +31,14 @@ BOOL WINAPI OnConsoleControl(DWORD event) {
     return TRUE;
 }
 
-/// What the summary tells.
-struct Statistics {
-    std::size_t ticks = 0;
+/// How the monitoring ended; told after the library is gone.
+struct Outcome {
+    int exitCode = kExitDone;
+    std::string sentence;
+    Statistics statistics;
+    Seconds elapsed{};
     std::size_t notices = 0;
-    std::vector<double> firstValues;
-    std::vector<double> lastValues;
+    std::vector<ChannelKind> kinds;  // one for each channel
 };
 
 /// Takes the notices that the library posts to this thread.
@@ -45,25 +52,16 @@ std::size_t PumpMessages() {
     return notices;
 }
 
-/// Sets what the user asked for. False, with a line why, when that cannot be done.
-bool SetTarget(const std::vector<Channel>& channels, const std::string& text) {
-    const auto setting = ParseTargetSetting(text);
-    if (!setting) {
-        std::cerr << "oko-host: \"" << text << "\" is not of the form NAME=VALUE\n";
-        return false;
+/// Pumps messages until then, or until Ctrl+C. Returns the number of notices.
+std::size_t PumpUntil(Clock::time_point end) {
+    constexpr std::chrono::milliseconds kSlice{50};  // so that Ctrl+C is heard soon
+    std::size_t notices = PumpMessages();
+    for (auto now = Clock::now(); now < end && !g_bStop; now = Clock::now()) {
+        const auto wait = std::min(kSlice, std::chrono::ceil<std::chrono::milliseconds>(end - now));
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(wait.count()), QS_ALLINPUT);
+        notices += PumpMessages();
     }
-    const auto found = std::ranges::find_if(channels, [&](const Channel& channel) {
-        return channel.name == setting->name && (setting->kind.empty() || setting->kind == KindName(channel.kind));
-    });
-    if (found == channels.end()) {
-        std::cerr << "oko-host: no channel is called \"" << setting->name << "\"\n";
-        return false;
-    }
-    if (!found->setTarget(setting->value)) {
-        std::cerr << "oko-host: the target of \"" << setting->name << "\" could not be set\n";
-        return false;
-    }
-    return true;
+    return notices;
 }
 
 std::vector<TableRow> ReadRows(const std::vector<Channel>& channels, Statistics& statistics) {
@@ -75,86 +73,96 @@ std::vector<TableRow> ReadRows(const std::vector<Channel>& channels, Statistics&
         rows.push_back({std::to_string(channel.number), channel.name, KindName(channel.kind),
                         FormatValue(values.back()), FormatValue(target), UnitOf(channel.kind), channel.readState()});
     }
-    if (statistics.firstValues.empty()) {
-        statistics.firstValues = values;
-    }
-    statistics.lastValues = values;
+    statistics.AddTable(values);
     return rows;
 }
 
-/// Waits a tick's length, so that Ctrl+C is heard soon.
-void WaitTick(unsigned milliseconds) {
-    constexpr unsigned kSliceMs = 50;
-    for (unsigned waited = 0; waited < milliseconds && !g_bStop; waited += kSliceMs) {
-        Sleep(std::min(kSliceMs, milliseconds - waited));
-    }
-}
-
-Statistics Watch(const std::vector<Channel>& channels, const MonitorOptions& options) {
-    Screen screen;
-    Statistics statistics;
-    const ULONGLONG start = GetTickCount64();
-    while (!g_bStop) {
-        const ULONGLONG elapsedMs = GetTickCount64() - start;
-        std::vector<std::string> lines = FormatTable(ReadRows(channels, statistics));
-        lines.insert(lines.begin(), "after " + FormatValue(static_cast<double>(elapsedMs) / 1000.0) + " s");
+/// One table at once, one after each interval and one at the end.
+void Watch(const std::vector<Channel>& channels, const MonitorOptions& options, Screen& screen, Outcome& outcome) {
+    const Clock::time_point start = Clock::now();
+    const auto interval = std::chrono::duration_cast<Clock::duration>(Seconds(options.intervalSeconds));
+    Clock::time_point next = start;
+    while (true) {
+        outcome.elapsed = Clock::now() - start;
+        std::vector<std::string> lines = FormatTable(ReadRows(channels, outcome.statistics));
+        lines.insert(lines.begin(), "after " + FormatValue(outcome.elapsed.count()) + " s");
         screen.Show(lines);
-        ++statistics.ticks;
-        statistics.notices += PumpMessages();
-        if (options.durationMs != 0 && elapsedMs + options.intervalMs > options.durationMs) {
+        if (options.seconds && outcome.elapsed.count() >= *options.seconds) {
             break;
         }
-        WaitTick(options.intervalMs);
+        // A device slower than the interval does not pile tables up.
+        next = std::max(next + interval, Clock::now());
+        if (options.seconds) {
+            next = std::min(next, start + std::chrono::ceil<Clock::duration>(Seconds(*options.seconds)));
+        }
+        outcome.notices += PumpUntil(next);
+        if (g_bStop) {
+            outcome.elapsed = Clock::now() - start;
+            break;
+        }
     }
-    return statistics;
+    screen.Leave();
 }
 
-std::size_t CountMoved(const Statistics& statistics) {
-    std::size_t moved = 0;
-    for (std::size_t i = 0; i < statistics.firstValues.size(); ++i) {
-        moved += statistics.firstValues[i] != statistics.lastValues[i] ? 1U : 0U;
+/// The reason is what the library logged last.
+std::string InitFailed(const std::string& device) {
+    constexpr std::ptrdiff_t kLines = 3;
+    std::string sentence = "the " + device + " could not be initialised";
+    const std::vector<std::string>& lines = Session::LogLines();
+    const char* separator = ": ";
+    for (auto line = lines.end() - std::min(kLines, std::ssize(lines)); line != lines.end(); ++line) {
+        sentence += separator + *line;
+        separator = " / ";
     }
-    return moved;
+    return sentence;
 }
 
-void PrintSummary(const MonitorOptions& options, const std::vector<Channel>& channels, const Statistics& statistics) {
-    const auto count = [&](ChannelKind kind) { return std::ranges::count(channels, kind, &Channel::kind); };
-    std::cout << "done: " << options.device << ", " << count(ChannelKind::Temperature) << " temperature, "
-              << count(ChannelKind::Gas) << " gas and " << count(ChannelKind::Humidity) << " humidity channels, "
-              << statistics.ticks << " tables, " << CountMoved(statistics) << " of " << channels.size()
-              << " values moved, " << statistics.notices << " change notices, " << Session::LogLines().size()
-              << " log lines\n";
-}
-
-int Monitor(CDevApiInterface& device, const MonitorOptions& options) {
-    Session session(device);
+Outcome Monitor(const MonitorOptions& options) {
+    const Library library(options.library);
+    CDevApiInterface& device = library.Device(options.device == "simulator" ? oko::kSimulatorDevice : oko::kRealDevice);
+    Outcome outcome;
+    Screen screen;
+    Session session(device, [&screen] { screen.MakeRoom(); });
     Settings settings;
     if (options.port) {
         settings.connection = L"m_iComPort " + std::to_wstring(*options.port);
     }
     if (!session.Open(settings)) {
-        std::cerr << "oko-host: the " << options.device << " could not be initialised";
-        if (!Session::LogLines().empty()) {
-            std::cerr << ": " << Session::LogLines().back();
-        }
-        std::cerr << "\n";
-        return kExitInitFailed;
+        outcome.exitCode = kExitInitFailed;
+        outcome.sentence = InitFailed(options.device);
+        return outcome;
     }
     const std::vector<Channel> channels = ListChannels(device);
-    for (const std::string& target : options.targets) {
-        if (!SetTarget(channels, target)) {
-            return kExitBadTarget;
+    std::ranges::transform(channels, std::back_inserter(outcome.kinds), &Channel::kind);
+    for (const TargetSetting& target : options.targets) {
+        outcome.sentence = SetTarget(channels, target);
+        if (!outcome.sentence.empty()) {
+            outcome.exitCode = kExitBadTarget;
+            return outcome;
         }
     }
-    const Statistics statistics = Watch(channels, options);
-    PrintSummary(options, channels, statistics);
-    return kExitDone;
+    Watch(channels, options, screen, outcome);
+    return outcome;
+}
+
+void PrintSummary(const MonitorOptions& options, const Outcome& outcome) {
+    const auto count = [&](ChannelKind kind) { return std::ranges::count(outcome.kinds, kind); };
+    std::cout << "done: " << options.device << ", " << FormatValue(outcome.elapsed.count()) << " s, "
+              << count(ChannelKind::Temperature) << " temperature, " << count(ChannelKind::Gas) << " gas and "
+              << count(ChannelKind::Humidity) << " humidity channels, " << outcome.statistics.Tables() << " tables, "
+              << outcome.statistics.Moved() << " of " << outcome.kinds.size() << " values moved, " << outcome.notices
+              << " change notices, " << Session::LogLines().size() << " log lines\n";
 }
 
 }  // namespace
 
 int RunMonitor(const MonitorOptions& options) {
     SetConsoleCtrlHandler(OnConsoleControl, TRUE);
-    const Library library(options.library);
-    return Monitor(library.Device(options.device == "simulator" ? oko::kSimulatorDevice : oko::kRealDevice), options);
+    const Outcome outcome = Monitor(options);
+    if (outcome.exitCode == kExitDone) {
+        PrintSummary(options, outcome);
+    } else {
+        std::cerr << "oko-host: " << outcome.sentence << "\n";
+    }
+    return outcome.exitCode;
 }

@@ -5,13 +5,15 @@
 #include <string>
 #include <vector>
 
+#include "TargetSetting.h"
+
 /// What `oko-host monitor` was asked for.
 struct MonitorOptions {
     std::filesystem::path library;
     std::string device = "simulator";  // or "incubator"
-    unsigned durationMs = 0;           // 0: until Ctrl+C
-    unsigned intervalMs = 500;
-    std::vector<std::string> targets;  // "name=value"
+    std::optional<double> seconds;     // nothing: until Ctrl+C
+    double intervalSeconds = 0.5;
+    std::vector<TargetSetting> targets;
     std::optional<int> port;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -8,10 +9,14 @@ class Screen {
  public:
     Screen();
 
-    /// Shows the lines; on a terminal over the ones shown before.
+    /// Shows the lines; on a terminal over the ones shown before, and no more than its window holds.
     void Show(const std::vector<std::string>& lines);
 
-    bool IsTerminal() const noexcept { return m_bTerminal; }
+    /// Wipes the lines off a terminal that other output is about to come to; the next ones stand below that.
+    void MakeRoom();
+
+    /// Leaves the lines where they are: nothing is shown over them any more.
+    void Leave() noexcept { m_nShown = 0; }
 
  private:
     bool m_bTerminal;

@@ -1,6 +1,7 @@
 #include "Session.h"
 
 #include <iostream>
+#include <utility>
 
 #include "Text.h"
 
@@ -14,6 +15,7 @@ constexpr const wchar_t* kDefaultAlarmSettings =
 struct Record {
     std::vector<std::string> lines;
     std::size_t airModeChanges = 0;
+    std::function<void()> beforeLine;
 };
 
 Record& TheRecord() {
@@ -21,22 +23,35 @@ Record& TheRecord() {
     return record;
 }
 
+void ShowLine(const std::string& line) {
+    if (TheRecord().beforeLine) {
+        TheRecord().beforeLine();
+    }
+    std::cerr << line << std::endl;
+}
+
 /// Shows the library's lines as they come.
 void OnHostCallback(std::int32_t code, const wchar_t* text) {
     if (code == oko::kCallbackLog && text != nullptr) {
         TheRecord().lines.push_back(ToUtf8(text));
-        std::cerr << "log: " << TheRecord().lines.back() << std::endl;
+        ShowLine("log: " + TheRecord().lines.back());
     } else if (code == oko::kCallbackAirModeChanged) {
         ++TheRecord().airModeChanges;
-        std::cerr << "air mode changed" << std::endl;
+        ShowLine("air mode changed");
     }
 }
 
 }  // namespace
 
-Session::Session(CDevApiInterface& device) : m_device(device) { TheRecord() = {}; }
+Session::Session(CDevApiInterface& device, std::function<void()> beforeLine) : m_device(device) {
+    TheRecord() = {};
+    TheRecord().beforeLine = std::move(beforeLine);
+}
 
-Session::~Session() { m_device.Close(); }
+Session::~Session() {
+    m_device.Close();
+    TheRecord().beforeLine = {};  // its owner may be gone soon; the lines stay
+}
 
 bool Session::Open(const Settings& settings) {
     m_device.ApplyConnection(settings.connection.c_str());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -11,7 +12,8 @@
 /// most one at a time: a host callback carries no context.
 class Session {
  public:
-    explicit Session(CDevApiInterface& device);
+    /// `beforeLine` is called before a line of the library is shown on the standard error output.
+    explicit Session(CDevApiInterface& device, std::function<void()> beforeLine = {});
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
@@ -19,8 +21,6 @@ class Session {
     /// Gives the device its settings and initialises it; without alarm settings it gets the usual ones. False when Init
     /// failed.
     bool Open(const Settings& settings);
-
-    CDevApiInterface& Device() noexcept { return m_device; }
 
     /// The lines that the library logged so far, and how often it said that the air mode changed.
     static const std::vector<std::string>& LogLines();

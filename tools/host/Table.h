@@ -15,7 +15,7 @@ struct TableRow {
     std::string state;
 };
 
-/// "37.512", or "-" for what is no number.
+/// "37.51", or "-" for what is no number.
 std::string FormatValue(double value);
 
 /// The heading and the rows in columns, a line each.

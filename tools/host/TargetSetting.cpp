@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 
 namespace {
 
@@ -25,7 +26,7 @@ std::optional<TargetSetting> ParseTargetSetting(std::string_view text) {
     setting.name = text.substr(0, equals);
     const std::string_view number = text.substr(equals + 1);
     const auto result = std::from_chars(number.data(), number.data() + number.size(), setting.value);
-    if (result.ec != std::errc{} || result.ptr != number.data() + number.size()) {
+    if (result.ec != std::errc{} || result.ptr != number.data() + number.size() || !std::isfinite(setting.value)) {
         return std::nullopt;
     }
     return setting;

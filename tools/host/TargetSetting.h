@@ -11,5 +11,5 @@ struct TargetSetting {
     double value;
 };
 
-/// Nothing when the text is not of that form.
+/// Nothing when the text is not of that form or its number is not finite.
 std::optional<TargetSetting> ParseTargetSetting(std::string_view text);

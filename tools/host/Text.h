@@ -3,5 +3,5 @@
 #include <string>
 #include <string_view>
 
-/// Wide text as UTF-8. A character that UTF-16 cannot hold alone becomes "?".
+/// Wide text as UTF-8. Half of a surrogate pair becomes "?".
 std::string ToUtf8(std::wstring_view text);
