@@ -21,9 +21,8 @@ void TakeIntegers(CDevApiInterface_Impl& device, const Reply& reply, const std::
     }
 }
 
-/// A server with problems of its own is asked again. Looks at the byte even when the exchange failed: a reply too long
-/// for the buffer leaves its start there.
-bool IsServerProblem(const Reply& reply) noexcept { return *reply.c_str() == '0' + kServerProblem; }
+/// A server with problems of its own is asked again.
+bool IsServerProblem(const Reply& reply) noexcept { return reply.bytes().starts_with('0' + kServerProblem); }
 
 Reply AskForProducts(CDevApiInterface_Impl& device) noexcept {
     Reply reply = Ask(device, FormatCommand(command::kListConProd), kListReplySize);

@@ -67,7 +67,7 @@ double ReadCompanion(CDevApiInterface_Impl& device, std::uint32_t product, std::
     // Behind its received bytes the companion's buffer holds zeros, so the walk may pass its end.
     const std::string_view walked(companion.c_str(), first.bytes().size());
     const auto position = PayloadPosition(walked);
-    if (!position || walked[*position] == 'n' || first.c_str()[*position] == 'e') {
+    if (!position || walked[*position] == 'n' || first.bytes()[*position] == 'e') {
         return 0.0;
     }
     ParameterText value{};
@@ -110,7 +110,7 @@ bool ReadDeviceParameter(CDevApiInterface_Impl& device, std::uint32_t product, s
         reply = CachedReply(*param);
     } else {
         reply = AskParameter(device, product, parameter);
-        CopyText(reply.c_str(), param->m_szValue);
+        CopyText(reply.text(), param->m_szValue);
         if (second >= 1 && check) {
             companion = ReadCompanion(device, product, second, reply);
         }

@@ -72,7 +72,7 @@ ChannelRange AskRange(CDevApiInterface_Impl& device, std::int32_t product, std::
 }
 
 bool IsZonePresent(CDevApiInterface_Impl& device, std::int32_t product, std::int32_t zone) noexcept {
-    return IsReplyValueNonZero(Ask(device, FormatCommand(command::kReadCurrent, {product, zone})).c_str());
+    return IsReplyValueNonZero(Ask(device, FormatCommand(command::kReadCurrent, {product, zone})).text());
 }
 
 void AddZone(CDevApiInterface_Impl& device, ChannelKind kind, std::int32_t product, const ZoneSetup& zone) noexcept {

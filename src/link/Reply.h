@@ -28,10 +28,13 @@ class Reply {
     /// A server answered: at least one byte came.
     bool IsAnswer() const noexcept { return m_nLength >= 1; }
 
-    /// The received bytes; none when the exchange failed.
+    /// The received bytes; none when the exchange failed: a reply too long for the buffer fills it all the same.
     std::string_view bytes() const noexcept {
         return {m_text.data(), m_nLength > 0 ? static_cast<std::size_t>(m_nLength) : 0};
     }
+
+    /// The received bytes up to their first zero.
+    std::string_view text() const noexcept { return bytes().substr(0, bytes().find('\0')); }
 
     /// Bytes received, negative when the exchange failed.
     int m_nLength = 0;

@@ -28,7 +28,7 @@ void FindProduct(CDevApiInterface_Impl& device, int product, double& shown, doub
         }
         SleepMilliseconds(kFindPollDelayMs);
         const Reply reply = Ask(device, FormatCommand(command::kFindStatus));
-        ended = std::string_view(reply.c_str()).find(kSearchEnded) != std::string_view::npos;
+        ended = reply.text().find(kSearchEnded) != std::string_view::npos;
     }
 }
 

@@ -287,4 +287,22 @@ TEST_F(ChannelAssignmentTests, SimulatorsDefaultAnswer_GivesTenTemperaturesTwoGa
     EXPECT_EQ(Humidities(), (std::vector<Live>{{15, 0, 50, 95}}));
 }
 
+/// 65 bytes: one more than a reply has room for, so that the receive fills the buffer and fails.
+std::string TooLongReply(const std::string& command) {
+    std::string reply = "0_" + command + "_37.5";
+    reply.resize(65, ' ');
+    return reply;
+}
+
+TEST_F(ChannelAssignmentTests, ReplyTooLongForItsBuffer_IsNoAnswerWhateverTheLogSetting) {
+    for (const std::uint32_t log : {0U, 1U}) {
+        platform.server.Answer("readcurval 7(2)", TooLongReply("readcurval 7(2)"));
+        ConnectProducts(platform, {7});
+        CDevApiInterface_Impl& device = RealDevice();
+        platform.registry.Set(L"Software\\Vellmark\\Misc", L"LogCommunication", RegistryValue::Dword(log));
+        EXPECT_EQ(device.Init(HostLog::Callback, nullptr), oko::kSuccess);
+        EXPECT_EQ(Temperatures(), (std::vector<Live>{{7, 0, 1, 1}, {7, 1, 0, 0}, {7, 3, 0, 0}, {7, 4, 0, 0}})) << log;
+    }
+}
+
 }  // namespace

@@ -148,9 +148,10 @@ TEST_F(ConnectionTests, FindAndConnect_SilentOrRefusingServer_StopsAndStillWrite
 TEST_F(ConnectionTests, FindAndConnect_FailingPolls_AreRepeated) {
     CDevApiInterface_Impl& device = MakeDevice(0);
     SearchTakes(1);
-    platform.server.AnswerInTurn("findstat", {kReceiveFails, "", "0_findstat_-1\r"});
+    platform.server.AnswerInTurn("findstat",
+                                 {kReceiveFails, "", "0_findstat_-1" + std::string(60, ' '), "0_findstat_-1\r"});
     Show(device, DialogEnd::FindAndConnect);
-    EXPECT_EQ(platform.clock.Sleeps().size(), 13U);
+    EXPECT_EQ(platform.clock.Sleeps().size(), 14U);
 }
 
 TEST_F(ConnectionTests, ValuePanel_IsOpenedInItsParent) {

@@ -144,4 +144,16 @@ TEST_F(EnumerationDeathTests, EightDigits_EndTheProcessWithALine) {
     EXPECT_DEATH(device.EnumerateProducts(), "ParseIntegerList: a number in the server's reply is too long");
 }
 
+TEST_F(EnumerationTests, ReplyTooLongForItsBuffer_IsNoAnswerWhateverTheLogSetting) {
+    platform.server.Answer("listconprod", std::string(1024, '1'));
+    CDevApiInterface_Impl& device = RealDevice();
+    for (const bool log : {false, true}) {
+        device.m_bLogCommunication = log;
+        platform.server.ClearCommands();
+        device.EnumerateProducts();
+        EXPECT_EQ(platform.server.Commands(), (std::vector<std::string>{"listconprod"})) << log;
+        EXPECT_TRUE(device.m_products.empty());
+    }
+}
+
 }  // namespace

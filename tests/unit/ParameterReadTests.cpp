@@ -105,6 +105,16 @@ TEST_F(ParameterReadTests, NoAnswer_IsFalse) {
     EXPECT_EQ(Read(std::string(65, '1'), false), "(false)");
 }
 
+TEST_F(ParameterReadTests, ReplyTooLongForItsBuffer_LeavesNothingInTheCache) {
+    CDevApiInterface_Impl& device = Device();
+    platform.server.AnswerInTurn("bl-param-read 9 107",
+                                 {"0_bl-param-read 9 107_" + std::string(60, '7'), kReceiveFails});
+    ParameterText value{};
+    EXPECT_FALSE(ReadDeviceParameter(device, 9, 107, value.data(), false, false, kNoCompanion));
+    EXPECT_FALSE(ReadDeviceParameter(device, 9, 107, value.data(), false, true, kNoCompanion));
+    EXPECT_EQ(platform.server.Commands().size(), 2U);
+}
+
 TEST_F(ParameterReadTests, Reply_OfExactly64Bytes_IsTakenUpToItsEnd) {
     const std::string start = "0_bl-param-read 9 107_";
     EXPECT_EQ(Read(start + std::string(64 - start.size(), '7'), false), std::string(64 - start.size(), '7'));
