@@ -66,13 +66,53 @@ TEST_F(IncubatorTests, EveryCommand_HasItsReply) {
 }
 
 TEST_F(IncubatorTests, WhatIsNotUnderstood_IsRefused) {
-    for (const char* const command :
-         {"", "nonsense", "listdev 8", "listdev", "listdev x", "bl-param-list 8", "readcurval 8", "readcurval",
-          "readsetpoint 9 5 -1", "readmin 8 0", "bl-param-read 9 1", "bl-param-write 9 238", "writesetpoint 9 0",
-          "writesetpoint 9 0 nan", "writesetpoint 9 0 90.0", "writesetpoint 9 0 19.9", "alarm 9 x", "comport 9 0 x"}) {
+    for (const char* const command : {"",
+                                      "nonsense",
+                                      "listdev 8",
+                                      "listdev",
+                                      "listdev x",
+                                      "bl-param-list 8",
+                                      "readcurval 8",
+                                      "readcurval",
+                                      "readsetpoint 9 5 -1",
+                                      "readmin 8 0",
+                                      "bl-param-read 9 1",
+                                      "bl-param-write 9 238",
+                                      "writesetpoint 9 0",
+                                      "writesetpoint 9 0 nan",
+                                      "writesetpoint 9 0 90.0",
+                                      "writesetpoint 9 0 19.9",
+                                      "alarm 9 x",
+                                      "comport 9 0 x",
+                                      "comport 9",
+                                      "comport 9 0 3 4",
+                                      "comport x 0",
+                                      "listprod 1",
+                                      "listconprod 9",
+                                      "listdev 9 0",
+                                      "mode 9",
+                                      "start",
+                                      "status 9",
+                                      "find",
+                                      "findstat 9",
+                                      "readcurval 9(0)1",
+                                      "readsetpoint 9 0",
+                                      "readmin 9",
+                                      "readmax 9 0 1",
+                                      "bl-param-read 9 64 1",
+                                      "bl-param-write 11 238 1 1",
+                                      "alarm 9 0.2 0.2"}) {
         EXPECT_EQ(Reply(command).substr(0, 2), "3_") << command;
         EXPECT_EQ(m_incubator.Execute(ParseCommand(command)).payload.front(), 'e');
     }
+}
+
+TEST_F(IncubatorTests, ComPort_IsKeptForEachLink) {
+    Reply("comport 12 1 7");
+    EXPECT_EQ(Reply("comport 12 1"), "0_comport 12 1_7\r");
+    EXPECT_EQ(Reply("comport 12 0"), "0_comport 12 0_5\r");
+    Reply("comport 12 1 8");
+    EXPECT_EQ(Reply("comport 12 1"), "0_comport 12 1_8\r");
 }
 
 TEST_F(IncubatorTests, SetPoint_IsStoredAndApproachedWithOvershoot) {

@@ -215,6 +215,8 @@ TEST(EmulatorTests, RecordOfARun_ReplaysToTheSameDevice) {
     {
         const Running running(L"--scenario product-12 --record \"" + record + L"\"");
         names = running.Names();
+        // A second emulator does not get the port and leaves the running one's record alone.
+        EXPECT_EQ(RunEmulator(L"--for 1 --record \"" + record + L"\""), 2U);
     }
     EXPECT_EQ(names.size(), 4U);
     {
@@ -233,6 +235,23 @@ TEST(EmulatorTests, WrongInput_EndsWithAMessageAndItsCode) {
     std::ofstream(std::filesystem::path(file)) << "{\"products\": 7}";
     EXPECT_EQ(RunEmulator(L"--scenario \"" + file + L"\""), 1U);
     std::filesystem::remove(file);
+    EXPECT_EQ(RunEmulator(L"--for 1 --record no-such-folder/run.txt"), 1U);
+}
+
+TEST(EmulatorTests, InstalledCopy_FindsFilesThatWereNamedFromAnotherFolder) {
+    const std::wstring scenario = L"an installed scenario.json";  // in the current folder
+    const std::filesystem::path folder = ProgramFolder() + L"installed";
+    std::ofstream(std::filesystem::path(scenario)) << R"({"name": "installed", "products": []})";
+    EXPECT_EQ(RunEmulator(L"--scenario \"" + scenario + L"\" --install \"" + folder.wstring() + L"\""), 0U);
+    std::ifstream options(folder / L"OKO-Control Emulator.ini");
+    std::string line;
+    while (std::getline(options, line) && !line.starts_with("scenario=")) {
+    }
+    EXPECT_EQ(line, "scenario=\"" + std::filesystem::absolute(scenario).generic_string() + "\"");
+    options.close();
+    EXPECT_EQ(RunEmulator(L"--uninstall"), 0U);
+    std::filesystem::remove(scenario);
+    std::filesystem::remove_all(folder);
 }
 
 }  // namespace

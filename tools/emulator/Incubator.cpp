@@ -94,48 +94,70 @@ void Incubator::Advance(double seconds) {
 }
 
 Answer Incubator::Execute(const Command& command) {
-    using Handler = Answer (*)(Incubator&, const Command&);
-    static const std::map<std::string_view, Handler> handlers{
-        {"listprod",
-         [](Incubator&, const Command&) {
-             std::string list;
-             for (int product = kFirstProduct; product <= kLastProduct; ++product) {
-                 list.append(list.empty() ? "" : " ").append(std::to_string(product));
-             }
-             return Answer{0, list};
-         }},
-        {"listconprod", [](Incubator& self, const Command&) { return self.ListConnected(); }},
-        {"comport", [](Incubator& self, const Command& c) { return self.ComPort(c); }},
-        {"listdev", [](Incubator& self, const Command& c) { return self.ListDevices(c); }},
-        {"bl-param-list", [](Incubator& self, const Command& c) { return self.ListParameters(c); }},
-        {"mode", [](Incubator&, const Command&) { return kDone; }},
-        {"checkcon", [](Incubator& self, const Command& c) { return self.CheckConnection(c); }},
-        {"start", [](Incubator&, const Command&) { return kDone; }},
-        {"status", [](Incubator& self, const Command&) { return self.Status(); }},
-        {"connect", [](Incubator&, const Command&) { return kDone; }},
-        {"find", [](Incubator& self, const Command& c) { return self.Find(c); }},
-        {"findstat", [](Incubator& self, const Command&) { return self.FindStatus(); }},
-        {"readcurval", [](Incubator& self, const Command& c) { return self.ReadCurrent(c); }},
-        {"readsetpoint", [](Incubator& self, const Command& c) { return self.ReadSetPoint(c); }},
-        {"writesetpoint", [](Incubator& self, const Command& c) { return self.WriteSetPoint(c); }},
-        {"readmin", [](Incubator& self, const Command& c) { return self.ReadLimit(c, &DeviceScenario::min); }},
-        {"readmax", [](Incubator& self, const Command& c) { return self.ReadLimit(c, &DeviceScenario::max); }},
-        {"bl-param-read", [](Incubator& self, const Command& c) { return self.ReadParameter(c); }},
-        {"bl-param-write", [](Incubator& self, const Command& c) { return self.WriteParameter(c); }},
-        {"alarm", [](Incubator& self, const Command& c) { return self.Alarm(c); }},
+    struct Entry {
+        std::size_t fewest;  // arguments
+        std::size_t most;
+        Answer (*handler)(Incubator&, const Command&);
     };
-    const auto handler = handlers.find(command.keyword);
-    return handler != handlers.end() ? handler->second(*this, command) : Refuse("unknown command");
+    static const std::map<std::string_view, Entry> entries{
+        {"listprod", {0, 0, [](Incubator&, const Command&) { return ListKnown(); }}},
+        {"listconprod", {0, 0, [](Incubator& self, const Command&) { return self.ListConnected(); }}},
+        {"comport", {2, 3, [](Incubator& self, const Command& c) { return self.ComPort(c); }}},
+        {"listdev", {1, 1, [](Incubator& self, const Command& c) { return self.ListDevices(c); }}},
+        {"bl-param-list", {1, 1, [](Incubator& self, const Command& c) { return self.ListParameters(c); }}},
+        {"mode", {2, 2, [](Incubator&, const Command&) { return kDone; }}},
+        {"checkcon", {1, 1, [](Incubator& self, const Command& c) { return self.CheckConnection(c); }}},
+        {"start", {1, 1, [](Incubator&, const Command&) { return kDone; }}},
+        {"status", {0, 0, [](Incubator& self, const Command&) { return self.Status(); }}},
+        {"connect", {2, 2, [](Incubator&, const Command&) { return kDone; }}},
+        {"find", {1, 1, [](Incubator& self, const Command& c) { return self.Find(c); }}},
+        {"findstat", {0, 0, [](Incubator& self, const Command&) { return self.FindStatus(); }}},
+        {"readcurval", {1, 2, [](Incubator& self, const Command& c) { return self.ReadCurrent(c); }}},
+        {"readsetpoint", {3, 3, [](Incubator& self, const Command& c) { return self.ReadSetPoint(c); }}},
+        {"writesetpoint", {3, 3, [](Incubator& self, const Command& c) { return self.WriteSetPoint(c); }}},
+        {"readmin", {2, 2, [](Incubator& self, const Command& c) { return self.ReadLimit(c, &DeviceScenario::min); }}},
+        {"readmax", {2, 2, [](Incubator& self, const Command& c) { return self.ReadLimit(c, &DeviceScenario::max); }}},
+        {"bl-param-read", {2, 2, [](Incubator& self, const Command& c) { return self.ReadParameter(c); }}},
+        {"bl-param-write", {3, 3, [](Incubator& self, const Command& c) { return self.WriteParameter(c); }}},
+        {"alarm", {2, 2, [](Incubator& self, const Command& c) { return self.Alarm(c); }}},
+    };
+    const auto found = entries.find(command.keyword);
+    if (found == entries.end()) {
+        return Refuse("unknown command");
+    }
+    const Entry& entry = found->second;
+    const std::size_t count = command.arguments.size();
+    return count >= entry.fewest && count <= entry.most ? entry.handler(*this, command)
+                                                        : Refuse("wrong number of arguments");
+}
+
+Answer Incubator::ListKnown() {
+    std::string list;
+    for (int product = kFirstProduct; product <= kLastProduct; ++product) {
+        list.append(list.empty() ? "" : " ").append(std::to_string(product));
+    }
+    return {0, list};
 }
 
 Answer Incubator::ListConnected() const { return {0, Join(m_scenario.products, &ProductScenario::number)}; }
 
 Answer Incubator::ComPort(const Command& command) {
-    // "comport P L" asks, "comport P L N" sets.
-    if (command.arguments.size() < 3) {
-        return {0, std::to_string(m_scenario.comPort)};
+    // "comport P L" asks for the port of a product's link L, "comport P L N" sets it.
+    const auto product = command.Integer(0);
+    const auto link = command.Integer(1);
+    if (!product || !link) {
+        return Refuse("no such link");
     }
-    return command.Integer(2) ? kDone : Refuse("no port number");
+    if (command.arguments.size() == 2) {
+        const auto port = m_comPorts.find({*product, *link});
+        return {0, std::to_string(port != m_comPorts.end() ? port->second : m_scenario.comPort)};
+    }
+    const auto port = command.Integer(2);
+    if (!port) {
+        return Refuse("no port number");
+    }
+    m_comPorts[{*product, *link}] = *port;
+    return kDone;
 }
 
 Answer Incubator::ListDevices(const Command& command) const {
@@ -248,8 +270,8 @@ Answer Incubator::ReadParameter(const Command& command) {
 Answer Incubator::WriteParameter(const Command& command) {
     const ProductScenario* const product = FindProduct(command.Integer(0));
     const auto number = command.Integer(1);
-    if (product == nullptr || !number || command.arguments.size() < 3) {
-        return Refuse("no such parameter or no value");
+    if (product == nullptr || !number) {
+        return Refuse("no such parameter");
     }
     m_written[{product->number, *number}] = command.arguments[2];
     if (*number == kAirModeSwitch) {

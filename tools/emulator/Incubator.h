@@ -30,6 +30,7 @@ class Incubator {
     Motion& MotionOf(const ProductScenario& product, const DeviceScenario& device);
     double Noise(double deviation);
 
+    static Answer ListKnown();
     Answer ListConnected() const;
     Answer ComPort(const Command& command);
     Answer ListDevices(const Command& command) const;
@@ -49,6 +50,7 @@ class Incubator {
     Scenario m_scenario;
     std::map<std::pair<int, int>, Motion> m_motions;       // by product and device
     std::map<std::pair<int, int>, std::string> m_written;  // parameters by product and number
+    std::map<std::pair<int, int>, int> m_comPorts;         // by product and link, where somebody set one
     std::map<int, double> m_alarms;                        // by product
     std::mt19937 m_random;
     double m_now = 0.0;        // seconds of the incubator's time

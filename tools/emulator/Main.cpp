@@ -98,23 +98,26 @@ CommandHandler ReplayHandler(const Options& options) {
     return [replay](const std::string& command) { return Transmission{replay->Answer(command), 0}; };
 }
 
-/// The same with a line for every exchange, on the screen and in the record.
-CommandHandler Recorded(CommandHandler handler, const Options& options) {
-    const auto record = std::make_shared<std::ofstream>();
-    if (!options.record.empty()) {
-        record->open(options.record, std::ios::binary);
-    }
-    return [handler = std::move(handler), record, quiet = options.quiet](const std::string& command) {
+/// The same with a line for every exchange, on the screen and in the record once that is open.
+CommandHandler Recorded(CommandHandler handler, bool quiet, std::ofstream& record) {
+    return [handler = std::move(handler), quiet, &record](const std::string& command) {
         Transmission transmission = handler(command);
         const std::string line = FormatTranscriptLine(Elapsed(), command, transmission.datagrams);
         if (!quiet) {
             std::cout << line << std::endl;
         }
-        if (record->is_open()) {
-            *record << line << std::endl;
+        if (record.is_open()) {
+            record << line << std::endl;
         }
         return transmission;
     };
+}
+
+void OpenRecord(std::ofstream& record, const std::string& name) {
+    record.open(name, std::ios::binary);
+    if (!record) {
+        throw TranscriptError(name + ": cannot be written");
+    }
 }
 
 int Run(const Options& options) {
@@ -125,9 +128,16 @@ int Run(const Options& options) {
         return kExitDone;
     }
     const CommandHandler handler = options.replay.empty() ? ScenarioHandler(options) : ReplayHandler(options);
-    std::cout << "answering on 127.0.0.1:" << options.port << " as "
-              << (options.replay.empty() ? options.scenario : options.replay) << std::endl;
-    Serve(options.port, Recorded(handler, options), stop);
+    std::ofstream record;
+    const auto onReady = [&] {
+        // Not before the port is ours: a running emulator may be writing the same record.
+        if (!options.record.empty()) {
+            OpenRecord(record, options.record);
+        }
+        std::cout << "answering on 127.0.0.1:" << options.port << " as "
+                  << (options.replay.empty() ? options.scenario : options.replay) << std::endl;
+    };
+    Serve(options.port, Recorded(handler, options.quiet, record), onReady, stop);
     return kExitDone;
 }
 
@@ -148,15 +158,26 @@ void TakeServerWords(Options& options) {
     }
 }
 
+/// A file's name that an installed copy finds from its own folder too.
+std::string FromAnywhere(const std::string& name) { return std::filesystem::absolute(name).generic_string(); }
+
+std::string ScenarioFromAnywhere(const std::string& name) {
+    return std::filesystem::exists(name) && !ReadyScenarios().contains(name) ? FromAnywhere(name) : name;
+}
+
 void AddOptions(CLI::App& app, Options& options) {
-    app.add_option("--scenario", options.scenario, "A ready-made scenario, or a scenario file")->capture_default_str();
+    app.add_option("--scenario", options.scenario, "A ready-made scenario, or a scenario file")
+        ->transform(ScenarioFromAnywhere)
+        ->capture_default_str();
     app.add_option("--port", options.port, "UDP port on 127.0.0.1")->check(CLI::Range(1, 65535))->capture_default_str();
     app.add_option("--speed", options.speed, "How much faster the incubator's time runs")->check(CLI::PositiveNumber);
     app.add_option("--seed", options.seed, "Start of the random numbers; the same one repeats a run");
     app.add_option("--for", options.forSeconds, "Ends after this many seconds");
     app.add_option("--fault", options.faults, "\"PATTERN; TRIGGER; EFFECT\", may be repeated")->take_all();
-    app.add_option("--record", options.record, "Writes every exchange to this file");
-    app.add_option("--replay", options.replay, "Answers from such a file")->check(CLI::ExistingFile);
+    app.add_option("--record", options.record, "Writes every exchange to this file")->transform(FromAnywhere);
+    app.add_option("--replay", options.replay, "Answers from such a file")
+        ->check(CLI::ExistingFile)
+        ->transform(FromAnywhere);
     app.add_flag("--quiet", options.quiet, "Shows no exchanges");
     app.add_option("server", options.serverWords, "The words with which clients start their server: server port=60000");
 }

@@ -110,7 +110,8 @@ bool AskForRoom(int port) {
 
 }  // namespace
 
-void Serve(int port, const CommandHandler& handler, const std::function<bool()>& stop) {
+void Serve(int port, const CommandHandler& handler, const std::function<void()>& onReady,
+           const std::function<bool()>& stop) {
     const SocketsInUse sockets;
     const Socket socket;
     if (!Bind(socket, port)) {
@@ -123,6 +124,7 @@ void Serve(int port, const CommandHandler& handler, const std::function<bool()>&
             FailInUse(port);
         }
     }
+    onReady();
     while (!stop()) {
         const auto received = ReceiveFrom(socket);
         if (!received) {
