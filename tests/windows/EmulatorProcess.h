@@ -5,6 +5,10 @@
 #include <tlhelp32.h>
 // clang-format on
 
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
 /// Runs the emulator beside this program with some options, until it ends by itself. Gives its exit code.
 inline DWORD RunEmulator(const std::wstring& options) {
     std::wstring command = L"\"" + ProgramFolder() + L"oko-control-emulator.exe\" " + options;
@@ -26,39 +30,48 @@ inline DWORD RunEmulator(const std::wstring& options) {
 class EmulatorProcess {
  public:
     explicit EmulatorProcess(const std::wstring& options) {
-        // It ends by itself should the test never come to its end.
-        std::wstring command = L"\"" + ProgramFolder() + L"oko-control-emulator.exe\" --quiet --for 100 " + options;
+        SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+        const HANDLE output = CreateFileW(OutputFile().c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                          &inherited, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
         STARTUPINFOW startup{};
         startup.cb = sizeof startup;
-        EXPECT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                                   &m_process));
-        EXPECT_TRUE(WaitUntil([] { return IsPortHeld(); }));
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdOutput = output;
+        startup.hStdError = output;
+        // It ends by itself should the test never come to its end.
+        std::wstring command = L"\"" + ProgramFolder() + L"oko-control-emulator.exe\" --quiet --for 100 " + options;
+        EXPECT_TRUE(
+            CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &m_process));
+        CloseHandle(output);
+        WaitUntil([this] { return HasThePort() || HasEnded(); });
+        EXPECT_TRUE(HasThePort()) << Output();
     }
     ~EmulatorProcess() {
         TerminateProcess(m_process.hProcess, 0);
         WaitForSingleObject(m_process.hProcess, 10'000);
         CloseHandle(m_process.hThread);
         CloseHandle(m_process.hProcess);
+        DeleteFileW(OutputFile().c_str());
     }
     EmulatorProcess(const EmulatorProcess&) = delete;
     EmulatorProcess& operator=(const EmulatorProcess&) = delete;
 
-    /// Whether somebody has port 60000.
-    static bool IsPortHeld() {
-        WSADATA data{};
-        WSAStartup(MAKEWORD(2, 2), &data);
-        const SOCKET probe = socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(60000);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        const bool held = bind(probe, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0;
-        closesocket(probe);
-        WSACleanup();
-        return held;
+ private:
+    static std::wstring OutputFile() { return ProgramFolder() + L"emulator output.txt"; }
+
+    static std::string Output() {
+        std::ifstream file{std::filesystem::path(OutputFile())};
+        return {std::istreambuf_iterator<char>(file), {}};
     }
 
- private:
+    /// By what it says: a test that tried the port itself could be in its way.
+    static bool HasThePort() {
+        const std::string output = Output();
+        return output.find("answering on ") != std::string::npos || output.find("holding port ") != std::string::npos;
+    }
+
+    bool HasEnded() const { return WaitForSingleObject(m_process.hProcess, 0) == WAIT_OBJECT_0; }
+
     PROCESS_INFORMATION m_process{};
 };
 

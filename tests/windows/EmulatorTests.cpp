@@ -114,7 +114,7 @@ TEST(EmulatorTests, Target_ReachesTheServerAndItsValueArrives) {
     EXPECT_EQ(value, 41.5);
     EXPECT_TRUE(WaitUntil([&] {
         double current = 0.0;
-        return channel.GetCurrentTemperature(&current) == 0 && std::abs(current - 41.5) < 0.3;
+        return channel.GetCurrentTemperature(&current) == 0 && std::abs(current - 41.5) < 0.1;
     }));
     std::uint32_t state = 0;
     channel.GetTemperatureState(&state);

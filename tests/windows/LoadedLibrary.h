@@ -83,10 +83,9 @@ struct HostRecord {
 
 /// Polls until `condition` holds; false when it does not within a generous time.
 template <class Condition>
-bool WaitUntil(Condition condition) {
-    constexpr int kPolls = 600;
-    constexpr DWORD kPollMs = 50;
-    for (int i = 0; i < kPolls; ++i) {
+bool WaitUntil(Condition condition, int polls = 3000) {
+    constexpr DWORD kPollMs = 10;
+    for (int i = 0; i < polls; ++i) {
         if (condition()) {
             return true;
         }

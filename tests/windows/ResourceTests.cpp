@@ -5,6 +5,7 @@
 
 #include "DialogTemplate.h"
 #include "DialogTexts.h"
+#include "TextMargin.h"
 
 namespace {
 
@@ -220,24 +221,6 @@ class TextMeasure {
     int m_baseX = 0;
 };
 
-/// What a control needs beside its text.
-int Margin(const TemplateControl& control) {
-    if (control.windowClass != L"Button") {
-        return 0;
-    }
-    constexpr int kCheckBox = 18;
-    constexpr int kPushButton = 2;  // its frame; the German search button has no more room
-    constexpr int kGroupBox = 16;
-    switch (control.style & 0xFU) {
-        case BS_AUTOCHECKBOX:
-            return kCheckBox;
-        case BS_GROUPBOX:
-            return kGroupBox;
-        default:
-            return kPushButton;
-    }
-}
-
 TEST_F(ResourceTests, EveryText_FitsItsControl) {
     for (const DialogTexts& texts : kDialogTexts) {
         for (const wchar_t* const name :
@@ -246,7 +229,7 @@ TEST_F(ResourceTests, EveryText_FitsItsControl) {
             const TextMeasure measure(dialog);
             for (const TemplateControl& control : dialog.controls) {
                 const std::wstring firstLine = control.text.substr(0, control.text.find(L'\n'));
-                const int needed = measure.Width(firstLine) + Margin(control);
+                const int needed = measure.Width(firstLine) + TextMargin(control.windowClass, control.style);
                 EXPECT_LE(needed, measure.Pixels(control.place.right - control.place.left))
                     << "language " << texts.language << " id " << control.id << " width in units "
                     << control.place.right - control.place.left;

@@ -1,13 +1,13 @@
 // The library finds the installed server in the real registry and on the real disk and starts it through the real
 // shell.
 
-#include <filesystem>
+#include <optional>
 
-#include "EmulatorProcess.h"
+#include "InstalledEmulator.h"
 
 namespace {
 
-constexpr const wchar_t* kProgram = L"OKO-Control Emulator.exe";
+constexpr const wchar_t* kProgram = InstalledEmulator::kProgram;
 constexpr const wchar_t* kList32 = L"SOFTWARE\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall";
 constexpr const wchar_t* kEntry = L"\\OKO-Control Emulator";
 
@@ -18,20 +18,13 @@ class ServerLaunchTests : public testing::Test {
         RunEmulator(L"--uninstall");
     }
     ~ServerLaunchTests() override {
-        EndProcesses(kProgram);
-        RunEmulator(L"--uninstall");
+        m_installed.reset();
         RegDeleteTreeW(HKEY_LOCAL_MACHINE, kList32);
-        std::error_code ignored;
-        std::filesystem::remove_all(Folder(), ignored);
     }
 
-    static std::filesystem::path Folder() { return ProgramFolder() + L"installed server"; }
+    static std::filesystem::path Folder() { return InstalledEmulator::Folder(); }
 
-    static void Install(const std::wstring& options) {
-        EXPECT_EQ(
-            RunEmulator(L"--install \"" + Folder().wstring() + L"\" --quiet --for 60 --scenario product-9 " + options),
-            0U);
-    }
+    void Install(const std::wstring& options) { m_installed.emplace(L"--scenario product-9 " + options); }
 
     /// Init of the real device while a placeholder stands for the silent port.
     std::int32_t InitWithPlaceholder() {
@@ -51,6 +44,7 @@ class ServerLaunchTests : public testing::Test {
     }
 
     LoadedLibrary m_library;
+    std::optional<InstalledEmulator> m_installed;
 };
 
 TEST_F(ServerLaunchTests, InstalledServer_IsStartedAndTheDeviceComesUp) {

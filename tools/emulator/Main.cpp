@@ -123,8 +123,10 @@ void OpenRecord(std::ofstream& record, const std::string& name) {
 int Run(const Options& options) {
     const auto stop = [&options] { return ShallStop(options); };
     if (options.placeholder) {
-        std::cout << "holding port " << options.port << " until an emulator starts" << std::endl;
-        HoldPort(options.port, stop);
+        const auto onHeld = [&options] {
+            std::cout << "holding port " << options.port << " until an emulator starts" << std::endl;
+        };
+        HoldPort(options.port, onHeld, stop);
         return kExitDone;
     }
     const CommandHandler handler = options.replay.empty() ? ScenarioHandler(options) : ReplayHandler(options);

@@ -138,13 +138,14 @@ void Serve(int port, const CommandHandler& handler, const std::function<void()>&
     }
 }
 
-void HoldPort(int port, const std::function<bool()>& stop) {
+void HoldPort(int port, const std::function<void()>& onReady, const std::function<bool()>& stop) {
     const SocketsInUse sockets;
     const Socket socket;
     ShareAddress(socket);
     if (!Bind(socket, port)) {
         FailInUse(port);
     }
+    onReady();
     while (!stop()) {
         const auto received = ReceiveFrom(socket);
         if (!received) {

@@ -22,6 +22,6 @@ void Serve(int port, const CommandHandler& handler, const std::function<void()>&
            const std::function<bool()>& stop);
 
 /// Holds a port until the real emulator starts: answers every command with an empty datagram, which says "no answer".
-/// Where a system does not report that nobody listens (Wine does not), a client would else wait for ever. Throws
-/// PortError.
-void HoldPort(int port, const std::function<bool()>& stop);
+/// Where a system does not report that nobody listens (Wine does not), a client would else wait for ever. Calls
+/// `onReady` when it has the port. Throws PortError.
+void HoldPort(int port, const std::function<void()>& onReady, const std::function<bool()>& stop);

@@ -1,0 +1,181 @@
+// "Find and Connect" with its progress windows, and the connection sequence that follows.
+
+#include <algorithm>
+#include <fstream>
+
+#include "DialogTest.h"
+#include "ProgressRecorder.h"
+#include "windows/InstalledEmulator.h"
+
+namespace {
+
+constexpr int kFindAndConnect = 1019;
+
+/// Eleven products: 1 at first, then the part of them that is done.
+const std::vector<int> kSearchPercents{1, 9, 18, 27, 36, 45, 55, 64, 73, 82, 91};
+
+void FindAndConnect(const OpenDialog& dialog) { dialog.Click(kFindAndConnect); }
+
+/// The commands of a record that the emulator wrote.
+std::vector<std::string> RecordedCommands(const std::wstring& file) {
+    std::vector<std::string> commands;
+    std::ifstream stream{std::filesystem::path(file)};
+    std::string line;
+    while (std::getline(stream, line)) {
+        const std::size_t begin = line.find('\t') + 1;
+        commands.push_back(line.substr(begin, line.find('\t', begin) - begin));
+    }
+    return commands;
+}
+
+/// Closes a device before its server goes, whatever happens: nobody would answer it.
+class CloseAtEnd {
+ public:
+    explicit CloseAtEnd(CDevApiInterface& device) : m_device(device) {}
+    ~CloseAtEnd() { m_device.Close(); }
+    CloseAtEnd(const CloseAtEnd&) = delete;
+    CloseAtEnd& operator=(const CloseAtEnd&) = delete;
+
+ private:
+    CDevApiInterface& m_device;
+};
+
+/// Against the emulator.
+class FindAndConnectTests : public DialogTest {
+ protected:
+    // The emulator that holds them open is a local of the test, and gone by now.
+    ~FindAndConnectTests() override {
+        std::filesystem::remove(scenario);
+        std::filesystem::remove(record);
+    }
+
+    const std::wstring scenario = ProgramFolder() + L"slow search.json";
+    const std::wstring record = ProgramFolder() + L"slow search.txt";
+};
+
+TEST_F(FindAndConnectTests, SlowSearch_IsPolledShownAndLedOnToTheRunningDevice) {
+    // Products 9 and 12 take their time; the others are not there, which is known sooner.
+    std::ofstream(std::filesystem::path(scenario)) << R"({"name": "slow", "comPort": 5, "products": [
+        {"number": 9, "findMs": 3000, "devices": [{"number": 0}], "parameters": [{"number": 107, "follows": 0}]},
+        {"number": 12, "findMs": 2500, "devices": [{"number": 0}, {"number": 1}]}]})";
+    const EmulatorProcess emulator(L"--scenario \"" + scenario + L"\" --record \"" + record + L"\"");
+    const CloseAtEnd close(Device());
+    const ProgressRecorder progress;
+    SetText(L"m_iComPort 3");
+    EXPECT_EQ(ShowConnection(FindAndConnect), oko::kSuccess);
+    EXPECT_STREQ(text.data(), L"m_iComPort 5");  // the server knows the port better
+    EXPECT_NE(GetCursor(), LoadCursorW(nullptr, IDC_WAIT));
+
+    EXPECT_EQ(progress.Percents(L"Find Connection"), kSearchPercents);
+    EXPECT_EQ(progress.Percents(L"Connecting"), std::vector<int>{1});
+    EXPECT_EQ(progress.Windows(), 2U);
+    EXPECT_EQ(progress.OpenWindows(), 1U);
+    for (const ProgressShown& shown : progress.Shown()) {
+        EXPECT_EQ(shown.text, std::to_wstring(shown.percent) + L" %");
+        EXPECT_EQ(shown.position, shown.percent);
+        EXPECT_TRUE(shown.waitCursor);
+    }
+
+    std::vector<std::string> commands = RecordedCommands(record);
+    std::vector<std::string> expected{"listprod"};
+    for (int product = 7; product <= 17; ++product) {
+        expected.push_back("mode " + std::to_string(product) + " 0");
+    }
+    for (int product = 7; product <= 17; ++product) {
+        expected.push_back("find " + std::to_string(product));
+        expected.emplace_back("findstat");
+        const auto found = std::ranges::find(commands, expected[expected.size() - 2]);
+        ASSERT_NE(found, commands.end());
+        const auto polls = std::find_if(found + 1, commands.end(), [](const auto& c) { return c != "findstat"; });
+        EXPECT_GE(polls - found - 1, product == 9 || product == 12 ? 2 : 1);
+        commands.erase(found + 2, polls);  // the further polls
+    }
+    expected.insert(expected.end(),
+                    {"listconprod", "comport 9 0", "listdev 9", "bl-param-list 9", "listdev 12", "bl-param-list 12"});
+    EXPECT_EQ(commands, expected);
+
+    // The host goes on as always; the window stays until the settings are applied.
+    Device().ApplyConnection(text.data());
+    EXPECT_EQ(Device().Init(HostRecord::Callback, nullptr), oko::kSuccess);
+    EXPECT_EQ(progress.OpenWindows(), 1U);
+    EXPECT_EQ(Device().ApplyConfiguration(L""), oko::kSuccess);
+    EXPECT_EQ(progress.Percents(L"Connecting"), (std::vector<int>{1, 5, 15, 17, 25, 30, 40, 52, 70, 75, 83, 89}));
+    EXPECT_EQ(progress.OpenWindows(), 0U);
+    EXPECT_EQ(Device().GetTemperatureCount(), 2);
+    EXPECT_EQ(Device().GetGasConcentrationCount(), 2);
+}
+
+TEST_F(FindAndConnectTests, InstalledServer_IsStartedForTheSearch) {
+    const InstalledEmulator installed(L"--scenario product-9");
+    const EmulatorProcess placeholder(L"--placeholder");
+    const CloseAtEnd close(Device());
+    const ProgressRecorder progress;
+    Device().ApplyConnection(L"m_iComPort 3");
+    SetText(L"m_iComPort 3");
+    EXPECT_EQ(ShowConnection(FindAndConnect), oko::kSuccess);
+    EXPECT_EQ(progress.Percents(L"Find Connection"), kSearchPercents);
+    EXPECT_EQ(progress.Percents(L"Connecting"), std::vector<int>{1});
+    Device().Close();
+    EXPECT_EQ(EndProcesses(InstalledEmulator::kProgram), 1);
+}
+
+/// Against a server of the test's own.
+class FindAndConnectServerTests : public IncubatorDialogTest {
+ protected:
+    /// Presses Find and Connect and answers the box that comes of it; gives its text.
+    std::wstring BoxOf(const wchar_t* caption) {
+        std::wstring shown;
+        EXPECT_EQ(ShowConnection([&](const OpenDialog& dialog) {
+                      const DWORD threadId = dialog.ThreadId();
+                      PostMessageW(dialog.Window(), WM_COMMAND, kFindAndConnect, 0);
+                      const auto box = AwaitDialog(threadId, caption);
+                      ASSERT_TRUE(box);
+                      constexpr int kBoxText = 0xFFFF;
+                      shown = box->Text(kBoxText);
+                      EXPECT_EQ(GetWindow(box->Window(), GW_OWNER), nullptr);
+                      box->Click(IDOK);
+                  }),
+                  oko::kSuccess);
+        return shown;
+    }
+};
+
+TEST_F(FindAndConnectServerTests, DeviceThatRunsAlready_IsNotConnectedAgain) {
+    server.Answer("findstat", "-1");
+    Start({9});
+    const ProgressRecorder progress;
+    SetText(L"m_iComPort 3");
+    EXPECT_EQ(ShowConnection(FindAndConnect), oko::kSuccess);
+    EXPECT_EQ(progress.Percents(L"Find Connection"), kSearchPercents);
+    EXPECT_EQ(progress.Windows(), 1U);
+    EXPECT_EQ(progress.OpenWindows(), 0U);
+}
+
+TEST_F(FindAndConnectServerTests, ServerThatIsNowhere_IsSaidOnceAndThePortKept) {
+    server.AnswerAll("");
+    const ProgressRecorder progress;
+    SetText(L"m_iComPort 4");
+    EXPECT_EQ(BoxOf(L"OKO-Control server error."), L"No Answer from server.");
+    EXPECT_STREQ(text.data(), L"m_iComPort 4");
+    EXPECT_EQ(progress.Windows(), 0U);
+    EXPECT_EQ(server.NewCommands(), std::vector<std::string>{"listprod"});
+
+    EXPECT_EQ(ShowConnection(FindAndConnect), oko::kSuccess);  // no box
+    EXPECT_STREQ(text.data(), L"m_iComPort 4");
+    EXPECT_EQ(server.NewCommands(), std::vector<std::string>{"listprod"});
+
+    Device().Close();
+    EXPECT_EQ(BoxOf(L"OKO-Control server error."), L"No Answer from server.");
+}
+
+TEST_F(FindAndConnectServerTests, ServerThatRefuses_IsSaidAndThePortKept) {
+    server.AnswerAll("3_listprod_\r");
+    const ProgressRecorder progress;
+    SetText(L"m_iComPort 4");
+    EXPECT_EQ(BoxOf(L"OC Status error."),
+              L"There is a problem with the Product the current command refers to. The command will not be executed.");
+    EXPECT_STREQ(text.data(), L"m_iComPort 4");
+    EXPECT_EQ(progress.Windows(), 0U);
+}
+
+}  // namespace

@@ -1,0 +1,163 @@
+// Every dialog as the system shows it in one language, that of OKO_LANGUAGE: which template comes, and whether its
+// texts fit.
+
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+
+#include "DialogTest.h"
+#include "windows/DialogTexts.h"
+#include "windows/TextMargin.h"
+
+namespace {
+
+/// The texts of the language that this process runs in; English where none is named.
+const DialogTexts& Texts() {
+    static const std::map<std::string, int> languages{
+        {"cs_CZ", 1029}, {"de_DE", 1031}, {"en_US", 1033}, {"fr_FR", 1036}, {"it_IT", 1040}, {"ja_JP", 1041},
+        {"pl_PL", 1045}, {"ru_RU", 1049}, {"id_ID", 1057}, {"zh_CN", 2052}, {"es_ES", 3082}};
+    const char* const named = std::getenv("OKO_LANGUAGE");
+    const int language = languages.at(named != nullptr && *named != '\0' ? named : "en_US");
+    return *std::ranges::find(kDialogTexts, language, &DialogTexts::language);
+}
+
+/// A visible control on the screen.
+struct Seen {
+    int id;
+    std::wstring windowClass;
+    std::wstring text;
+    DWORD style;
+    RECT place;  // in the dialog's client area
+    HWND window;
+
+    bool IsGroupBox() const { return windowClass == L"Button" && (style & BS_TYPEMASK) == BS_GROUPBOX; }
+};
+
+std::vector<Seen> VisibleControls(const OpenDialog& dialog) {
+    std::vector<Seen> controls;
+    for (HWND window = GetWindow(dialog.Window(), GW_CHILD); window != nullptr;
+         window = GetWindow(window, GW_HWNDNEXT)) {
+        const auto style = static_cast<DWORD>(GetWindowLongPtrW(window, GWL_STYLE));
+        if ((style & WS_VISIBLE) == 0) {
+            continue;
+        }
+        std::array<wchar_t, 64> name{};
+        std::array<wchar_t, 256> text{};
+        GetClassNameW(window, name.data(), static_cast<int>(name.size()));
+        SendMessageW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()));
+        RECT place{};
+        GetWindowRect(window, &place);
+        MapWindowPoints(nullptr, dialog.Window(), reinterpret_cast<POINT*>(&place), 2);
+        controls.push_back({GetDlgCtrlID(window), name.data(), text.data(), style, place, window});
+    }
+    return controls;
+}
+
+/// The width of a text in a window's own font.
+int TextWidth(HWND window, const std::wstring& text) {
+    const HDC dc = GetDC(window);
+    const HGDIOBJ before = SelectObject(dc, reinterpret_cast<HGDIOBJ>(SendMessageW(window, WM_GETFONT, 0, 0)));
+    SIZE size{};
+    GetTextExtentPoint32W(dc, text.c_str(), static_cast<int>(text.size()), &size);
+    SelectObject(dc, before);
+    ReleaseDC(window, dc);
+    return static_cast<int>(size.cx);
+}
+
+/// Nothing is cut off, misplaced or laid over something else.
+void ExpectWellLaidOut(const OpenDialog& dialog) {
+    const std::vector<Seen> controls = VisibleControls(dialog);
+    RECT client{};
+    GetClientRect(dialog.Window(), &client);
+    for (std::size_t i = 0; i < controls.size(); ++i) {
+        const Seen& control = controls[i];
+        SCOPED_TRACE(testing::Message() << "language " << Texts().language << " id " << control.id);
+        EXPECT_TRUE(control.place.left >= 0 && control.place.top >= 0 && control.place.right <= client.right &&
+                    control.place.bottom <= client.bottom);
+        if (control.windowClass != L"Edit" && control.windowClass != L"ComboBox") {
+            const int room = static_cast<int>(control.place.right - control.place.left);
+            EXPECT_LE(TextWidth(control.window, control.text) + TextMargin(control.windowClass, control.style), room);
+        }
+        for (std::size_t k = 0; k < i; ++k) {
+            RECT both{};
+            EXPECT_FALSE(!control.IsGroupBox() && !controls[k].IsGroupBox() &&
+                         IntersectRect(&both, &control.place, &controls[k].place))
+                << "over id " << controls[k].id;
+        }
+    }
+    // The caption has the window's width without its frame and its close box.
+    NONCLIENTMETRICSW metrics{};
+    metrics.cbSize = sizeof metrics;
+    SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0);
+    const HFONT font = CreateFontIndirectW(&metrics.lfCaptionFont);
+    const HDC dc = GetDC(nullptr);
+    const HGDIOBJ before = SelectObject(dc, font);
+    const std::wstring caption = dialog.Caption();
+    SIZE size{};
+    GetTextExtentPoint32W(dc, caption.c_str(), static_cast<int>(caption.size()), &size);
+    EXPECT_LE(size.cx + GetSystemMetrics(SM_CXSIZE) + 8, client.right) << "caption";
+    SelectObject(dc, before);
+    DeleteObject(font);
+    ReleaseDC(nullptr, dc);
+}
+
+class LanguageTests : public DialogTest {};
+
+TEST_F(LanguageTests, Configuration_IsInTheSystemsLanguageAndFits) {
+    CDevApiInterface& simulator = m_library.Device(oko::kSimulatorDevice);
+    ASSERT_EQ(simulator.Init(HostRecord::Callback, nullptr), oko::kSuccess);
+    WithDialog(
+        [&] { return simulator.ShowConfiguration(text.data(), static_cast<std::int32_t>(text.size()), parent.Get()); },
+        [](const OpenDialog& dialog) {
+            const auto& texts = Texts().configuration;
+            EXPECT_EQ(dialog.Caption(), texts[0]);
+            const std::map<int, const wchar_t*> byId{{IDOK, texts[1]}, {IDCANCEL, texts[2]}, {1017, texts[3]},
+                                                     {1023, texts[7]}, {1025, texts[8]},     {1024, texts[9]},
+                                                     {1028, texts[11]}};
+            for (const auto& [id, expected] : byId) {
+                EXPECT_EQ(dialog.Text(id), expected) << id;
+            }
+            ExpectWellLaidOut(dialog);
+            dialog.Click(IDCANCEL);
+        });
+    simulator.Close();
+}
+
+TEST_F(LanguageTests, Connection_IsInTheSystemsLanguageAndFits) {
+    ShowConnection([](const OpenDialog& dialog) {
+        const auto& texts = Texts().connection;
+        EXPECT_EQ(dialog.Caption(), texts[0]);
+        EXPECT_EQ(dialog.Text(IDOK), texts[1]);
+        EXPECT_EQ(dialog.Text(1019), texts[3]);
+        ExpectWellLaidOut(dialog);
+        dialog.PressCloseBox();
+    });
+}
+
+TEST_F(LanguageTests, Panel_IsInTheSystemsLanguageAndFits) {
+    const OpenDialog panel(static_cast<HWND>(Device().CreateValuePanel(parent.Get(), nullptr)));
+    ShowWindow(panel.Window(), SW_SHOW);
+    const auto& texts = Texts().panel;
+    EXPECT_EQ(panel.Text(1002), texts[0]);
+    EXPECT_EQ(panel.Text(1003), texts[1]);
+    ExpectWellLaidOut(panel);
+    DestroyWindow(panel.Window());
+}
+
+/// Opened from the library's resources: the library itself opens it only for a search.
+TEST_F(LanguageTests, Progress_IsInTheSystemsLanguageAndFits) {
+    const OpenDialog window(CreateDialogParamW(
+        GetModuleHandleW(L"OkoLabBoldLine.dll"), L"IDD_PROGRESS", parent.Get(),
+        [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; }, 0));
+    ASSERT_NE(window.Window(), nullptr);
+    ShowWindow(window.Window(), SW_SHOW);
+    EXPECT_EQ(window.Caption(), Texts().progress[0]);
+    EXPECT_EQ(window.Text(1021), Texts().progress[1]);
+    for (const wchar_t* const shown : {Texts().progress[1], L"100 %"}) {
+        SetDlgItemTextW(window.Window(), 1021, shown);
+        ExpectWellLaidOut(window);
+    }
+    DestroyWindow(window.Window());
+}
+
+}  // namespace

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <set>
+
+#include "windows/LoadedLibrary.h"
+
+/// What a progress window showed after one progress message.
+struct ProgressShown {
+    std::wstring caption;
+    int percent;
+    std::wstring text;  // beside the bar
+    int position;       // of the bar
+    bool waitCursor;
+};
+
+/// Watches this thread's progress windows while the object lives; one at a time. The thread takes no messages during a
+/// search, so nobody else could ask the windows.
+class ProgressRecorder {
+ public:
+    ProgressRecorder() : m_hHook(SetWindowsHookExW(WH_CALLWNDPROCRET, Note, nullptr, GetCurrentThreadId())) {
+        Current() = this;
+    }
+    ~ProgressRecorder() {
+        UnhookWindowsHookEx(m_hHook);
+        Current() = nullptr;
+    }
+    ProgressRecorder(const ProgressRecorder&) = delete;
+    ProgressRecorder& operator=(const ProgressRecorder&) = delete;
+
+    const std::vector<ProgressShown>& Shown() const { return m_shown; }
+
+    /// The percentages that a window with this caption showed.
+    std::vector<int> Percents(std::wstring_view caption) const {
+        std::vector<int> percents;
+        for (const ProgressShown& shown : m_shown) {
+            if (shown.caption == caption) {
+                percents.push_back(shown.percent);
+            }
+        }
+        return percents;
+    }
+
+    /// How many progress windows there were, and how many of them are still open.
+    std::size_t Windows() const { return m_windows.size(); }
+    std::size_t OpenWindows() const {
+        std::size_t open = 0;
+        for (const HWND window : m_windows) {
+            open += IsWindow(window) ? 1U : 0U;
+        }
+        return open;
+    }
+
+ private:
+    static ProgressRecorder*& Current() {
+        static ProgressRecorder* recorder = nullptr;
+        return recorder;
+    }
+
+    static LRESULT CALLBACK Note(int code, WPARAM wParam, LPARAM lParam) {
+        constexpr UINT kProgressMessage = WM_USER + 32;
+        const auto& message = *reinterpret_cast<const CWPRETSTRUCT*>(lParam);
+        // The bar's own messages are numbered from WM_USER too.
+        if (code == HC_ACTION && message.message == kProgressMessage &&
+            GetDlgItem(message.hwnd, kProgressBar) != nullptr) {
+            Current()->Add(message.hwnd, static_cast<int>(message.wParam));
+        }
+        return CallNextHookEx(nullptr, code, wParam, lParam);
+    }
+
+    void Add(HWND window, int percent) {
+        constexpr UINT kGetPosition = WM_USER + 8;  // PBM_GETPOS
+        m_windows.insert(window);
+        EXPECT_TRUE(IsWindowVisible(window));
+        std::array<wchar_t, 64> caption{};
+        std::array<wchar_t, 64> text{};
+        GetWindowTextW(window, caption.data(), static_cast<int>(caption.size()));
+        GetDlgItemTextW(window, kProgressText, text.data(), static_cast<int>(text.size()));
+        m_shown.push_back({caption.data(), percent, text.data(),
+                           static_cast<int>(SendDlgItemMessageW(window, kProgressBar, kGetPosition, 0, 0)),
+                           GetCursor() == LoadCursorW(nullptr, IDC_WAIT)});
+    }
+
+    static constexpr int kProgressBar = 1020;
+    static constexpr int kProgressText = 1021;
+
+    HHOOK m_hHook;
+    std::vector<ProgressShown> m_shown;
+    std::set<HWND> m_windows;
+};

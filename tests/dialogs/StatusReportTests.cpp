@@ -1,0 +1,220 @@
+// The status report inside the configuration dialog: its lines, its columns and how the dialog grows for them.
+
+#include <algorithm>
+
+#include "DialogTest.h"
+
+namespace {
+
+constexpr int kGroup = 1023;
+constexpr std::array<int, 3> kColumns{1025, 1026, 1027};
+constexpr int kShowStatus = 1028;
+
+/// The parameters of all the report's rows.
+const std::string kAllParameters =
+    "13 14 15 18 19 20 23 24 25 28 29 30 31 32 33 34 35 58 59 60 61 62 64 65 66 67 68 73 83 85 97 98 103 104 105 106 "
+    "115 116 117 118 128 129 130 138 150 151 153 184 185 186 190 192 214 215 233 237 238 362 363 364 365 366 367";
+
+int Height(const RECT& rect) { return static_cast<int>(rect.bottom - rect.top); }
+int Width(const RECT& rect) { return static_cast<int>(rect.right - rect.left); }
+
+/// Everything of the dialog that the report moves.
+struct Geometry {
+    explicit Geometry(const OpenDialog& dialog)
+        : window(dialog.ScreenPlace()),
+          group(dialog.Place(kGroup)),
+          ok(dialog.Place(IDOK)),
+          cancel(dialog.Place(IDCANCEL)),
+          showStatus(dialog.Place(kShowStatus)) {
+        std::ranges::transform(kColumns, columns.begin(), [&](int id) { return dialog.Place(id); });
+    }
+
+    RECT window, group, ok, cancel, showStatus;
+    std::array<RECT, 3> columns;
+};
+
+void ExpectMovedDown(const RECT& before, const RECT& after, int distance) {
+    EXPECT_EQ(after.left, before.left);
+    EXPECT_EQ(after.top, before.top + distance);
+    EXPECT_EQ(Width(after), Width(before));
+    EXPECT_EQ(Height(after), Height(before));
+}
+
+void ExpectGrown(const RECT& before, const RECT& after, int growth) {
+    EXPECT_EQ(after.left, before.left);
+    EXPECT_EQ(after.top, before.top);
+    EXPECT_EQ(Width(after), Width(before));
+    EXPECT_EQ(Height(after), Height(before) + growth);
+}
+
+/// The dialog before and after the report, and the report's text.
+struct Shown {
+    std::optional<Geometry> before, after;
+    std::vector<std::wstring> columns;  // the visible ones
+    bool groupShown = false;
+    bool buttonShown = true;
+
+    int Rows() const {
+        int rows = 0;
+        for (const std::wstring& column : columns) {
+            rows += static_cast<int>(std::ranges::count(column, L'\n'));
+        }
+        return rows;
+    }
+
+    /// The line feeds before the one that ends a column.
+    int LinesBefore(std::size_t column) const {
+        return static_cast<int>(std::ranges::count(columns[column], L'\n')) - 1;
+    }
+
+    int LineHeight() const { return Height(before->columns[0]) / 2 + 1; }
+    int Growth() const { return LineHeight() * Rows() - Height(before->columns[0]); }
+};
+
+class StatusReportTests : public IncubatorDialogTest {
+ protected:
+    Shown ShowStatus(const std::vector<int>& products, const std::string& parameters = kAllParameters) {
+        Start(products, parameters);
+        Shown shown;
+        EXPECT_EQ(ShowConfiguration([&](const OpenDialog& dialog) {
+                      shown.before.emplace(dialog);
+                      dialog.Click(kShowStatus);
+                      shown.after.emplace(dialog);
+                      for (const int id : kColumns) {
+                          if (dialog.IsShown(id)) {
+                              shown.columns.push_back(dialog.Text(id));
+                          }
+                      }
+                      shown.groupShown = dialog.IsShown(kGroup);
+                      shown.buttonShown = dialog.IsShown(kShowStatus);
+                      dialog.Click(IDCANCEL);
+                  }),
+                  oko::kFailure);
+        return shown;
+    }
+
+    /// What every report does to the dialog, however many columns it has.
+    static void ExpectDialogGrown(const Shown& shown) {
+        const int growth = shown.Growth();
+        ExpectGrown(shown.before->window, shown.after->window, growth);
+        ExpectGrown(shown.before->group, shown.after->group, growth);
+        ExpectMovedDown(shown.before->ok, shown.after->ok, growth);
+        ExpectMovedDown(shown.before->cancel, shown.after->cancel, growth);
+        ExpectMovedDown(shown.before->showStatus, shown.after->showStatus, growth);
+        EXPECT_TRUE(shown.groupShown);
+        EXPECT_FALSE(shown.buttonShown);
+    }
+
+    /// The columns stand below each other, at the first one's left edge and as wide as it was.
+    static void ExpectStacked(const Shown& shown, const std::vector<int>& heights) {
+        const RECT& template_ = shown.before->columns[0];
+        long top = template_.top;
+        for (std::size_t i = 0; i < heights.size(); ++i) {
+            SCOPED_TRACE(i);
+            const RECT& column = shown.after->columns[i];
+            EXPECT_EQ(column.left, template_.left);
+            EXPECT_EQ(column.top, top);
+            EXPECT_EQ(Width(column), Width(template_));
+            EXPECT_EQ(Height(column), heights[i]);
+            top = column.bottom;
+        }
+    }
+};
+
+TEST_F(StatusReportTests, OneHeater_GivesItsFourteenLinesInOrder) {
+    server.Answer("bl-param-read 8 64", "H201-K-FRAME");
+    server.Answer("bl-param-read 8 98", "1200");
+    const Shown shown = ShowStatus({8});
+    ASSERT_EQ(shown.columns.size(), 1U);
+    EXPECT_EQ(shown.columns[0],
+              L"H201 Product Code: H201-K-FRAME \n"
+              L"H201 Production Date: 1 \n"
+              L"H201 Service Date: 1 \n"
+              L"H201 Serial Number: 1 \n"
+              L"H201 Software Version: 1 \n"
+              L"H201 Time when Air Heater Relay is Active: 1 %\n"
+              L"H201 Control Mode: 1 \n"
+              L"H201 Fast Heating: 1 \n"
+              L"H201 Thermal Power of Air Heater: 1 W\n"
+              L"H201 Fan Speed: 1200 rpm\n"
+              L"H201 Status: 1 \n"
+              L"H201 Prefilter Last Time Change: 1 days\n"
+              L"H201 HEPA Filter Last Time Change: 1 days\n"
+              L"H201 Filter Replacement Alert: 1 \n");
+    EXPECT_EQ(shown.Rows(), 14);
+    ExpectDialogGrown(shown);
+    ExpectStacked(shown, {shown.LineHeight() * 14});
+}
+
+TEST_F(StatusReportTests, NoRows_ShrinksTheDialog) {
+    const Shown shown = ShowStatus({8}, "74 87 88");
+    EXPECT_EQ(shown.columns, std::vector<std::wstring>{L""});
+    EXPECT_EQ(shown.Growth(), -Height(shown.before->columns[0]));
+    ExpectDialogGrown(shown);
+    ExpectStacked(shown, {0});
+}
+
+TEST_F(StatusReportTests, ReportOfTwoColumns_IsSplitAfterItsLastCompleteLine) {
+    const Shown shown = ShowStatus({9, 12});
+    ASSERT_EQ(shown.columns.size(), 2U);
+    EXPECT_LE(shown.columns[0].size(), 1023U);
+    EXPECT_EQ(shown.columns[0].back(), L'\n');
+    const std::wstring nextLine = shown.columns[1].substr(0, shown.columns[1].find(L'\n') + 1);
+    EXPECT_GT(shown.columns[0].size() + nextLine.size(), 1023U);
+    EXPECT_EQ(shown.Rows(), 16 + 26);
+    ExpectDialogGrown(shown);
+    const int before = shown.LinesBefore(0);
+    ExpectStacked(shown, {shown.LineHeight() * before, shown.LineHeight() * (shown.Rows() - before)});
+}
+
+TEST_F(StatusReportTests, ReportOfThreeColumns_KeepsTheRestInTheThird) {
+    const Shown shown = ShowStatus({9, 12, 10, 15});
+    ASSERT_EQ(shown.columns.size(), 3U);
+    EXPECT_LE(shown.columns[0].size(), 1023U);
+    EXPECT_LE(shown.columns[1].size(), 1023U);
+    EXPECT_EQ(shown.Rows(), 16 + 26 + 23 + 10);
+    ExpectDialogGrown(shown);
+    const int first = shown.LinesBefore(0);
+    const int second = shown.LinesBefore(1);
+    ExpectStacked(shown, {shown.LineHeight() * first, shown.LineHeight() * second,
+                          shown.LineHeight() * (shown.Rows() - first - second)});
+    EXPECT_EQ(shown.columns[2].substr(shown.columns[2].find(L"H301-HM The Duty")),
+              L"H301-HM The Duty Cycle of The Total Flow Valve: 1 %\n");
+}
+
+TEST_F(StatusReportTests, ProductsWithoutRows_AddNothing) {
+    const Shown shown = ShowStatus({7, 8, 16});
+    EXPECT_EQ(shown.Rows(), 14);
+}
+
+TEST_F(StatusReportTests, ParametersThatCannotBeRead_LeaveNoLine) {
+    server.Answer("bl-param-read 8 64", "e no contact");
+    server.Answer("bl-param-read 8 98", "nan");
+    server.Answer("bl-param-read 8 128", "nan");  // a state word is shown as it is
+    const Shown shown = ShowStatus({8});
+    EXPECT_EQ(shown.Rows(), 12);
+    EXPECT_EQ(shown.columns[0].find(L"Product Code"), std::wstring::npos);
+    EXPECT_EQ(shown.columns[0].find(L"Fan Speed"), std::wstring::npos);
+    EXPECT_NE(shown.columns[0].find(L"H201 Status: nan \n"), std::wstring::npos);
+    ExpectDialogGrown(shown);
+}
+
+TEST_F(StatusReportTests, DialogOpenedAnew_IsAsItWasFirst) {
+    const Shown first = ShowStatus({8});
+    server.NewCommands();
+    EXPECT_EQ(ShowConfiguration([&](const OpenDialog& dialog) {
+                  const Geometry now(dialog);
+                  EXPECT_EQ(Height(now.window), Height(first.before->window));
+                  EXPECT_TRUE(dialog.IsShown(kShowStatus));
+                  EXPECT_FALSE(dialog.IsShown(kGroup));
+                  dialog.Click(kShowStatus);
+                  dialog.Click(IDOK);
+              }),
+              oko::kSuccess);
+    // The identity rows come from memory now: nine of the fourteen are read again.
+    EXPECT_EQ(std::ranges::count_if(server.NewCommands(),
+                                    [](const std::string& command) { return command.starts_with("bl-param-read"); }),
+              9);
+}
+
+}  // namespace

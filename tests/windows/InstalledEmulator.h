@@ -1,0 +1,25 @@
+#pragma once
+
+#include <filesystem>
+
+#include "EmulatorProcess.h"
+
+/// The emulator, entered in the machine's list of installed programs while the object lives.
+class InstalledEmulator {
+ public:
+    static constexpr const wchar_t* kProgram = L"OKO-Control Emulator.exe";
+
+    explicit InstalledEmulator(const std::wstring& options) {
+        EXPECT_EQ(RunEmulator(L"--install \"" + Folder().wstring() + L"\" --quiet --for 60 " + options), 0U);
+    }
+    ~InstalledEmulator() {
+        EndProcesses(kProgram);
+        RunEmulator(L"--uninstall");
+        std::error_code ignored;
+        std::filesystem::remove_all(Folder(), ignored);
+    }
+    InstalledEmulator(const InstalledEmulator&) = delete;
+    InstalledEmulator& operator=(const InstalledEmulator&) = delete;
+
+    static std::filesystem::path Folder() { return ProgramFolder() + L"installed server"; }
+};
