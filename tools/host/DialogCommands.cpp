@@ -6,7 +6,9 @@
 #include <array>
 #include <iostream>
 
+#include "Channels.h"
 #include "ExitCode.h"
+#include "Language.h"
 #include "Library.h"
 #include "Session.h"
 #include "SettingsFile.h"
@@ -59,6 +61,24 @@ void Keep(std::wstring& kept, const wchar_t* text) {
     kept = text;
 }
 
+void ChooseLanguage(const Library& library, const DialogOptions& options) {
+    if (!options.language.empty() && !ChooseDialogLanguage(library, options.language)) {
+        throw LanguageError("this system lets no program choose the language of its dialogs (\"" + options.language +
+                            "\"). Under Wine start it in that language: OKO_LANGUAGE=de_DE scripts/wine ...");
+    }
+}
+
+int FailInit(const DialogOptions& options) {
+    std::cerr << "oko-host: the " << options.device << " could not be initialised\n";
+    return kExitInitFailed;
+}
+
+/// The lines themselves were shown as they came.
+void PrintCallbacks() {
+    std::cout << "called back: " << Session::LogLines().size() << " log lines, " << Session::AirModeChanges()
+              << " changes of the air mode\n";
+}
+
 /// Runs messages until the host's window is closed.
 void RunMessages() {
     MSG message{};
@@ -72,29 +92,32 @@ void RunMessages() {
 
 int RunConfigure(const DialogOptions& options) {
     const Library library(options.library);
+    ChooseLanguage(library, options);
     CDevApiInterface& device = library.Device(DeviceIndex(options));
     Settings settings = ReadSettings(options.settings);
     Session session(device);
     if (!session.Open(settings)) {
-        std::cerr << "oko-host: the " << options.device << " could not be initialised\n";
-        return kExitInitFailed;
+        return FailInit(options);
     }
     const HostWindow window(L"oko-host");
     std::array<wchar_t, oko::kConfigurationTextLength> text{};
     if (device.ShowConfiguration(text.data(), static_cast<std::int32_t>(text.size()), window.Get()) != oko::kSuccess) {
         std::cout << "cancelled or refused\n";
+        PrintCallbacks();
         return kExitDone;
     }
     Keep(settings.alarms, text.data());
     WriteSettings(options.settings, settings);
-    std::cout << Session::AirModeChanges() << " change(s) of the air mode were called back\n";
+    PrintCallbacks();
     return kExitDone;
 }
 
 int RunConnect(const DialogOptions& options) {
     const Library library(options.library);
+    ChooseLanguage(library, options);
     CDevApiInterface& device = library.Device(DeviceIndex(options));
     Settings settings = ReadSettings(options.settings);
+    Session session(device);
     const HostWindow window(L"oko-host");
     std::array<wchar_t, oko::kConnectionTextLength> text{};
     std::copy_n(settings.connection.begin(), std::min(settings.connection.size(), text.size() - 1), text.begin());
@@ -105,11 +128,19 @@ int RunConnect(const DialogOptions& options) {
     }
     Keep(settings.connection, text.data());
     WriteSettings(options.settings, settings);
+
+    // The progress window that a search leaves open shows the rest of the way and closes at its end.
+    if (!session.Open(settings)) {
+        return FailInit(options);
+    }
+    std::cout << "connected: " << ListChannels(device).size() << " channels\n";
+    PrintCallbacks();
     return kExitDone;
 }
 
 int RunPanel(const DialogOptions& options) {
     const Library library(options.library);
+    ChooseLanguage(library, options);
     const HostWindow window(L"oko-host");
     const oko::WindowHandle panel = library.Device(DeviceIndex(options)).CreateValuePanel(window.Get(), nullptr);
     if (panel == nullptr) {

@@ -22,6 +22,9 @@ class Library {
 
     oko::LibQueryPhysDeviceFunction QueryPhysDevice() const noexcept { return m_queryPhysDevice; }
 
+    /// The loaded module, which holds the dialogs.
+    void* Module() const noexcept { return m_hModule; }
+
     /// The device object of `index`. Throws LibraryError when the library has none.
     CDevApiInterface& Device(std::uint32_t index) const;
 

@@ -8,6 +8,7 @@
 
 #include "DialogCommands.h"
 #include "ExitCode.h"
+#include "Language.h"
 #include "Library.h"
 #include "ListCommand.h"
 #include "MonitorCommand.h"
@@ -89,11 +90,13 @@ CLI::App* AddDialog(CLI::App& app, const char* name, const char* what, DialogOpt
     CLI::App* const command = app.add_subcommand(name, what);
     AddDevice(*command, options.device);
     command->add_option("--settings", settings, "Where the settings texts are kept")->capture_default_str();
+    command->add_option("--language", options.language, "Another language than the system's")
+        ->check(CLI::IsMember(DialogLanguages()));
     command->footer(
-        std::string("Example:\n  oko-host ") + name +
-        " --device incubator\n\n"
-        "The dialogs' language is the system's; no process can choose it for itself. Under Wine it follows\n"
-        "the environment: OKO_LANGUAGE=de_DE scripts/wine ...");
+        std::string("Examples:\n  oko-host ") + name + " --device incubator\n  oko-host " + name +
+        " --language de\n\n"
+        "Where the system lets no program choose the language of its dialogs, --language says so and opens\n"
+        "nothing. Wine is such a system: it goes by the environment, OKO_LANGUAGE=de_DE scripts/wine ...");
     return command;
 }
 
@@ -127,7 +130,10 @@ int wmain(int argc, wchar_t** argv) {
         "  oko-host connect --device incubator\n"
         "  oko-host panel --device simulator\n"
         "\n"
-        "oko-host COMMAND --help tells more.");
+        "oko-host COMMAND --help tells more.\n"
+        "\n"
+        "Exit codes: 0 done; 1 a target cannot be set; 3 the device could not be initialised; 4 no such library;\n"
+        "5 no such language here; 100 and above: the command line is wrong.");
 
     MonitorOptions monitor;
     DialogOptions dialog;
@@ -165,5 +171,8 @@ int wmain(int argc, wchar_t** argv) {
     } catch (const LibraryError& error) {
         std::cerr << "oko-host: " << error.what() << "\n";
         return kExitNoLibrary;
+    } catch (const LanguageError& error) {
+        std::cerr << "oko-host: " << error.what() << "\n";
+        return kExitNoLanguage;
     }
 }

@@ -1,0 +1,153 @@
+// oko-host opens the dialogs as an imaging application would, keeps both settings texts and says what changed.
+
+#include "OpenDialog.h"
+#include "windows/EmulatorProcess.h"
+
+namespace {
+
+/// oko-host with some arguments, started with its output into a file.
+class HostProgram {
+ public:
+    explicit HostProgram(const std::wstring& arguments) {
+        SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+        const HANDLE output = CreateFileW(OutputFile().c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited,
+                                          CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+        STARTUPINFOW startup{};
+        startup.cb = sizeof startup;
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdOutput = output;
+        startup.hStdError = output;
+        std::wstring command = L"\"" + ProgramFolder() + L"oko-host.exe\" " + arguments;
+        EXPECT_TRUE(
+            CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &m_process));
+        CloseHandle(output);
+    }
+    ~HostProgram() {
+        TerminateProcess(m_process.hProcess, 99);
+        WaitForSingleObject(m_process.hProcess, 10'000);
+        CloseHandle(m_process.hThread);
+        CloseHandle(m_process.hProcess);
+        DeleteFileW(OutputFile().c_str());
+    }
+    HostProgram(const HostProgram&) = delete;
+    HostProgram& operator=(const HostProgram&) = delete;
+
+    DWORD ThreadId() const { return m_process.dwThreadId; }
+
+    DWORD ExitCode() const {
+        EXPECT_EQ(WaitForSingleObject(m_process.hProcess, 60'000), WAIT_OBJECT_0);
+        DWORD code = 99;
+        GetExitCodeProcess(m_process.hProcess, &code);
+        return code;
+    }
+
+    /// What it wrote, once it has ended.
+    std::string Output() const {
+        std::ifstream file{std::filesystem::path(OutputFile())};
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+ private:
+    static std::wstring OutputFile() { return ProgramFolder() + L"host output.txt"; }
+
+    PROCESS_INFORMATION m_process{};
+};
+
+class HostProgramTests : public testing::Test {
+ protected:
+    ~HostProgramTests() override { std::filesystem::remove(settingsFile); }
+
+    std::wstring SettingsOption() const { return L" --settings \"" + settingsFile + L"\""; }
+
+    std::string Settings() const {
+        std::ifstream file{std::filesystem::path(settingsFile)};
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    const std::wstring settingsFile = ProgramFolder() + L"host settings.ini";
+};
+
+const std::string kRest =
+    " | dIncubatorAbove 0.200000 | dCO2Below 0.500000 | dCO2Above 0.500000 | dO2Below 0.500000 | dO2Above 0.500000 | "
+    "dHumidityBelow 1.000000 | dHumidityAbove 1.000000";
+
+TEST_F(HostProgramTests, Configure_KeepsTheAlarmSettingsAndSaysWhatChanged) {
+    const auto configure = [this](const wchar_t* below) {
+        const HostProgram host(L"configure --device simulator" + SettingsOption());
+        const auto dialog = AwaitDialog(host.ThreadId(), L"OKOLab Configuration");
+        EXPECT_TRUE(dialog);
+        dialog->Type(1009, below);
+        dialog->Click(IDOK);
+        EXPECT_EQ(host.ExitCode(), 0U);
+        return host.Output();
+    };
+    EXPECT_NE(configure(L"0.7").find("now: dIncubatorBelow 0.700000" + kRest), std::string::npos);
+    EXPECT_NE(Settings().find("alarms=dIncubatorBelow 0.700000" + kRest), std::string::npos);
+    const std::string second = configure(L"0.9");
+    EXPECT_NE(second.find("was: dIncubatorBelow 0.700000" + kRest), std::string::npos);
+    EXPECT_NE(second.find("called back: 1 log lines, 0 changes of the air mode"), std::string::npos);
+}
+
+TEST_F(HostProgramTests, ConfigureThatIsCancelled_ChangesNothing) {
+    const HostProgram host(L"configure" + SettingsOption());
+    const auto dialog = AwaitDialog(host.ThreadId(), L"OKOLab Configuration");
+    ASSERT_TRUE(dialog);
+    dialog->Click(IDCANCEL);
+    EXPECT_EQ(host.ExitCode(), 0U);
+    EXPECT_NE(host.Output().find("cancelled or refused"), std::string::npos);
+    EXPECT_EQ(Settings(), "");
+}
+
+TEST_F(HostProgramTests, Connect_KeepsThePortAndBringsTheDeviceUp) {
+    const EmulatorProcess emulator(L"--scenario product-12");
+    const HostProgram host(L"connect --device incubator" + SettingsOption());
+    const auto dialog = AwaitDialog(host.ThreadId(), L"OKO-Lab bold line Connection");
+    ASSERT_TRUE(dialog);
+    SendMessageW(dialog->Control(1018), CB_SETCURSEL, 3, 0);
+    dialog->Click(IDOK);
+    EXPECT_EQ(host.ExitCode(), 0U);
+    EXPECT_NE(host.Output().find("now: m_iComPort 4"), std::string::npos);
+    EXPECT_NE(host.Output().find("connected: 4 channels"), std::string::npos);
+    EXPECT_NE(Settings().find("connection=m_iComPort 4"), std::string::npos);
+}
+
+TEST_F(HostProgramTests, Panel_IsShownUntilItsWindowIsClosed) {
+    const HostProgram host(L"panel");
+    HWND window = nullptr;
+    ASSERT_TRUE(WaitUntil([&] {
+        window = FindWindowW(L"OkoHostWindow", nullptr);
+        return window != nullptr && FindWindowExW(window, nullptr, L"#32770", nullptr) != nullptr;
+    }));
+    EXPECT_TRUE(WaitUntil([&] { return IsWindowVisible(FindWindowExW(window, nullptr, L"#32770", nullptr)); }));
+    PostMessageW(window, WM_CLOSE, 0, 0);
+    EXPECT_EQ(host.ExitCode(), 0U);
+}
+
+TEST_F(HostProgramTests, LanguageOfTheSystem_MayBeNamed) {
+    const HostProgram host(L"configure --language en" + SettingsOption());
+    const auto dialog = AwaitDialog(host.ThreadId(), L"OKOLab Configuration");
+    ASSERT_TRUE(dialog);
+    dialog->Click(IDCANCEL);
+    EXPECT_EQ(host.ExitCode(), 0U);
+}
+
+/// Where the system takes the choice the dialog comes in it; where it does not, as under Wine, that is said.
+TEST_F(HostProgramTests, OtherLanguage_IsShownOrRefusedButNeverPretended) {
+    const HostProgram host(L"configure --language de" + SettingsOption());
+    std::optional<OpenDialog> dialog;
+    EXPECT_TRUE(WaitUntil([&] {
+        dialog = FindDialog(host.ThreadId());
+        return dialog || host.Output().find("lets no program choose the language") != std::string::npos;
+    }));
+    if (dialog) {
+        EXPECT_EQ(dialog->Caption(), L"OKOLab Konfiguration");
+        dialog->Click(IDCANCEL);
+    }
+    EXPECT_EQ(host.ExitCode(), dialog ? 0U : 5U);
+}
+
+TEST_F(HostProgramTests, UnknownLanguage_IsAMistakeOfTheCommandLine) {
+    EXPECT_GE(HostProgram(L"configure --language sv").ExitCode(), 100U);
+}
+
+}  // namespace
