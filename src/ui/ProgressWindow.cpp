@@ -21,6 +21,9 @@ void LoadProgressBarClass() noexcept {
     InitCommonControlsEx(&classes);
 }
 
+/// The thread that shows the window may take no messages for a long time: what it shows has to be drawn at once.
+void DrawNow(HWND window) noexcept { RedrawWindow(window, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN); }
+
 /// "40 %"
 void ShowPercent(HWND dialog, int percent) noexcept {
     std::array<char, 16> digits;
@@ -29,6 +32,7 @@ void ShowPercent(HWND dialog, int percent) noexcept {
     text.AppendBytes({digits.data(), static_cast<std::size_t>(length)}).Append(L" %");
     SetDlgItemTextW(dialog, IDC_PROGRESS_TEXT, text.c_str());
     SendDlgItemMessageW(dialog, IDC_PROGRESS_BAR, PBM_SETPOS, static_cast<WPARAM>(percent), 0);
+    DrawNow(dialog);
 }
 
 INT_PTR CALLBACK ProgressDlgProc(HWND dialog, UINT message, WPARAM wParam, LPARAM) noexcept {
@@ -55,5 +59,6 @@ WindowHandle OpenProgressWindow(CDevApiInterface_Impl& device, WindowHandle pare
         SetWindowTextW(window, caption);
     }
     ShowWindow(window, SW_SHOW);
+    DrawNow(window);
     return window;
 }

@@ -89,6 +89,22 @@ TEST_F(ConnectionDialogTests, PortOfTheSettings_IsSelectedAndElseTheFirst) {
     }
 }
 
+TEST_F(ConnectionDialogTests, DialogOpenedOften_ListsThePortsAnew) {
+    // More often than the table of ports has room for, should the lists pile up.
+    const std::vector<std::wstring> expected = ExpectedPorts();
+    const std::size_t enough = 64 / expected.size() + 2;
+    SetText(L"m_iComPort 3");
+    for (std::size_t i = 0; i < enough; ++i) {
+        EXPECT_EQ(ShowConnection([&](const OpenDialog& dialog) {
+                      EXPECT_EQ(ListedPorts(dialog), expected);
+                      Select(dialog, static_cast<int>(i % expected.size()));
+                      dialog.Click(IDOK);
+                  }),
+                  oko::kSuccess);
+        EXPECT_EQ(text.data(), L"m_iComPort " + PortNumber(expected[i % expected.size()]));
+    }
+}
+
 TEST_F(ConnectionDialogTests, Ok_WritesTheChosenPort) {
     SetText(L"m_iComPort 3");
     EXPECT_EQ(ShowConnection([](const OpenDialog& dialog) {

@@ -74,6 +74,7 @@ TEST_F(FindAndConnectTests, SlowSearch_IsPolledShownAndLedOnToTheRunningDevice) 
         EXPECT_EQ(shown.text, std::to_wstring(shown.percent) + L" %");
         EXPECT_EQ(shown.position, shown.percent);
         EXPECT_TRUE(shown.waitCursor);
+        EXPECT_TRUE(shown.drawn);
     }
 
     std::vector<std::string> commands = RecordedCommands(record);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <set>
 
 #include "windows/LoadedLibrary.h"
@@ -11,13 +12,19 @@ struct ProgressShown {
     std::wstring text;  // beside the bar
     int position;       // of the bar
     bool waitCursor;
+    bool drawn;  // nothing of it still waits for the thread to take its messages
 };
 
 /// Watches this thread's progress windows while the object lives; one at a time. The thread takes no messages during a
 /// search, so nobody else could ask the windows.
 class ProgressRecorder {
  public:
-    ProgressRecorder() : m_hHook(SetWindowsHookExW(WH_CALLWNDPROCRET, Note, nullptr, GetCurrentThreadId())) {
+    using Listener = std::function<void(const ProgressShown& shown, HWND window)>;
+
+    /// `listener` hears of every message when the window has taken it.
+    explicit ProgressRecorder(Listener listener = {})
+        : m_hHook(SetWindowsHookExW(WH_CALLWNDPROCRET, Note, nullptr, GetCurrentThreadId())),
+          m_listener(std::move(listener)) {
         Current() = this;
     }
     ~ProgressRecorder() {
@@ -77,13 +84,26 @@ class ProgressRecorder {
         GetDlgItemTextW(window, kProgressText, text.data(), static_cast<int>(text.size()));
         m_shown.push_back({caption.data(), percent, text.data(),
                            static_cast<int>(SendDlgItemMessageW(window, kProgressBar, kGetPosition, 0, 0)),
-                           GetCursor() == LoadCursorW(nullptr, IDC_WAIT)});
+                           GetCursor() == LoadCursorW(nullptr, IDC_WAIT), IsDrawn(window)});
+        if (m_listener) {
+            m_listener(m_shown.back(), window);
+        }
+    }
+
+    static bool IsDrawn(HWND window) {
+        for (const int id : {kProgressBar, kProgressText}) {
+            if (GetUpdateRect(GetDlgItem(window, id), nullptr, FALSE)) {
+                return false;
+            }
+        }
+        return !GetUpdateRect(window, nullptr, FALSE);
     }
 
     static constexpr int kProgressBar = 1020;
     static constexpr int kProgressText = 1021;
 
     HHOOK m_hHook;
+    Listener m_listener;
     std::vector<ProgressShown> m_shown;
     std::set<HWND> m_windows;
 };

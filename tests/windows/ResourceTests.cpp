@@ -186,54 +186,117 @@ TEST_F(ResourceTests, OtherLanguages_HaveNoTemplates) {
     EXPECT_FALSE(ReadTemplate(m_hModule, L"INCUBATOR_CONFIGURATION", 1053));
 }
 
-/// Measures texts in a dialog's own font.
+/// How wide texts are, and what a width in dialog units comes to.
 class TextMeasure {
  public:
-    explicit TextMeasure(const DialogTemplate& dialog)
+    virtual ~TextMeasure() = default;
+    virtual int Width(const std::wstring& text) const = 0;
+
+    int Pixels(long units) const { return MulDiv(static_cast<int>(units), BaseUnit(), 4); }
+
+    /// As the dialog manager finds it.
+    int BaseUnit() const { return (Width(L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz") / 26 + 1) / 2; }
+};
+
+/// A font with a device context to measure it in.
+class MeasuredFont {
+ public:
+    MeasuredFont(const wchar_t* name, int height)
         : m_dc(CreateCompatibleDC(nullptr)),
-          m_font(CreateFontW(-MulDiv(dialog.pointSize, GetDeviceCaps(m_dc, LOGPIXELSY), 72), 0, 0, 0, FW_NORMAL, 0, 0,
-                             0, DEFAULT_CHARSET, 0, 0, 0, 0, dialog.font.c_str())),
-          m_before(SelectObject(m_dc, m_font)) {
-        const std::wstring letters = L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
-        m_baseX = (Width(letters) / 26 + 1) / 2;  // how the dialog manager finds its unit
-    }
-    ~TextMeasure() {
+          m_font(CreateFontW(-height, 0, 0, 0, FW_NORMAL, 0, 0, 0, DEFAULT_CHARSET, 0, 0, 0, 0, name)),
+          m_before(SelectObject(m_dc, m_font)) {}
+    ~MeasuredFont() {
         SelectObject(m_dc, m_before);
         DeleteObject(m_font);
         DeleteDC(m_dc);
     }
-    TextMeasure(const TextMeasure&) = delete;
-    TextMeasure& operator=(const TextMeasure&) = delete;
+    MeasuredFont(const MeasuredFont&) = delete;
+    MeasuredFont& operator=(const MeasuredFont&) = delete;
 
-    int Width(const std::wstring& text) const {
-        SIZE size{};
-        GetTextExtentPoint32W(m_dc, text.c_str(), static_cast<int>(text.size()), &size);
-        return static_cast<int>(size.cx);
-    }
-
-    /// Pixels of a width in dialog units.
-    int Pixels(long units) const { return MulDiv(static_cast<int>(units), m_baseX, 4); }
+    HDC Context() const { return m_dc; }
 
  private:
     HDC m_dc;
     HFONT m_font;
     HGDIOBJ m_before;
-    int m_baseX = 0;
 };
 
-TEST_F(ResourceTests, EveryText_FitsItsControl) {
-    for (const DialogTexts& texts : kDialogTexts) {
-        for (const wchar_t* const name :
-             {L"IDD_PROGRESS", L"INCUBATOR_CONFIGURATION", L"INCUBATOR_CONNECTION", L"INCUBATOR_DIALOG1"}) {
-            const DialogTemplate dialog = Read(name, texts.language);
-            const TextMeasure measure(dialog);
-            for (const TemplateControl& control : dialog.controls) {
-                const std::wstring firstLine = control.text.substr(0, control.text.find(L'\n'));
-                const int needed = measure.Width(firstLine) + TextMargin(control.windowClass, control.style);
-                EXPECT_LE(needed, measure.Pixels(control.place.right - control.place.left))
-                    << "language " << texts.language << " id " << control.id << " width in units "
-                    << control.place.right - control.place.left;
+constexpr int kPixelHeight = 11;  // 8 point at 96 dots an inch
+
+/// With the font that this system has for the dialogs.
+class SystemMeasure : public TextMeasure {
+ public:
+    explicit SystemMeasure(const std::wstring& font) : m_font(font.c_str(), kPixelHeight) {}
+
+    int Width(const std::wstring& text) const override {
+        SIZE size{};
+        GetTextExtentPoint32W(m_font.Context(), text.c_str(), static_cast<int>(text.size()), &size);
+        return static_cast<int>(size.cx);
+    }
+
+ private:
+    MeasuredFont m_font;
+};
+
+/// With Tahoma as Windows draws it: its design widths, rounded to pixels character by character. The file is Wine's,
+/// which has the design widths of the original and only its pixels wrong.
+class WindowsMeasure : public TextMeasure {
+ public:
+    WindowsMeasure() : m_nLoaded(AddFontResourceExW(kFile, FR_PRIVATE, nullptr)), m_font(L"Tahoma", kDesignHeight) {
+        EXPECT_EQ(m_nLoaded, 1);
+        EXPECT_EQ(BaseUnit(), 6);  // of every Windows at this resolution
+    }
+    ~WindowsMeasure() override { RemoveFontResourceExW(kFile, FR_PRIVATE, nullptr); }
+
+    int Width(const std::wstring& text) const override {
+        int width = 0;
+        for (const wchar_t character : text) {
+            constexpr wchar_t kFirstEastern = 0x2E80;
+            int design = kDesignHeight;  // the linked font's characters are as wide as high
+            if (character < kFirstEastern) {
+                GetCharWidth32W(m_font.Context(), character, character, &design);
             }
+            width += MulDiv(design, kPixelHeight, kDesignHeight);
+        }
+        return width;
+    }
+
+ private:
+    static constexpr const wchar_t* kFile = L"Z:\\usr\\share\\wine\\fonts\\tahoma.ttf";
+    static constexpr int kDesignHeight = 2048;
+
+    int m_nLoaded;
+    MeasuredFont m_font;
+};
+
+void ExpectTextsFit(const DialogTemplate& dialog, int language, const TextMeasure& measure) {
+    for (const TemplateControl& control : dialog.controls) {
+        const std::wstring firstLine = control.text.substr(0, control.text.find(L'\n'));
+        const int needed = measure.Width(firstLine) + TextMargin(control.windowClass, control.style);
+        EXPECT_LE(needed, measure.Pixels(control.place.right - control.place.left))
+            << "language " << language << " id " << control.id << " width in units "
+            << control.place.right - control.place.left;
+    }
+}
+
+constexpr std::array kDialogNames{L"IDD_PROGRESS", L"INCUBATOR_CONFIGURATION", L"INCUBATOR_CONNECTION",
+                                  L"INCUBATOR_DIALOG1"};
+
+TEST_F(ResourceTests, EveryText_FitsItsControlInThisSystemsFont) {
+    for (const DialogTexts& texts : kDialogTexts) {
+        for (const wchar_t* const name : kDialogNames) {
+            const DialogTemplate dialog = Read(name, texts.language);
+            EXPECT_EQ(dialog.pointSize, 8);
+            ExpectTextsFit(dialog, texts.language, SystemMeasure(dialog.font));
+        }
+    }
+}
+
+TEST_F(ResourceTests, EveryText_FitsItsControlInTheFontOfWindows) {
+    const WindowsMeasure measure;
+    for (const DialogTexts& texts : kDialogTexts) {
+        for (const wchar_t* const name : kDialogNames) {
+            ExpectTextsFit(Read(name, texts.language), texts.language, measure);
         }
     }
 }
