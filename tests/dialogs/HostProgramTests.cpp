@@ -5,52 +5,9 @@
 
 namespace {
 
-/// oko-host with some arguments, started with its output into a file.
-class HostProgram {
+class HostProgram : public ChildProcess {
  public:
-    explicit HostProgram(const std::wstring& arguments) {
-        SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-        const HANDLE output = CreateFileW(OutputFile().c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited,
-                                          CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-        STARTUPINFOW startup{};
-        startup.cb = sizeof startup;
-        startup.dwFlags = STARTF_USESTDHANDLES;
-        startup.hStdOutput = output;
-        startup.hStdError = output;
-        std::wstring command = L"\"" + ProgramFolder() + L"oko-host.exe\" " + arguments;
-        EXPECT_TRUE(
-            CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &m_process));
-        CloseHandle(output);
-    }
-    ~HostProgram() {
-        TerminateProcess(m_process.hProcess, 99);
-        WaitForSingleObject(m_process.hProcess, 10'000);
-        CloseHandle(m_process.hThread);
-        CloseHandle(m_process.hProcess);
-        DeleteFileW(OutputFile().c_str());
-    }
-    HostProgram(const HostProgram&) = delete;
-    HostProgram& operator=(const HostProgram&) = delete;
-
-    DWORD ThreadId() const { return m_process.dwThreadId; }
-
-    DWORD ExitCode() const {
-        EXPECT_EQ(WaitForSingleObject(m_process.hProcess, 60'000), WAIT_OBJECT_0);
-        DWORD code = 99;
-        GetExitCodeProcess(m_process.hProcess, &code);
-        return code;
-    }
-
-    /// What it wrote, once it has ended.
-    std::string Output() const {
-        std::ifstream file{std::filesystem::path(OutputFile())};
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
- private:
-    static std::wstring OutputFile() { return ProgramFolder() + L"host output.txt"; }
-
-    PROCESS_INFORMATION m_process{};
+    explicit HostProgram(const std::wstring& arguments) : ChildProcess(L"oko-host.exe", arguments) {}
 };
 
 class HostProgramTests : public testing::Test {
@@ -94,7 +51,7 @@ TEST_F(HostProgramTests, ConfigureThatIsCancelled_ChangesNothing) {
     ASSERT_TRUE(dialog);
     dialog->Click(IDCANCEL);
     EXPECT_EQ(host.ExitCode(), 0U);
-    EXPECT_NE(host.Output().find("cancelled or refused"), std::string::npos);
+    EXPECT_TRUE(host.HasWritten("cancelled or refused"));
     EXPECT_EQ(Settings(), "");
 }
 
@@ -106,8 +63,8 @@ TEST_F(HostProgramTests, Connect_KeepsThePortAndBringsTheDeviceUp) {
     SendMessageW(dialog->Control(1018), CB_SETCURSEL, 3, 0);
     dialog->Click(IDOK);
     EXPECT_EQ(host.ExitCode(), 0U);
-    EXPECT_NE(host.Output().find("now: m_iComPort 4"), std::string::npos);
-    EXPECT_NE(host.Output().find("connected: 4 channels"), std::string::npos);
+    EXPECT_TRUE(host.HasWritten("now: m_iComPort 4"));
+    EXPECT_TRUE(host.HasWritten("connected: 4 channels"));
     EXPECT_NE(Settings().find("connection=m_iComPort 4"), std::string::npos);
 }
 
@@ -137,7 +94,7 @@ TEST_F(HostProgramTests, OtherLanguage_IsShownOrRefusedButNeverPretended) {
     std::optional<OpenDialog> dialog;
     EXPECT_TRUE(WaitUntil([&] {
         dialog = FindDialog(host.ThreadId());
-        return dialog || host.Output().find("lets no program choose the language") != std::string::npos;
+        return dialog || host.HasWritten("lets no program choose the language");
     }));
     if (dialog) {
         EXPECT_EQ(dialog->Caption(), L"OKOLab Konfiguration");

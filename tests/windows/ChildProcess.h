@@ -1,0 +1,64 @@
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "LoadedLibrary.h"
+
+/// A program from this one's folder, with its output in a file. It ends with the object at the latest.
+class ChildProcess {
+ public:
+    ChildProcess(const std::wstring& program, const std::wstring& arguments) {
+        SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+        const HANDLE output = CreateFileW(m_outputFile.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited,
+                                          CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+        STARTUPINFOW startup{};
+        startup.cb = sizeof startup;
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdOutput = output;
+        startup.hStdError = output;
+        std::wstring command = L"\"" + ProgramFolder() + program + L"\" " + arguments;
+        EXPECT_TRUE(
+            CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &m_process));
+        CloseHandle(output);
+    }
+    ~ChildProcess() {
+        TerminateProcess(m_process.hProcess, 99);
+        WaitForSingleObject(m_process.hProcess, 10'000);
+        CloseHandle(m_process.hThread);
+        CloseHandle(m_process.hProcess);
+        DeleteFileW(m_outputFile.c_str());
+    }
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+
+    DWORD ThreadId() const { return m_process.dwThreadId; }
+    bool HasEnded() const { return WaitForSingleObject(m_process.hProcess, 0) == WAIT_OBJECT_0; }
+
+    /// Waits until it ends by itself.
+    DWORD ExitCode() const {
+        EXPECT_EQ(WaitForSingleObject(m_process.hProcess, 60'000), WAIT_OBJECT_0);
+        DWORD code = 0xFFFF;
+        GetExitCodeProcess(m_process.hProcess, &code);
+        return code;
+    }
+
+    /// What it has written so far.
+    std::string Output() const {
+        std::ifstream file{std::filesystem::path(m_outputFile)};
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    bool HasWritten(std::string_view text) const { return Output().find(text) != std::string::npos; }
+
+ private:
+    static std::wstring NewOutputFile() {
+        static int count = 0;
+        return ProgramFolder() + L"output " + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++count) +
+               L".txt";
+    }
+
+    const std::wstring m_outputFile = NewOutputFile();
+    PROCESS_INFORMATION m_process{};
+};
