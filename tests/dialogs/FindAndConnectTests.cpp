@@ -152,6 +152,34 @@ TEST_F(FindAndConnectServerTests, DeviceThatRunsAlready_IsNotConnectedAgain) {
     EXPECT_EQ(progress.OpenWindows(), 0U);
 }
 
+TEST_F(FindAndConnectServerTests, ProgressWindow_GoesFrom0To100AndCannotBeClosed) {
+    server.Answer("findstat", "-1");
+    server.Connect({9}, "107");
+    const ProgressRecorder progress;
+    EXPECT_EQ(ShowConnection(FindAndConnect), oko::kSuccess);
+    const HWND window = progress.LastWindow();
+    ASSERT_TRUE(IsWindow(window));
+    EXPECT_EQ(GetWindow(window, GW_OWNER), parent.Get());
+    constexpr UINT kGetRange = WM_USER + 7;  // PBM_GETRANGE
+    EXPECT_EQ(SendDlgItemMessageW(window, 1020, kGetRange, TRUE, 0), 0);
+    EXPECT_EQ(SendDlgItemMessageW(window, 1020, kGetRange, FALSE, 0), 100);
+
+    PostMessageW(window, WM_SYSCOMMAND, SC_CLOSE, 0);
+    PostMessageW(window, WM_COMMAND, IDCANCEL, 0);
+    MSG message{};
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        DispatchMessageW(&message);
+    }
+    EXPECT_TRUE(IsWindow(window));
+    EXPECT_TRUE(IsWindowVisible(window));
+
+    // A device that the host brings down meanwhile leaves the window; applying the settings is what closes it.
+    Device().Close();
+    EXPECT_TRUE(IsWindow(window));
+    EXPECT_EQ(Device().ApplyConfiguration(L""), oko::kSuccess);
+    EXPECT_FALSE(IsWindow(window));
+}
+
 TEST_F(FindAndConnectServerTests, ServerThatIsNowhere_IsSaidOnceAndThePortKept) {
     server.AnswerAll("");
     const ProgressRecorder progress;

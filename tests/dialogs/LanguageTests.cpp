@@ -11,13 +11,28 @@
 
 namespace {
 
-/// The texts of the language that this process runs in; English where none is named.
+/// The language whose templates the system picks.
+int PickedLanguage() {
+    const HMODULE library = GetModuleHandleW(L"OkoLabBoldLine.dll");
+    constexpr const wchar_t* kName = L"INCUBATOR_CONFIGURATION";
+    const auto dialogType = MAKEINTRESOURCEW(5);
+    const auto picked = std::ranges::find_if(kDialogTexts, [&](const DialogTexts& texts) {
+        return FindResourceW(library, kName, dialogType) ==
+               FindResourceExW(library, dialogType, kName, static_cast<WORD>(texts.language));
+    });
+    EXPECT_NE(picked, kDialogTexts.end());
+    return picked != kDialogTexts.end() ? picked->language : 0;
+}
+
+/// The texts of the language that this process runs in; English where none is named, the system's choice among the
+/// eleven where it is none of them.
 const DialogTexts& Texts() {
     static const std::map<std::string, int> languages{
-        {"cs_CZ", 1029}, {"de_DE", 1031}, {"en_US", 1033}, {"fr_FR", 1036}, {"it_IT", 1040}, {"ja_JP", 1041},
-        {"pl_PL", 1045}, {"ru_RU", 1049}, {"id_ID", 1057}, {"zh_CN", 2052}, {"es_ES", 3082}};
+        {"", 1033},      {"cs_CZ", 1029}, {"de_DE", 1031}, {"en_US", 1033}, {"fr_FR", 1036}, {"it_IT", 1040},
+        {"ja_JP", 1041}, {"pl_PL", 1045}, {"ru_RU", 1049}, {"id_ID", 1057}, {"zh_CN", 2052}, {"es_ES", 3082}};
     const char* const named = std::getenv("OKO_LANGUAGE");
-    const int language = languages.at(named != nullptr && *named != '\0' ? named : "en_US");
+    const auto known = languages.find(named != nullptr ? named : "");
+    const int language = known != languages.end() ? known->second : PickedLanguage();
     return *std::ranges::find(kDialogTexts, language, &DialogTexts::language);
 }
 

@@ -47,6 +47,9 @@ class ProgressRecorder {
         return percents;
     }
 
+    /// The window that took the last message.
+    HWND LastWindow() const { return m_lastWindow; }
+
     /// How many progress windows there were, and how many of them are still open.
     std::size_t Windows() const { return m_windows.size(); }
     std::size_t OpenWindows() const {
@@ -77,6 +80,7 @@ class ProgressRecorder {
     void Add(HWND window, int percent) {
         constexpr UINT kGetPosition = WM_USER + 8;  // PBM_GETPOS
         m_windows.insert(window);
+        m_lastWindow = window;
         EXPECT_TRUE(IsWindowVisible(window));
         std::array<wchar_t, 64> caption{};
         std::array<wchar_t, 64> text{};
@@ -106,4 +110,5 @@ class ProgressRecorder {
     Listener m_listener;
     std::vector<ProgressShown> m_shown;
     std::set<HWND> m_windows;
+    HWND m_lastWindow = nullptr;
 };
