@@ -27,7 +27,7 @@ AlarmSettings GatherSettings(const CDevApiInterface_Impl& device) noexcept {
     if (const auto* const channel = device.m_pTemperature[0]) {
         settings.incubator = ToleranceOf(*channel);
     }
-    for (const std::size_t i : {0, 1}) {
+    for (const std::size_t i : {0U, 1U}) {
         const auto* const channel = device.m_pGasConcentration[i];
         const GasKind kind =
             channel != nullptr ? GasKindOf(channel->m_iProduct, channel->m_iChannel) : GasKind::Neither;
