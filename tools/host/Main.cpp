@@ -116,6 +116,61 @@ std::filesystem::path LibraryFile(const std::string& name) {
     return name.empty() ? DefaultLibraryFile() : std::filesystem::absolute(PathOf(name));
 }
 
+/// What the command line asked for.
+struct Request {
+    MonitorOptions monitor;
+    DialogOptions dialog;
+    std::string libraryName;
+    std::string settingsName = "oko-host.ini";
+};
+
+struct Commands {
+    CLI::App* list;
+    CLI::App* monitor;
+    CLI::App* configure;
+    CLI::App* connect;
+    CLI::App* panel;
+};
+
+Commands AddCommands(CLI::App& app, Request& request) {
+    const auto addDialog = [&](const char* name, const char* what) {
+        return AddDialog(app, name, what, request.dialog, request.settingsName);
+    };
+    const Commands commands{AddList(app), AddMonitor(app, request.monitor),
+                            addDialog("configure", "Opens the configuration dialog"),
+                            addDialog("connect", "Opens the connection dialog, then connects"),
+                            addDialog("panel", "Shows the value panel until its window is closed")};
+    for (CLI::App* const command :
+         {&app, commands.list, commands.monitor, commands.configure, commands.connect, commands.panel}) {
+        command->add_option("--library", request.libraryName,
+                            "The library; OkoLabBoldLine.dll beside this program when left out");
+    }
+    return commands;
+}
+
+int Run(const Commands& commands, Request& request) {
+    request.monitor.library = request.dialog.library = LibraryFile(request.libraryName);
+    request.dialog.settings = PathOf(request.settingsName);
+    if (commands.list->parsed()) {
+        return RunList(request.monitor.library);
+    }
+    if (commands.configure->parsed()) {
+        return RunConfigure(request.dialog);
+    }
+    if (commands.connect->parsed()) {
+        return RunConnect(request.dialog);
+    }
+    if (commands.panel->parsed()) {
+        return RunPanel(request.dialog);
+    }
+    return RunMonitor(request.monitor);
+}
+
+int Fail(const std::exception& error, ExitCode code) {
+    std::cerr << "oko-host: " << error.what() << "\n";
+    return code;
+}
+
 }  // namespace
 
 int wmain(int argc, wchar_t** argv) {
@@ -134,45 +189,16 @@ int wmain(int argc, wchar_t** argv) {
         "\n"
         "Exit codes: 0 done; 1 a target cannot be set; 3 the device could not be initialised; 4 no such library;\n"
         "5 no such language here; 100 and above: the command line is wrong.");
-
-    MonitorOptions monitor;
-    DialogOptions dialog;
-    std::string libraryName;
-    std::string settingsName = "oko-host.ini";
-    CLI::App* const list = AddList(app);
-    CLI::App* const watch = AddMonitor(app, monitor);
-    CLI::App* const configure = AddDialog(app, "configure", "Opens the configuration dialog", dialog, settingsName);
-    CLI::App* const connect = AddDialog(app, "connect", "Opens the connection dialog", dialog, settingsName);
-    CLI::App* const panel =
-        AddDialog(app, "panel", "Shows the value panel until its window is closed", dialog, settingsName);
-    for (CLI::App* const command : {&app, list, watch, configure, connect, panel}) {
-        command->add_option("--library", libraryName,
-                            "The library; OkoLabBoldLine.dll beside this program when left out");
-    }
+    Request request;
+    const Commands commands = AddCommands(app, request);
     try {
         app.parse(Arguments(argc, argv));
-        monitor.library = dialog.library = LibraryFile(libraryName);
-        dialog.settings = PathOf(settingsName);
-        if (list->parsed()) {
-            return RunList(monitor.library);
-        }
-        if (configure->parsed()) {
-            return RunConfigure(dialog);
-        }
-        if (connect->parsed()) {
-            return RunConnect(dialog);
-        }
-        if (panel->parsed()) {
-            return RunPanel(dialog);
-        }
-        return RunMonitor(monitor);
+        return Run(commands, request);
     } catch (const CLI::ParseError& error) {
         return app.exit(error);
     } catch (const LibraryError& error) {
-        std::cerr << "oko-host: " << error.what() << "\n";
-        return kExitNoLibrary;
+        return Fail(error, kExitNoLibrary);
     } catch (const LanguageError& error) {
-        std::cerr << "oko-host: " << error.what() << "\n";
-        return kExitNoLanguage;
+        return Fail(error, kExitNoLanguage);
     }
 }
