@@ -28,6 +28,26 @@ std::vector<std::string> RecordedCommands(const std::wstring& file) {
     return commands;
 }
 
+/// A find for every product, each with its polls: more than one for those that take their time.
+void ExpectCommands(std::vector<std::string> commands) {
+    std::vector<std::string> expected{"listprod"};
+    for (int product = 7; product <= 17; ++product) {
+        expected.push_back("mode " + std::to_string(product) + " 0");
+    }
+    for (int product = 7; product <= 17; ++product) {
+        const std::string find = "find " + std::to_string(product);
+        expected.insert(expected.end(), {find, "findstat"});
+        const auto found = std::ranges::find(commands, find);
+        ASSERT_NE(found, commands.end());
+        const auto polls = std::find_if(found + 1, commands.end(), [](const auto& c) { return c != "findstat"; });
+        ASSERT_GE(polls - found - 1, product == 9 || product == 12 ? 2 : 1);
+        commands.erase(found + 2, polls);  // the further polls
+    }
+    expected.insert(expected.end(),
+                    {"listconprod", "comport 9 0", "listdev 9", "bl-param-list 9", "listdev 12", "bl-param-list 12"});
+    EXPECT_EQ(commands, expected);
+}
+
 /// Closes a device before its server goes, whatever happens: nobody would answer it.
 class CloseAtEnd {
  public:
@@ -77,23 +97,7 @@ TEST_F(FindAndConnectTests, SlowSearch_IsPolledShownAndLedOnToTheRunningDevice) 
         EXPECT_TRUE(shown.drawn);
     }
 
-    std::vector<std::string> commands = RecordedCommands(record);
-    std::vector<std::string> expected{"listprod"};
-    for (int product = 7; product <= 17; ++product) {
-        expected.push_back("mode " + std::to_string(product) + " 0");
-    }
-    for (int product = 7; product <= 17; ++product) {
-        expected.push_back("find " + std::to_string(product));
-        expected.emplace_back("findstat");
-        const auto found = std::ranges::find(commands, expected[expected.size() - 2]);
-        ASSERT_NE(found, commands.end());
-        const auto polls = std::find_if(found + 1, commands.end(), [](const auto& c) { return c != "findstat"; });
-        EXPECT_GE(polls - found - 1, product == 9 || product == 12 ? 2 : 1);
-        commands.erase(found + 2, polls);  // the further polls
-    }
-    expected.insert(expected.end(),
-                    {"listconprod", "comport 9 0", "listdev 9", "bl-param-list 9", "listdev 12", "bl-param-list 12"});
-    EXPECT_EQ(commands, expected);
+    ExpectCommands(RecordedCommands(record));
 
     // The host goes on as always; the window stays until the settings are applied.
     Device().ApplyConnection(text.data());

@@ -32,7 +32,10 @@ TEST_F(HostProgramTests, Configure_KeepsTheAlarmSettingsAndSaysWhatChanged) {
     const auto configure = [this](const wchar_t* below) {
         const HostProgram host(L"configure --device simulator" + SettingsOption());
         const auto dialog = AwaitDialog(host.ThreadId(), L"OKOLab Configuration");
-        EXPECT_TRUE(dialog);
+        if (!dialog) {
+            ADD_FAILURE() << "no dialog came";
+            return std::string();
+        }
         dialog->Type(1009, below);
         dialog->Click(IDOK);
         EXPECT_EQ(host.ExitCode(), 0U);
@@ -105,6 +108,49 @@ TEST_F(HostProgramTests, OtherLanguage_IsShownOrRefusedButNeverPretended) {
 
 TEST_F(HostProgramTests, UnknownLanguage_IsAMistakeOfTheCommandLine) {
     EXPECT_GE(HostProgram(L"configure --language sv").ExitCode(), 100U);
+}
+
+TEST_F(HostProgramTests, List_NamesBothDevices) {
+    const HostProgram host(L"list");
+    EXPECT_EQ(host.ExitCode(), 0U);
+    EXPECT_TRUE(host.HasWritten("0  Incubator  OKO-Lab bold line\n1  Incubator  OKO-Lab bold line Simulator"))
+        << host.Output();
+}
+
+TEST_F(HostProgramTests, Monitor_EndsWithItsSummary) {
+    const HostProgram host(L"monitor --for 100ms --every 50ms --set H301-T=38.5 --set gas:CO2=7");
+    EXPECT_EQ(host.ExitCode(), 0U);
+    EXPECT_TRUE(host.HasWritten("38.50"));
+    EXPECT_TRUE(host.HasWritten("done: simulator, "));
+    EXPECT_TRUE(host.HasWritten("10 temperature, 2 gas and 1 humidity channels"));
+}
+
+TEST_F(HostProgramTests, MonitorOfAFailingIncubator_SaysWhy) {
+    const EmulatorProcess emulator(L"--scenario product-9 --fault \"listprod; always; empty\"");
+    const HostProgram host(L"monitor --device incubator --for 1s");
+    const auto box = AwaitDialog(host.ThreadId(), L"OKO-Control server error.");
+    ASSERT_TRUE(box);
+    box->Click(IDOK);
+    EXPECT_EQ(host.ExitCode(), 3U);
+    EXPECT_TRUE(host.HasWritten("oko-host: the incubator could not be initialised: "));
+}
+
+TEST_F(HostProgramTests, Mistakes_HaveTheirExitCodes) {
+    EXPECT_EQ(HostProgram(L"monitor --for 100ms --set Nobody=1").ExitCode(), 1U);
+    EXPECT_EQ(HostProgram(L"list --library nowhere.dll").ExitCode(), 4U);
+    for (const wchar_t* const seconds : {L"0", L"-1", L"1e400", L"1e-310", L"1e10", L"soon"}) {
+        EXPECT_GE(HostProgram(std::wstring(L"monitor --for ") + seconds).ExitCode(), 100U) << seconds;
+        EXPECT_GE(HostProgram(std::wstring(L"monitor --for 1s --every ") + seconds).ExitCode(), 100U) << seconds;
+    }
+}
+
+TEST_F(HostProgramTests, SettingsThatCannotBeKept_AreSaid) {
+    const HostProgram host(L"configure --settings \"no such folder/host.ini\"");
+    const auto dialog = AwaitDialog(host.ThreadId(), L"OKOLab Configuration");
+    ASSERT_TRUE(dialog);
+    dialog->Click(IDOK);
+    EXPECT_EQ(host.ExitCode(), 6U);
+    EXPECT_TRUE(host.HasWritten("cannot be written"));
 }
 
 }  // namespace

@@ -21,7 +21,7 @@ int PickedLanguage() {
                FindResourceExW(library, dialogType, kName, static_cast<WORD>(texts.language));
     });
     EXPECT_NE(picked, kDialogTexts.end());
-    return picked != kDialogTexts.end() ? picked->language : 0;
+    return picked != kDialogTexts.end() ? picked->language : 1033;
 }
 
 /// The texts of the language that this process runs in; English where none is named, the system's choice among the
@@ -68,15 +68,29 @@ std::vector<Seen> VisibleControls(const OpenDialog& dialog) {
     return controls;
 }
 
-/// The width of a text in a window's own font.
-int TextWidth(HWND window, const std::wstring& text) {
-    const HDC dc = GetDC(window);
-    const HGDIOBJ before = SelectObject(dc, reinterpret_cast<HGDIOBJ>(SendMessageW(window, WM_GETFONT, 0, 0)));
+int TextWidth(HFONT font, const std::wstring& text) {
+    const HDC dc = GetDC(nullptr);
+    const HGDIOBJ before = SelectObject(dc, font);
     SIZE size{};
     GetTextExtentPoint32W(dc, text.c_str(), static_cast<int>(text.size()), &size);
     SelectObject(dc, before);
-    ReleaseDC(window, dc);
+    ReleaseDC(nullptr, dc);
     return static_cast<int>(size.cx);
+}
+
+HFONT FontOf(HWND window) { return reinterpret_cast<HFONT>(SendMessageW(window, WM_GETFONT, 0, 0)); }
+
+/// The caption has the window's width without its frame and its close box.
+void ExpectCaptionFits(const OpenDialog& dialog) {
+    NONCLIENTMETRICSW metrics{};
+    metrics.cbSize = sizeof metrics;
+    SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0);
+    const HFONT font = CreateFontIndirectW(&metrics.lfCaptionFont);
+    RECT client{};
+    GetClientRect(dialog.Window(), &client);
+    constexpr int kGaps = 8;
+    EXPECT_LE(TextWidth(font, dialog.Caption()) + GetSystemMetrics(SM_CXSIZE) + kGaps, client.right);
+    DeleteObject(font);
 }
 
 /// Nothing is cut off, misplaced or laid over something else.
@@ -91,7 +105,8 @@ void ExpectWellLaidOut(const OpenDialog& dialog) {
                     control.place.bottom <= client.bottom);
         if (control.windowClass != L"Edit" && control.windowClass != L"ComboBox") {
             const int room = static_cast<int>(control.place.right - control.place.left);
-            EXPECT_LE(TextWidth(control.window, control.text) + TextMargin(control.windowClass, control.style), room);
+            EXPECT_LE(TextWidth(FontOf(control.window), control.text) + TextMargin(control.windowClass, control.style),
+                      room);
         }
         for (std::size_t k = 0; k < i; ++k) {
             RECT both{};
@@ -100,20 +115,7 @@ void ExpectWellLaidOut(const OpenDialog& dialog) {
                 << "over id " << controls[k].id;
         }
     }
-    // The caption has the window's width without its frame and its close box.
-    NONCLIENTMETRICSW metrics{};
-    metrics.cbSize = sizeof metrics;
-    SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0);
-    const HFONT font = CreateFontIndirectW(&metrics.lfCaptionFont);
-    const HDC dc = GetDC(nullptr);
-    const HGDIOBJ before = SelectObject(dc, font);
-    const std::wstring caption = dialog.Caption();
-    SIZE size{};
-    GetTextExtentPoint32W(dc, caption.c_str(), static_cast<int>(caption.size()), &size);
-    EXPECT_LE(size.cx + GetSystemMetrics(SM_CXSIZE) + 8, client.right) << "caption";
-    SelectObject(dc, before);
-    DeleteObject(font);
-    ReleaseDC(nullptr, dc);
+    ExpectCaptionFits(dialog);
 }
 
 class LanguageTests : public DialogTest {};

@@ -134,14 +134,14 @@ inline std::optional<OpenDialog> FindDialog(DWORD threadId) {
     return found != nullptr ? std::optional(OpenDialog(found)) : std::nullopt;
 }
 
-/// The next visible dialog with this caption on the thread of one that may be closed by now.
+/// The next visible dialog with this caption on the thread of one that may be closed by now; nothing when none comes.
 inline std::optional<OpenDialog> AwaitDialog(DWORD threadId, std::wstring_view caption) {
     std::optional<OpenDialog> dialog;
-    WaitUntil([&] {
+    const bool came = WaitUntil([&] {
         dialog = FindDialog(threadId);
         return dialog && dialog->Caption() == caption;
     });
-    return dialog;
+    return came ? dialog : std::nullopt;
 }
 
 /// Calls `open`, which shows a modal dialog on this thread, while `drive` works that dialog from another one. Gives
@@ -158,7 +158,7 @@ auto WithDialog(Open open, Drive drive) {
         }
         dialog->Settle();  // until it is drawn up
         drive(*dialog);
-        if (!WaitUntil([&] { return ended || !dialog->IsOpen(); }, 100)) {
+        if (!WaitUntil([&] { return ended || !dialog->IsOpen(); })) {
             ADD_FAILURE() << "the dialog was left open";
             for (const int id : {IDCANCEL, 8}) {
                 dialog->Command(id, 0);

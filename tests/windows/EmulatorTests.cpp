@@ -8,6 +8,11 @@
 
 namespace {
 
+std::string ReadFile(const std::wstring& name) {
+    std::ifstream file{std::filesystem::path(name)};
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 /// A device that is up against an emulator.
 class Running {
  public:
@@ -216,7 +221,9 @@ TEST(EmulatorTests, RecordOfARun_ReplaysToTheSameDevice) {
         const Running running(L"--scenario product-12 --record \"" + record + L"\"");
         names = running.Names();
         // A second emulator does not get the port and leaves the running one's record alone.
+        const std::string before = ReadFile(record);
         EXPECT_EQ(RunEmulator(L"--for 1 --record \"" + record + L"\""), 2U);
+        EXPECT_EQ(ReadFile(record), before);
     }
     EXPECT_EQ(names.size(), 4U);
     {
@@ -236,6 +243,9 @@ TEST(EmulatorTests, WrongInput_EndsWithAMessageAndItsCode) {
     EXPECT_EQ(RunEmulator(L"--scenario \"" + file + L"\""), 1U);
     std::filesystem::remove(file);
     EXPECT_EQ(RunEmulator(L"--for 1 --record no-such-folder/run.txt"), 1U);
+    EXPECT_EQ(RunEmulator(L"--for 1 server port=x"), 1U);
+    EXPECT_EQ(RunEmulator(L"--for 1 server port=60000abc"), 1U);
+    EXPECT_EQ(RunEmulator(L"--for 1 server port=99999"), 1U);
 }
 
 TEST(EmulatorTests, InstalledCopy_FindsFilesThatWereNamedFromAnotherFolder) {

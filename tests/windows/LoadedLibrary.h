@@ -83,9 +83,10 @@ struct HostRecord {
 
 /// Polls until `condition` holds; false when it does not within a generous time.
 template <class Condition>
-bool WaitUntil(Condition condition, int polls = 3000) {
+bool WaitUntil(Condition condition) {
+    constexpr int kPolls = 3000;
     constexpr DWORD kPollMs = 10;
-    for (int i = 0; i < polls; ++i) {
+    for (int i = 0; i < kPolls; ++i) {
         if (condition()) {
             return true;
         }

@@ -19,25 +19,24 @@ class LoopbackServer {
         WSADATA data{};
         WSAStartup(MAKEWORD(2, 2), &data);
         m_socket = socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(60000);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        EXPECT_EQ(bind(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-        m_thread = std::thread([this] { Run(); });
+        const sockaddr_in address = Address();
+        if (bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
+            m_thread = std::thread([this] { Run(); });
+        } else {
+            ADD_FAILURE() << "somebody else has port 60000";
+        }
     }
 
     ~LoopbackServer() {
-        // A datagram of its own wakes the thread up.
-        const SOCKET waker = socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(60000);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        sendto(waker, kStop.data(), static_cast<int>(kStop.size()), 0, reinterpret_cast<sockaddr*>(&address),
-               sizeof address);
-        m_thread.join();
-        closesocket(waker);
+        if (m_thread.joinable()) {
+            // A datagram of its own wakes the thread up.
+            const SOCKET waker = socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP);
+            const sockaddr_in address = Address();
+            sendto(waker, kStop.data(), static_cast<int>(kStop.size()), 0, reinterpret_cast<const sockaddr*>(&address),
+                   sizeof address);
+            m_thread.join();
+            closesocket(waker);
+        }
         closesocket(m_socket);
         WSACleanup();
     }
@@ -56,6 +55,14 @@ class LoopbackServer {
 
  private:
     static constexpr std::string_view kStop = "stop the test server";
+
+    static sockaddr_in Address() {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(60000);
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        return address;
+    }
 
     void Run() {
         for (;;) {

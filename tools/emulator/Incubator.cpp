@@ -119,7 +119,7 @@ Answer Incubator::Execute(const Command& command) {
         {"readmax", {2, 2, [](Incubator& self, const Command& c) { return self.ReadLimit(c, &DeviceScenario::max); }}},
         {"bl-param-read", {2, 2, [](Incubator& self, const Command& c) { return self.ReadParameter(c); }}},
         {"bl-param-write", {3, 3, [](Incubator& self, const Command& c) { return self.WriteParameter(c); }}},
-        {"alarm", {2, 2, [](Incubator& self, const Command& c) { return self.Alarm(c); }}},
+        {"alarm", {2, 2, [](Incubator&, const Command& c) { return Alarm(c); }}},
     };
     const auto found = entries.find(command.keyword);
     if (found == entries.end()) {
@@ -281,11 +281,6 @@ Answer Incubator::WriteParameter(const Command& command) {
 }
 
 Answer Incubator::Alarm(const Command& command) {
-    const auto product = command.Integer(0);
-    const auto threshold = command.Number(1);
-    if (!product || !threshold) {
-        return Refuse("no such product or no threshold");
-    }
-    m_alarms[*product] = *threshold;
-    return kDone;
+    // Any product number: the plug-in names 0 where it has no product behind a channel.
+    return command.Integer(0) && command.Number(1) ? kDone : Refuse("no product number or no threshold");
 }

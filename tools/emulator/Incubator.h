@@ -45,13 +45,12 @@ class Incubator {
     Answer ReadLimit(const Command& command, double DeviceScenario::*limit) const;
     Answer ReadParameter(const Command& command);
     Answer WriteParameter(const Command& command);
-    Answer Alarm(const Command& command);
+    static Answer Alarm(const Command& command);
 
     Scenario m_scenario;
     std::map<std::pair<int, int>, Motion> m_motions;       // by product and device
     std::map<std::pair<int, int>, std::string> m_written;  // parameters by product and number
     std::map<std::pair<int, int>, int> m_comPorts;         // by product and link, where somebody set one
-    std::map<int, double> m_alarms;                        // by product
     std::mt19937 m_random;
     double m_now = 0.0;        // seconds of the incubator's time
     double m_findStart = 0.0;  // of the running search

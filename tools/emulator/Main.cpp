@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <atomic>
+#include <charconv>
 #include <chrono>
 #include <fstream>
 #include <iostream>
@@ -98,6 +99,11 @@ CommandHandler ReplayHandler(const Options& options) {
     return [replay](const std::string& command) { return Transmission{replay->Answer(command), 0}; };
 }
 
+/// Throws what is wrong with the scenario, the rules or the transcript.
+CommandHandler HandlerOf(const Options& options) {
+    return options.replay.empty() ? ScenarioHandler(options) : ReplayHandler(options);
+}
+
 /// The same with a line for every exchange, on the screen and in the record once that is open.
 CommandHandler Recorded(CommandHandler handler, bool quiet, std::ofstream& record) {
     return [handler = std::move(handler), quiet, &record](const std::string& command) {
@@ -129,7 +135,7 @@ int Run(const Options& options) {
         HoldPort(options.port, onHeld, stop);
         return kExitDone;
     }
-    const CommandHandler handler = options.replay.empty() ? ScenarioHandler(options) : ReplayHandler(options);
+    const CommandHandler handler = HandlerOf(options);
     std::ofstream record;
     const auto onReady = [&] {
         // Not before the port is ours: a running emulator may be writing the same record.
@@ -153,10 +159,18 @@ int ListScenarios() {
 /// "port=60000" among the words with which a client starts its server.
 void TakeServerWords(Options& options) {
     constexpr std::string_view kPort = "port=";
+    constexpr int kLastPort = 65535;
     for (const std::string& word : options.serverWords) {
-        if (word.starts_with(kPort)) {
-            options.port = std::stoi(word.substr(kPort.size()));
+        if (!word.starts_with(kPort)) {
+            continue;
         }
+        int port = 0;
+        const char* const end = word.data() + word.size();
+        const auto result = std::from_chars(word.data() + kPort.size(), end, port);
+        if (result.ec != std::errc{} || result.ptr != end || port < 1 || port > kLastPort) {
+            throw std::runtime_error("\"" + word + "\" names no port");
+        }
+        options.port = port;
     }
 }
 
@@ -205,7 +219,7 @@ int Main(CLI::App& app, Options& options) {
         return kExitDone;
     }
     if (!options.install.empty()) {
-        ScenarioHandler(options);  // a mistake shows now, not when a client starts the copy
+        HandlerOf(options);  // a mistake shows now, not when a client starts the copy
         Install(options.install, std::wstring(options.displayName.begin(), options.displayName.end()),
                 app.config_to_str(false, false));
         return kExitDone;

@@ -2,6 +2,7 @@
 
 #include <winsock2.h>
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <string_view>
@@ -14,6 +15,7 @@ constexpr std::string_view kMakeRoom = "oko-control-emulator: make room";
 constexpr std::string_view kRoomMade = "oko-control-emulator: room made";
 
 constexpr long kPollMicroseconds = 50'000;
+constexpr int kOverlapPolls = 10;  // of a placeholder and the server that takes its place
 
 /// Owner of a datagram socket.
 class Socket {
@@ -104,6 +106,23 @@ bool AskForRoom(int port) {
     return false;
 }
 
+/// Answers what comes with "no answer".
+void AnswerNothing(const Socket& socket, int polls) {
+    for (int i = 0; i < polls; ++i) {
+        if (const auto received = ReceiveFrom(socket)) {
+            SendTo(socket, {}, received->peer);
+        }
+    }
+}
+
+/// Waits, but no longer than the server is to run.
+void Delay(int milliseconds, const std::function<bool()>& stop) {
+    constexpr int kSliceMs = 50;
+    for (int left = milliseconds; left > 0 && !stop(); left -= kSliceMs) {
+        Sleep(static_cast<DWORD>(std::min(left, kSliceMs)));
+    }
+}
+
 [[noreturn]] void FailInUse(int port) {
     throw PortError("port " + std::to_string(port) + " is in use: another server is running");
 }
@@ -118,7 +137,7 @@ void Serve(int port, const CommandHandler& handler, const std::function<void()>&
         if (!AskForRoom(port)) {
             FailInUse(port);
         }
-        // The placeholder keeps the port a little longer, so that no command falls between the two.
+        // The placeholder answers a little longer, so that no command falls between the two.
         ShareAddress(socket);
         if (!Bind(socket, port)) {
             FailInUse(port);
@@ -130,8 +149,12 @@ void Serve(int port, const CommandHandler& handler, const std::function<void()>&
         if (!received) {
             continue;
         }
+        if (received->datagram == kMakeRoom) {
+            SendTo(socket, {}, received->peer);  // no placeholder; and no command either
+            continue;
+        }
         const Transmission transmission = handler(received->datagram);
-        Sleep(static_cast<DWORD>(transmission.delayMs));
+        Delay(transmission.delayMs, stop);
         for (const std::string& datagram : transmission.datagrams) {
             SendTo(socket, datagram, received->peer);
         }
@@ -153,8 +176,7 @@ void HoldPort(int port, const std::function<void()>& onReady, const std::functio
         }
         if (received->datagram == kMakeRoom) {
             SendTo(socket, kRoomMade, received->peer);
-            constexpr DWORD kOverlapMs = 200;
-            Sleep(kOverlapMs);
+            AnswerNothing(socket, kOverlapPolls);
             return;
         }
         SendTo(socket, {}, received->peer);

@@ -28,6 +28,9 @@ class HostWindow {
         RegisterClassW(&windowClass);
         m_hWindow = CreateWindowExW(0, windowClass.lpszClassName, caption, WS_OVERLAPPEDWINDOW | WS_VISIBLE, 20, 20,
                                     480, 200, nullptr, nullptr, windowClass.hInstance, nullptr);
+        if (m_hWindow == nullptr) {
+            throw ScreenError("no window can be shown: there is no screen");
+        }
     }
     ~HostWindow() { DestroyWindow(m_hWindow); }
     HostWindow(const HostWindow&) = delete;
@@ -46,10 +49,6 @@ class HostWindow {
 
     HWND m_hWindow;
 };
-
-std::uint32_t DeviceIndex(const DialogOptions& options) {
-    return options.device == "simulator" ? oko::kSimulatorDevice : oko::kRealDevice;
-}
 
 /// Keeps a settings text that came out of a dialog, and says what changed.
 void Keep(std::wstring& kept, const wchar_t* text) {
@@ -93,7 +92,7 @@ void RunMessages() {
 int RunConfigure(const DialogOptions& options) {
     const Library library(options.library);
     ChooseLanguage(library, options);
-    CDevApiInterface& device = library.Device(DeviceIndex(options));
+    CDevApiInterface& device = library.Device(options.device);
     Settings settings = ReadSettings(options.settings);
     Session session(device);
     if (!session.Open(settings)) {
@@ -115,7 +114,7 @@ int RunConfigure(const DialogOptions& options) {
 int RunConnect(const DialogOptions& options) {
     const Library library(options.library);
     ChooseLanguage(library, options);
-    CDevApiInterface& device = library.Device(DeviceIndex(options));
+    CDevApiInterface& device = library.Device(options.device);
     Settings settings = ReadSettings(options.settings);
     Session session(device);
     const HostWindow window(L"oko-host");
@@ -142,7 +141,7 @@ int RunPanel(const DialogOptions& options) {
     const Library library(options.library);
     ChooseLanguage(library, options);
     const HostWindow window(L"oko-host");
-    const oko::WindowHandle panel = library.Device(DeviceIndex(options)).CreateValuePanel(window.Get(), nullptr);
+    const oko::WindowHandle panel = library.Device(options.device).CreateValuePanel(window.Get(), nullptr);
     if (panel == nullptr) {
         std::cerr << "oko-host: the panel could not be opened\n";
         return kExitInitFailed;

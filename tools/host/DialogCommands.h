@@ -1,7 +1,6 @@
 #pragma once
 
 #include <filesystem>
-#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -13,13 +12,19 @@ struct DialogOptions {
     std::string language;  // "de"; empty: the system's
 };
 
-// All of them throw LibraryError and LanguageError.
-
 /// The system does not let this program choose the language; the text is for the user.
 class LanguageError : public std::runtime_error {
  public:
     using std::runtime_error::runtime_error;
 };
+
+/// There is no screen to show a window on.
+class ScreenError : public std::runtime_error {
+ public:
+    using std::runtime_error::runtime_error;
+};
+
+// All of these throw LibraryError, LanguageError, ScreenError and SettingsError.
 
 /// Brings the device up and opens its configuration dialog. Prints what changed and what was called back, and keeps the
 /// alarm settings.

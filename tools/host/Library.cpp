@@ -36,7 +36,8 @@ Library::Library(const std::filesystem::path& file)
 
 Library::~Library() { FreeLibrary(static_cast<HMODULE>(m_hModule)); }
 
-CDevApiInterface& Library::Device(std::uint32_t index) const {
+CDevApiInterface& Library::Device(const std::string& name) const {
+    const std::uint32_t index = name == "simulator" ? oko::kSimulatorDevice : oko::kRealDevice;
     CDevApiInterface* device = nullptr;
     if (m_queryInterface(index, nullptr, &device) != oko::kSuccess || device == nullptr) {
         throw LibraryError("the library has no device " + std::to_string(index));

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <stdexcept>
+#include <string>
 
 #include "oko/LibQuery.h"
 
@@ -25,8 +26,8 @@ class Library {
     /// The loaded module, which holds the dialogs.
     void* Module() const noexcept { return m_hModule; }
 
-    /// The device object of `index`. Throws LibraryError when the library has none.
-    CDevApiInterface& Device(std::uint32_t index) const;
+    /// The object of the device "simulator" or "incubator". Throws LibraryError when the library has none.
+    CDevApiInterface& Device(const std::string& name) const;
 
  private:
     void* m_hModule;

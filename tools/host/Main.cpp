@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <iostream>
 #include <map>
 
@@ -12,6 +13,7 @@
 #include "Library.h"
 #include "ListCommand.h"
 #include "MonitorCommand.h"
+#include "SettingsFile.h"
 #include "Text.h"
 
 namespace {
@@ -34,8 +36,11 @@ CLI::Validator Seconds() {
     return CLI::AsNumberWithUnit(seconds, CLI::AsNumberWithUnit::UNIT_OPTIONAL).description("");
 }
 
-std::string RefuseShortTime(const std::string& seconds) {
-    return std::stod(seconds) < 0.001 ? "must be 1ms or longer" : "";
+/// The clock counts nanoseconds, for some centuries.
+std::string RefuseOddTime(const std::string& text) {
+    double seconds = 0.0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), seconds);
+    return result.ec == std::errc{} && seconds >= 0.001 && seconds <= 1e9 ? "" : "must be from 1ms to 1000000000s";
 }
 
 std::string RefuseNoTarget(const std::string& text) {
@@ -60,11 +65,11 @@ CLI::App* AddMonitor(CLI::App& app, MonitorOptions& options) {
     command->add_option("--for", options.seconds, "How long, such as 10s or 2min; until Ctrl+C when left out")
         ->type_name("TIME")
         ->transform(Seconds())
-        ->check(RefuseShortTime);
+        ->check(RefuseOddTime);
     command->add_option("--every", options.intervalSeconds, "Time between two tables, 500ms when left out")
         ->type_name("TIME")
         ->transform(Seconds())
-        ->check(RefuseShortTime);
+        ->check(RefuseOddTime);
     const auto addTargets = [&options](const std::vector<std::string>& texts) {
         for (const std::string& text : texts) {
             options.targets.push_back(*ParseTargetSetting(text));
@@ -188,7 +193,8 @@ int wmain(int argc, wchar_t** argv) {
         "oko-host COMMAND --help tells more.\n"
         "\n"
         "Exit codes: 0 done; 1 a target cannot be set; 3 the device could not be initialised; 4 no such library;\n"
-        "5 no such language here; 100 and above: the command line is wrong.");
+        "5 no such language here; 6 the settings cannot be kept; 7 there is no screen; 100 and above: the command\n"
+        "line is wrong.");
     Request request;
     const Commands commands = AddCommands(app, request);
     try {
@@ -200,5 +206,9 @@ int wmain(int argc, wchar_t** argv) {
         return Fail(error, kExitNoLibrary);
     } catch (const LanguageError& error) {
         return Fail(error, kExitNoLanguage);
+    } catch (const SettingsError& error) {
+        return Fail(error, kExitNotKept);
+    } catch (const ScreenError& error) {
+        return Fail(error, kExitNoScreen);
     }
 }

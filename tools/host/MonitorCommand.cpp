@@ -119,7 +119,7 @@ std::string InitFailed(const std::string& device) {
 
 Outcome Monitor(const MonitorOptions& options) {
     const Library library(options.library);
-    CDevApiInterface& device = library.Device(options.device == "simulator" ? oko::kSimulatorDevice : oko::kRealDevice);
+    CDevApiInterface& device = library.Device(options.device);
     Outcome outcome;
     Screen screen;
     Session session(device, [&screen] { screen.MakeRoom(); });

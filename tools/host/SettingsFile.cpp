@@ -30,4 +30,7 @@ Settings ReadSettings(const std::filesystem::path& file) {
 void WriteSettings(const std::filesystem::path& file, const Settings& settings) {
     std::ofstream stream(file);
     stream << kConnectionKey << ToUtf8(settings.connection) << "\n" << kAlarmsKey << ToUtf8(settings.alarms) << "\n";
+    if (!stream.flush()) {
+        throw SettingsError(file.string() + " cannot be written");
+    }
 }

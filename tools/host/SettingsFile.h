@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 
 /// The two settings texts that a host stores for the plug-in, in a file of two lines.
@@ -9,6 +10,14 @@ struct Settings {
     std::wstring alarms;
 };
 
+/// The settings cannot be kept; the text is for the user.
+class SettingsError : public std::runtime_error {
+ public:
+    using std::runtime_error::runtime_error;
+};
+
 /// What the file holds; nothing when it is not there.
 Settings ReadSettings(const std::filesystem::path& file);
+
+/// Throws SettingsError.
 void WriteSettings(const std::filesystem::path& file, const Settings& settings);
