@@ -60,7 +60,10 @@ std::int32_t CDevApiInterface_Impl::ShowConfiguration(wchar_t* text, std::int32_
     // Not bounded by `size`: hosts hand in a buffer for the longest text and rely on getting all of it.
     const AlarmSettingsText settings = FormatAlarmSettings(GatherSettings(*this));
     std::copy_n(settings.c_str(), settings.length() + 1, text);
-    static_cast<CDevApiInterface*>(this)->ApplyConfiguration(text);
+    // Through the object's own table, where a host may have put a slot of its own; volatile, or the compiler takes the
+    // short cut.
+    CDevApiInterface* volatile self = this;
+    self->ApplyConfiguration(text);
     if (m_bAirMode != airModeBefore) {
         CallHost(oko::kCallbackAirModeChanged, nullptr);
     }

@@ -167,6 +167,44 @@ TEST_F(ConfigurationDialogTests, Ok_WritesTheTextAndSendsTheAlarms) {
     });
 }
 
+/// A host's own slot 5, in place of the device's.
+class ReplacedApplyConfiguration {
+ public:
+    explicit ReplacedApplyConfiguration(CDevApiInterface& device)
+        : m_table(*reinterpret_cast<void***>(&device)), m_device(device) {
+        std::copy_n(m_table, m_copy.size(), m_copy.begin());
+        m_copy[5] = reinterpret_cast<void*>(&Apply);
+        *reinterpret_cast<void***>(&device) = m_copy.data();
+        Applied().clear();
+    }
+    ~ReplacedApplyConfiguration() { *reinterpret_cast<void***>(&m_device) = m_table; }
+    ReplacedApplyConfiguration(const ReplacedApplyConfiguration&) = delete;
+    ReplacedApplyConfiguration& operator=(const ReplacedApplyConfiguration&) = delete;
+
+    static std::vector<std::wstring>& Applied() {
+        static std::vector<std::wstring> texts;
+        return texts;
+    }
+
+ private:
+    static std::int32_t Apply(CDevApiInterface*, const wchar_t* text) {
+        Applied().emplace_back(text);
+        return oko::kSuccess;
+    }
+
+    void** m_table;
+    CDevApiInterface& m_device;
+    std::array<void*, 15> m_copy{};
+};
+
+TEST_F(ConfigurationDialogTests, Ok_AppliesTheTextThroughTheObjectsOwnSlot) {
+    Start({8});
+    const ReplacedApplyConfiguration replaced(Device());
+    Enter({});
+    EXPECT_EQ(ReplacedApplyConfiguration::Applied(), std::vector<std::wstring>{kDefaults});
+    EXPECT_TRUE(server.NewCommands().empty());
+}
+
 TEST_F(ConfigurationDialogTests, EnterKey_IsOk) {
     Start({8});
     EXPECT_EQ(ShowConfiguration([](const OpenDialog& dialog) { dialog.Press(VK_RETURN); }), oko::kSuccess);
