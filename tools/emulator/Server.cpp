@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -15,7 +16,7 @@ constexpr std::string_view kMakeRoom = "oko-control-emulator: make room";
 constexpr std::string_view kRoomMade = "oko-control-emulator: room made";
 
 constexpr long kPollMicroseconds = 50'000;
-constexpr int kOverlapPolls = 10;  // of a placeholder and the server that takes its place
+constexpr std::chrono::milliseconds kOverlap{500};  // of a placeholder and the server that takes its place
 
 /// Owner of a datagram socket.
 class Socket {
@@ -106,11 +107,12 @@ bool AskForRoom(int port) {
     return false;
 }
 
-/// Answers what comes with "no answer".
-void AnswerNothing(const Socket& socket, int polls) {
-    for (int i = 0; i < polls; ++i) {
+/// Hands each datagram to `take` until `stop` gives true.
+void ReceiveUntil(const Socket& socket, const std::function<bool()>& stop,
+                  const std::function<void(const Received&)>& take) {
+    while (!stop()) {
         if (const auto received = ReceiveFrom(socket)) {
-            SendTo(socket, {}, received->peer);
+            take(*received);
         }
     }
 }
@@ -144,21 +146,17 @@ void Serve(int port, const CommandHandler& handler, const std::function<void()>&
         }
     }
     onReady();
-    while (!stop()) {
-        const auto received = ReceiveFrom(socket);
-        if (!received) {
-            continue;
+    ReceiveUntil(socket, stop, [&](const Received& received) {
+        if (received.datagram == kMakeRoom) {
+            SendTo(socket, {}, received.peer);  // no placeholder; and no command either
+            return;
         }
-        if (received->datagram == kMakeRoom) {
-            SendTo(socket, {}, received->peer);  // no placeholder; and no command either
-            continue;
-        }
-        const Transmission transmission = handler(received->datagram);
+        const Transmission transmission = handler(received.datagram);
         Delay(transmission.delayMs, stop);
         for (const std::string& datagram : transmission.datagrams) {
-            SendTo(socket, datagram, received->peer);
+            SendTo(socket, datagram, received.peer);
         }
-    }
+    });
 }
 
 void HoldPort(int port, const std::function<void()>& onReady, const std::function<bool()>& stop) {
@@ -169,16 +167,18 @@ void HoldPort(int port, const std::function<void()>& onReady, const std::functio
         FailInUse(port);
     }
     onReady();
-    while (!stop()) {
-        const auto received = ReceiveFrom(socket);
-        if (!received) {
-            continue;
-        }
-        if (received->datagram == kMakeRoom) {
-            SendTo(socket, kRoomMade, received->peer);
-            AnswerNothing(socket, kOverlapPolls);
-            return;
-        }
-        SendTo(socket, {}, received->peer);
+    bool asked = false;
+    ReceiveUntil(
+        socket, [&] { return asked || stop(); },
+        [&](const Received& received) {
+            asked = received.datagram == kMakeRoom;
+            SendTo(socket, asked ? kRoomMade : std::string_view(), received.peer);
+        });
+    if (!asked) {
+        return;
     }
+    const auto end = std::chrono::steady_clock::now() + kOverlap;
+    ReceiveUntil(
+        socket, [end] { return std::chrono::steady_clock::now() >= end; },
+        [&](const Received& received) { SendTo(socket, {}, received.peer); });
 }
