@@ -1,6 +1,9 @@
 // Which products are connected, and what devices and parameters each offers.
 
-#include "catalogue/ProductRecord.h"
+#include <utility>
+#include <vector>
+
+#include "catalogue/Catalogue.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "link/Exchange.h"
 #include "link/ResultCode.h"
@@ -33,32 +36,37 @@ Reply AskForProducts(CDevApiInterface_Impl& device) noexcept {
     return reply;
 }
 
-void EnumerateProduct(CDevApiInterface_Impl& device, ProductRecord& record) {
-    const int product = record.m_iProduct;
+/// Each list is read aside and put into the catalogue whole.
+void EnumerateProduct(CDevApiInterface_Impl& device, std::size_t index, std::int32_t product) {
+    std::vector<std::int32_t> devices;
     TakeIntegers(device, Ask(device, FormatCommand(command::kListDev, {product}), kListReplySize),
-                 [&](int number) { record.m_devices.push_back(number); });
-    if (product >= kFirstProductWithParams && product <= kLastProductWithParams) {
-        TakeIntegers(device, Ask(device, FormatCommand(command::kListParams, {product}), kListReplySize),
-                     [&](int number) {
-                         record.m_params.push_back({number, {}});
-                     });
+                 [&](int number) { devices.push_back(number); });
+    SetDevices(device, index, product, std::move(devices));
+    if (product < kFirstProductWithParams || product > kLastProductWithParams) {
+        return;
     }
+    std::vector<ParamRecord> parameters;
+    TakeIntegers(device, Ask(device, FormatCommand(command::kListParams, {product}), kListReplySize), [&](int number) {
+        parameters.push_back({number, {}});
+    });
+    SetParameters(device, index, product, std::move(parameters));
 }
 
 }  // namespace
 
 void CDevApiInterface_Impl::EnumerateProducts() {
-    const Reply products = AskForProducts(*this);
-    m_products.clear();
-    TakeIntegers(*this, products, [&](int number) { m_products.push_back({number, {}, {}}); });
-    if (m_products.empty()) {
+    const Reply reply = AskForProducts(*this);
+    std::vector<ProductRecord> products;
+    TakeIntegers(*this, reply, [&](int number) { products.push_back({number, {}, {}}); });
+    ReplaceProducts(*this, std::move(products));
+
+    const auto first = ProductAt(*this, 0);
+    if (!first) {
         return;
     }
-
-    const int first = m_products.front().m_iProduct;
-    TakeIntegers(*this, Ask(*this, FormatCommand(command::kReadComPort, {first}), kListReplySize),
+    TakeIntegers(*this, Ask(*this, FormatCommand(command::kReadComPort, {*first}), kListReplySize),
                  [&](int number) { m_iComPort = number; });  // the last one wins
-    for (ProductRecord& record : m_products) {
-        EnumerateProduct(*this, record);
+    for (std::size_t i = 0; const auto product = ProductAt(*this, i); ++i) {
+        EnumerateProduct(*this, i, *product);
     }
 }

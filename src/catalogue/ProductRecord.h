@@ -1,15 +1,18 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
 /// A parameter that a product offers for reading.
 struct ParamRecord {
+    static constexpr std::size_t kValueSize = 64;
+
     std::int32_t m_iParam = 0;
 
     /// The last reply to a read of this parameter, ending in a zero; empty before the first.
-    std::array<char, 64> m_szValue{};
+    std::array<char, kValueSize> m_szValue{};
 };
 
 /// A connected Okolab product, in the server's numbering.

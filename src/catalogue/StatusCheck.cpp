@@ -2,11 +2,9 @@
 
 #include "catalogue/StatusCheck.h"
 
-#include <algorithm>
-
 #include "base/Numbers.h"
 #include "base/Text.h"
-#include "catalogue/ProductRecord.h"
+#include "catalogue/Catalogue.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "link/Reply.h"
 
@@ -15,37 +13,12 @@ namespace {
 constexpr std::size_t kStatusPrefixLength = 9;  // "0_status_"
 constexpr std::size_t kMaxStatusDigits = 3;
 
-LogLine& AppendInteger(LogLine& line, int value) noexcept {
-    std::array<char, 16> digits;
-    const int length = FormatInteger(digits, value);
-    return line.AppendBytes({digits.data(), static_cast<std::size_t>(length)});
-}
-
 void LogStatusError(CDevApiInterface_Impl& device, const StatusError& status) noexcept {
     LogLine line(L"OKO-Lab bold line status error: product ");
     AppendInteger(line, status.product).Append(L", device ");
     AppendInteger(line, status.device).Append(L", error: ");
     AppendInteger(line, status.error);
     device.Log(line.c_str());
-}
-
-/// Takes a device out of its product, and a product without devices out of the catalogue.
-void RemoveDevice(std::vector<ProductRecord>& products, const StatusError& status) {
-    const auto record = std::ranges::find(products, status.product, &ProductRecord::m_iProduct);
-    if (record == products.end()) {
-        return;
-    }
-    // The index moves on after an erasure too, so that the element that moved into the gap is not compared. The server
-    // never lists a device twice; kept as it is.
-    auto& devices = record->m_devices;
-    for (std::size_t i = 0; i < devices.size(); ++i) {
-        if (devices[i] == status.device) {
-            devices.erase(devices.begin() + static_cast<std::ptrdiff_t>(i));
-        }
-    }
-    if (devices.empty()) {
-        products.erase(record);
-    }
 }
 
 }  // namespace
@@ -79,7 +52,7 @@ void CDevApiInterface_Impl::CheckStatus(const char* reply, int replyLength) noex
     const std::size_t length = replyLength > 0 ? static_cast<std::size_t>(replyLength) : 0;
     const auto outcome = ParseStatus({reply, length}, [&](const StatusError& status) {
         LogStatusError(*this, status);
-        RemoveDevice(m_products, status);
+        RemoveDevice(*this, status.product, status.device);
     });
     if (outcome == StatusOutcome::NumberTooLong) {
         FatalFault(L"OKO-Lab bold line CheckStatus: a number in the server's reply is too long.");

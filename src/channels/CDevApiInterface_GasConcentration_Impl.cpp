@@ -4,7 +4,6 @@
 #include <string_view>
 
 #include "channels/ChannelNames.h"
-#include "channels/GasKind.h"
 #include "channels/ParameterRead.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "link/Exchange.h"
@@ -25,8 +24,8 @@ constexpr WriteRules kWriteRules{L"CDevApiInterface_GasConcentration_Impl::SetTa
 /// A new air mode has to be read this often in a row, and once more, before it is believed.
 constexpr std::uint32_t kStatusRepeats = 3;
 
-bool IsO2Controller(std::int32_t product, std::int32_t channel) noexcept {
-    return GasKindOf(product, channel) == GasKind::O2;
+bool IsO2Controller(const CDevApiInterface_GasConcentration_Impl& channel) noexcept {
+    return GasKindOf(channel) == GasKind::O2;
 }
 
 }  // namespace
@@ -42,15 +41,16 @@ CDevApiInterface_GasConcentration_Impl::CDevApiInterface_GasConcentration_Impl(C
 std::int32_t CDevApiInterface_GasConcentration_Impl::SetEnabled(std::uint8_t) noexcept { return oko::kSuccess; }
 
 std::int32_t CDevApiInterface_GasConcentration_Impl::GetName(wchar_t* buffer, std::int32_t length) noexcept {
-    return CopyChannelName(FindChannelName(kGasNames, m_iProduct, m_iChannel), buffer, length);
+    const ChannelAddress address = Get(m_address);
+    return CopyChannelName(FindChannelName(kGasNames, address.m_iProduct, address.m_iChannel), buffer, length);
 }
 
 std::int32_t CDevApiInterface_GasConcentration_Impl::NoOperation() noexcept { return oko::kSuccess; }
 
 std::int32_t CDevApiInterface_GasConcentration_Impl::SetTargetGasConcentration(double value) noexcept {
-    const double clamped = ClampPercentTarget(value, m_dMin, m_dMax);
-    if (WriteSetPoint(*m_pDevice, kWriteRules, m_bLogCommunication != 0, m_iProduct, m_iChannel, clamped) !=
-        oko::kSuccess) {
+    const SetPointPlace place = PlaceOf(*this);
+    const double clamped = ClampPercentTarget(value, place.min, place.max);
+    if (WriteSetPoint(*m_pDevice, kWriteRules, m_bLogCommunication != 0, place.address, clamped) != oko::kSuccess) {
         return oko::kFailure;
     }
     StoreTarget(*m_pDevice, m_dTarget, clamped);
@@ -58,16 +58,24 @@ std::int32_t CDevApiInterface_GasConcentration_Impl::SetTargetGasConcentration(d
 }
 
 std::int32_t CDevApiInterface_GasConcentration_Impl::GetTargetGasConcentration(double* value) noexcept {
-    if (value != nullptr && !m_pDevice->m_bBusy && IsO2Controller(m_iProduct, m_iChannel)) {
+    if (value == nullptr) {
+        return oko::kFailure;
+    }
+    if (m_pDevice->m_bBusy) {
+        *value = Get(m_dTarget);
+        return oko::kSuccess;
+    }
+    if (IsO2Controller(*this)) {
         WatchAirMode();
     }
-    return ReadChannelValue(*m_pDevice, kTargetRules, m_bLogCommunication != 0,
-                            FormatCommand(command::kReadTarget, {m_iProduct, m_iChannel}), m_dTarget, value);
+    // Not asked again whether the device is busy: who got here while it was free gets an answer of the server.
+    return AskChannelValue(*m_pDevice, kTargetRules, m_bLogCommunication != 0,
+                           FormatFor(command::kReadTarget, Get(m_address)), m_dTarget, value);
 }
 
 std::int32_t CDevApiInterface_GasConcentration_Impl::GetCurrentGasConcentration(double* value) noexcept {
     return ReadChannelValue(*m_pDevice, kCurrentRules, m_bLogCommunication != 0,
-                            FormatCommand(command::kReadCurrent, {m_iProduct, m_iChannel}), m_dCurrent, value);
+                            FormatFor(command::kReadCurrent, Get(m_address)), m_dCurrent, value);
 }
 
 std::int32_t CDevApiInterface_GasConcentration_Impl::GetGasConcentrationState(std::uint32_t* state) noexcept {
@@ -84,7 +92,7 @@ std::int32_t CDevApiInterface_GasConcentration_Impl::GetTolerance(double* below,
 }
 
 bool CDevApiInterface_GasConcentration_Impl::HasFeature(std::int32_t feature) noexcept {
-    return feature == oko::kFeatureAirMode && m_pDevice->m_bAirMode != 0 && IsO2Controller(m_iProduct, m_iChannel);
+    return feature == oko::kFeatureAirMode && m_pDevice->m_bAirMode != 0 && IsO2Controller(*this);
 }
 
 void* CDevApiInterface_GasConcentration_Impl::DeletingDestructor(unsigned flags) noexcept {
@@ -97,12 +105,13 @@ std::int32_t CDevApiInterface_GasConcentration_Impl::ReadAirMode(std::uint8_t* s
         *status = m_pDevice->m_bAirMode;
         return oko::kSuccess;
     }
-    if (!HasAirMode(m_iProduct)) {
+    const std::int32_t product = Get(m_address).m_iProduct;
+    if (!HasAirMode(product)) {
         return oko::kFailure;
     }
     ParameterText text{};
     const std::scoped_lock lock(m_pDevice->m_csData);
-    if (!ReadDeviceParameter(*m_pDevice, static_cast<std::uint32_t>(m_iProduct), kAirModeParameter, text.data(), true,
+    if (!ReadDeviceParameter(*m_pDevice, static_cast<std::uint32_t>(product), kAirModeParameter, text.data(), true,
                              false, kNoCompanion)) {
         return oko::kFailure;
     }

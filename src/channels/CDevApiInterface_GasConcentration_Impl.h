@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "channels/ChannelRoads.h"
+#include "channels/GasKind.h"
 #include "oko/CDevApiInterface_GasConcentration.h"
 
 class CDevApiInterface_Impl;
@@ -29,8 +30,7 @@ class CDevApiInterface_GasConcentration_Impl final : public CDevApiInterface_Gas
     /// when the product has no air mode or does not tell.
     std::int32_t ReadAirMode(std::uint8_t* status) noexcept;
 
-    std::int32_t m_iProduct = 0;
-    std::int32_t m_iChannel = 0;  // 0, or 1 for a product's second controller
+    SharedAddress m_address;  // its channel is 0, or 1 for a product's second controller
     std::int32_t m_bLogCommunication;
     CDevApiInterface_Impl* m_pDevice;
     std::int32_t m_iIndex;
@@ -39,10 +39,15 @@ class CDevApiInterface_GasConcentration_Impl final : public CDevApiInterface_Gas
     SharedInt m_iState = static_cast<std::int32_t>(oko::kOutsideBand);
     SharedDouble m_dToleranceBelow = 0.5;
     SharedDouble m_dToleranceAbove = 0.5;
-    double m_dMin = 0.0;
+    double m_dMin = 0.0;  // both guarded by m_csCatalogue
     double m_dMax = 0.0;
     std::uint32_t m_uStatusCount = 0;  // reads in a row that differed from the device's air mode
 
  private:
     void WatchAirMode() noexcept;
 };
+
+inline GasKind GasKindOf(const CDevApiInterface_GasConcentration_Impl& channel) noexcept {
+    const auto [product, number] = Get(channel.m_address);
+    return GasKindOf(product, number);
+}

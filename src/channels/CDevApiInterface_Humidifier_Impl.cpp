@@ -33,16 +33,16 @@ std::int32_t CDevApiInterface_Humidifier_Impl::SetEnabled(std::uint8_t flag) noe
 }
 
 std::int32_t CDevApiInterface_Humidifier_Impl::GetName(wchar_t* buffer, std::int32_t length) noexcept {
-    const auto name = m_iProduct == kHumidifierProduct ? kHumidifierName : std::wstring_view{};
+    const auto name = Get(m_address).m_iProduct == kHumidifierProduct ? kHumidifierName : std::wstring_view{};
     return CopyChannelName(name, buffer, length);
 }
 
 std::int32_t CDevApiInterface_Humidifier_Impl::NoOperation() noexcept { return oko::kSuccess; }
 
 std::int32_t CDevApiInterface_Humidifier_Impl::SetTargetHumidity(double value) noexcept {
-    const double clamped = ClampPercentTarget(value, m_dMin, m_dMax);
-    if (WriteSetPoint(*m_pDevice, kWriteRules, m_bLogCommunication != 0, m_iProduct, m_iChannel, clamped) !=
-        oko::kSuccess) {
+    const SetPointPlace place = PlaceOf(*this);
+    const double clamped = ClampPercentTarget(value, place.min, place.max);
+    if (WriteSetPoint(*m_pDevice, kWriteRules, m_bLogCommunication != 0, place.address, clamped) != oko::kSuccess) {
         return oko::kFailure;
     }
     StoreTarget(*m_pDevice, m_dTarget, clamped);  // not the whole percent that was sent
@@ -51,12 +51,12 @@ std::int32_t CDevApiInterface_Humidifier_Impl::SetTargetHumidity(double value) n
 
 std::int32_t CDevApiInterface_Humidifier_Impl::GetTargetHumidity(double* value) noexcept {
     return ReadChannelValue(*m_pDevice, kTargetRules, m_bLogCommunication != 0,
-                            FormatCommand(command::kReadTarget, {m_iProduct, m_iChannel}), m_dTarget, value);
+                            FormatFor(command::kReadTarget, Get(m_address)), m_dTarget, value);
 }
 
 std::int32_t CDevApiInterface_Humidifier_Impl::GetCurrentHumidity(double* value) noexcept {
     return ReadChannelValue(*m_pDevice, kCurrentRules, m_bLogCommunication != 0,
-                            FormatCommand(command::kReadCurrent, {m_iProduct, m_iChannel}), m_dCurrent, value);
+                            FormatFor(command::kReadCurrent, Get(m_address)), m_dCurrent, value);
 }
 
 std::int32_t CDevApiInterface_Humidifier_Impl::GetHumidityState(std::uint32_t* state) noexcept {

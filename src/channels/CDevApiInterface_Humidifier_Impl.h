@@ -24,8 +24,7 @@ class CDevApiInterface_Humidifier_Impl final : public CDevApiInterface_Humidifie
     bool HasFeature(std::int32_t feature) noexcept override;
     void* DeletingDestructor(unsigned flags) noexcept override;
 
-    std::int32_t m_iProduct = 0;
-    std::int32_t m_iChannel = 0;
+    SharedAddress m_address;
     std::int32_t m_bLogCommunication;  // kept, but this class sends its lines whatever it says
     CDevApiInterface_Impl* m_pDevice;
     std::int32_t m_iIndex;
@@ -34,7 +33,7 @@ class CDevApiInterface_Humidifier_Impl final : public CDevApiInterface_Humidifie
     SharedInt m_iState = static_cast<std::int32_t>(oko::kOutsideBand);
     SharedDouble m_dToleranceBelow = 0.5;
     SharedDouble m_dToleranceAbove = 2.0;
-    double m_dMin = 0.0;
+    double m_dMin = 0.0;  // both guarded by m_csCatalogue
     double m_dMax = 0.0;
-    std::uint8_t m_bEnabled = 1;  // the configuration dialog asks for it
+    std::atomic<std::uint8_t> m_bEnabled = 1;  // the configuration dialog asks for it
 };

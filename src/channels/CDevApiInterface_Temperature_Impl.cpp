@@ -26,18 +26,19 @@ constexpr WriteRules kWriteRules{L"CDevApiInterface_Temperature_Impl::GetCurrent
                                  command::kWriteTemperature, LogGate::Always};
 
 /// Only a product's zones have a set point, not its sensors.
-bool HasSetPoint(std::int32_t product, std::int32_t channel) noexcept {
-    return channel == 0 || (product == kTwoZoneProduct && channel == 1);
+bool HasSetPoint(ChannelAddress address) noexcept {
+    return address.m_iChannel == 0 || (address.m_iProduct == kTwoZoneProduct && address.m_iChannel == 1);
 }
 
-CommandText CurrentCommand(std::int32_t product, std::int32_t channel) noexcept {
+CommandText CurrentCommand(ChannelAddress address) noexcept {
+    const auto [product, channel] = address;
     constexpr std::int32_t kFirstParameterProduct = 8;
     constexpr std::int32_t kLastParameterProduct = 15;
     if (product >= kFirstParameterProduct && product <= kLastParameterProduct && channel >= 1) {
-        return FormatCommand(command::kReadParam, {product, channel});
+        return FormatFor(command::kReadParam, address);
     }
     if (product == kTwoZoneProduct || channel > 0) {
-        return FormatCommand(command::kReadCurrent, {product, channel});
+        return FormatFor(command::kReadCurrent, address);
     }
     return FormatCommand(command::kReadCurrentOnly, {product});
 }
@@ -59,26 +60,28 @@ CDevApiInterface_Temperature_Impl::CDevApiInterface_Temperature_Impl(CDevApiInte
 std::int32_t CDevApiInterface_Temperature_Impl::SetEnabled(std::uint8_t) noexcept { return oko::kSuccess; }
 
 std::int32_t CDevApiInterface_Temperature_Impl::GetName(wchar_t* buffer, std::int32_t length) noexcept {
-    return CopyChannelName(FindChannelName(kTemperatureNames, m_iProduct, m_iChannel), buffer, length);
+    const ChannelAddress address = Get(m_address);
+    return CopyChannelName(FindChannelName(kTemperatureNames, address.m_iProduct, address.m_iChannel), buffer, length);
 }
 
 std::int32_t CDevApiInterface_Temperature_Impl::NoOperation() noexcept { return oko::kSuccess; }
 
 std::int32_t CDevApiInterface_Temperature_Impl::SetTargetTemperature(double value) noexcept {
-    if (!HasSetPoint(m_iProduct, m_iChannel)) {
+    const SetPointPlace place = PlaceOf(*this);
+    if (!HasSetPoint(place.address)) {
         return oko::kFailure;
     }
-    const double clamped = ClampTemperatureTarget(value, m_dMin, m_dMax);
+    const double clamped = ClampTemperatureTarget(value, place.min, place.max);
     const double previous = Get(m_dTarget);
-    if (WriteSetPoint(*m_pDevice, kWriteRules, m_bLogCommunication != 0, m_iProduct, m_iChannel, clamped) !=
-        oko::kSuccess) {
+    if (WriteSetPoint(*m_pDevice, kWriteRules, m_bLogCommunication != 0, place.address, clamped) != oko::kSuccess) {
         return oko::kFailure;
     }
 
     double readBack = 0.0;
     const bool confirmed = GetTargetTemperature(&readBack) == oko::kSuccess;
     if (!confirmed) {
-        Tell(*m_pDevice, FormatCommand(command::kWriteTemperature, {m_iProduct, m_iChannel, previous}));
+        Tell(*m_pDevice,
+             FormatCommand(command::kWriteTemperature, {place.address.m_iProduct, place.address.m_iChannel, previous}));
     }
     const std::scoped_lock lock(m_pDevice->m_csData);
     Put(m_dTarget, confirmed ? clamped : previous);
@@ -86,15 +89,16 @@ std::int32_t CDevApiInterface_Temperature_Impl::SetTargetTemperature(double valu
 }
 
 std::int32_t CDevApiInterface_Temperature_Impl::GetTargetTemperature(double* value) noexcept {
-    if (!HasSetPoint(m_iProduct, m_iChannel)) {
+    const ChannelAddress address = Get(m_address);
+    if (!HasSetPoint(address)) {
         return oko::kFailure;
     }
     return ReadChannelValue(*m_pDevice, kTargetRules, m_bLogCommunication != 0,
-                            FormatCommand(command::kReadTarget, {m_iProduct, m_iChannel}), m_dTarget, value);
+                            FormatFor(command::kReadTarget, address), m_dTarget, value);
 }
 
 std::int32_t CDevApiInterface_Temperature_Impl::GetCurrentTemperature(double* value) noexcept {
-    return ReadChannelValue(*m_pDevice, kCurrentRules, m_bLogCommunication != 0, CurrentCommand(m_iProduct, m_iChannel),
+    return ReadChannelValue(*m_pDevice, kCurrentRules, m_bLogCommunication != 0, CurrentCommand(Get(m_address)),
                             m_dCurrent, value);
 }
 
@@ -144,8 +148,9 @@ std::int32_t CDevApiInterface_Temperature_Impl::GetTemperatureLimits(double* min
         return oko::kFailure;
     }
     const std::scoped_lock lock(m_pDevice->m_csData);
-    *min = m_dMin;
-    *max = m_dMax;
+    const SetPointPlace place = PlaceOf(*this);
+    *min = place.min;
+    *max = place.max;
     return oko::kSuccess;
 }
 
@@ -153,7 +158,8 @@ bool CDevApiInterface_Temperature_Impl::HasFeature(std::int32_t feature) noexcep
     if (feature != oko::kFeatureSensorOnly) {
         return false;
     }
-    return m_iProduct == kTwoZoneProduct ? m_iChannel == kTwoZoneSensor : m_iChannel > 0;
+    const ChannelAddress address = Get(m_address);
+    return address.m_iProduct == kTwoZoneProduct ? address.m_iChannel == kTwoZoneSensor : address.m_iChannel > 0;
 }
 
 void* CDevApiInterface_Temperature_Impl::DeletingDestructor(unsigned flags) noexcept {

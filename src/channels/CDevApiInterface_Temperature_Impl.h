@@ -27,8 +27,7 @@ class CDevApiInterface_Temperature_Impl final : public CDevApiInterface_Temperat
     bool HasFeature(std::int32_t feature) noexcept override;
     void* DeletingDestructor(unsigned flags) noexcept override;
 
-    std::int32_t m_iProduct = 0;  // 7 to 17; 0 until Init assigns it
-    std::int32_t m_iChannel = 0;  // sensor in the product, or the parameter number of a sensor read as one
+    SharedAddress m_address;
     std::int32_t m_bLogCommunication;
     CDevApiInterface_Impl* m_pDevice;
     std::int32_t m_iIndex;
@@ -37,7 +36,7 @@ class CDevApiInterface_Temperature_Impl final : public CDevApiInterface_Temperat
     double m_dRate = 0.4;            // signed heating rate of the simulation
     SharedDouble m_dToleranceBelow = 0.2;
     SharedDouble m_dToleranceAbove = 0.2;
-    double m_dMin = 20.0;
+    double m_dMin = 20.0;  // both guarded by m_csCatalogue
     double m_dMax = 50.0;
     SharedInt m_iState = static_cast<std::int32_t>(oko::kTemperatureNone);
     std::int64_t m_llFrequency;     // of the performance counter

@@ -41,16 +41,24 @@ void LogErrorReply(CDevApiInterface_Impl& device, std::wstring_view method, cons
 
 }  // namespace
 
+CommandText FormatFor(std::string_view format, ChannelAddress address) noexcept {
+    return FormatCommand(format, {address.m_iProduct, address.m_iChannel});
+}
+
 std::int32_t ReadChannelValue(CDevApiInterface_Impl& device, const ReadRules& rules, bool bChannelLogs,
                               const CommandText& command, SharedDouble& cache, double* value) noexcept {
-    if (value == nullptr) {
-        return oko::kFailure;
-    }
-    if (rules.answersWhileBusy && device.m_bBusy) {
+    if (value != nullptr && rules.answersWhileBusy && device.m_bBusy) {
         *value = Get(cache);
         return oko::kSuccess;
     }
+    return AskChannelValue(device, rules, bChannelLogs, command, cache, value);
+}
 
+std::int32_t AskChannelValue(CDevApiInterface_Impl& device, const ReadRules& rules, bool bChannelLogs,
+                             const CommandText& command, SharedDouble& cache, double* value) noexcept {
+    if (value == nullptr) {
+        return oko::kFailure;
+    }
     const Reply reply = Ask(device, command);
     if (!reply.IsAnswer()) {
         return oko::kFailure;
@@ -76,8 +84,8 @@ std::int32_t ReadChannelValue(CDevApiInterface_Impl& device, const ReadRules& ru
 }
 
 std::int32_t WriteSetPoint(CDevApiInterface_Impl& device, const WriteRules& rules, bool bChannelLogs,
-                           std::int32_t product, std::int32_t channel, double value) noexcept {
-    const Reply reply = Ask(device, FormatCommand(rules.format, {product, channel, value}));
+                           ChannelAddress address, double value) noexcept {
+    const Reply reply = Ask(device, FormatCommand(rules.format, {address.m_iProduct, address.m_iChannel, value}));
     if (!reply.IsAnswer()) {
         return oko::kFailure;
     }

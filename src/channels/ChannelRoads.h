@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string_view>
 
 #include "link/Commands.h"
@@ -21,6 +22,35 @@ inline std::int32_t Get(const SharedInt& field) noexcept { return field.load(std
 inline void Put(SharedDouble& field, double value) noexcept { field.store(value, std::memory_order_relaxed); }
 inline void Put(SharedInt& field, std::int32_t value) noexcept { field.store(value, std::memory_order_relaxed); }
 
+/// Which sensor of which product a channel stands for. One value, so that no command pairs a product with the sensor of
+/// another one while Init assigns the channels anew.
+struct ChannelAddress {
+    std::int32_t m_iProduct = 0;  // 7 to 17; 0 until Init assigns it
+    std::int32_t m_iChannel = 0;  // sensor in the product, or the parameter number of a sensor read as one
+    bool operator==(const ChannelAddress&) const = default;
+};
+using SharedAddress = std::atomic<ChannelAddress>;
+static_assert(SharedAddress::is_always_lock_free);
+
+inline ChannelAddress Get(const SharedAddress& field) noexcept { return field.load(std::memory_order_relaxed); }
+inline void Put(SharedAddress& field, ChannelAddress value) noexcept { field.store(value, std::memory_order_relaxed); }
+
+/// Where a set point goes and what it may be; read together because Init changes them together.
+struct SetPointPlace {
+    ChannelAddress address;
+    double min;
+    double max;
+};
+
+template <class Channel>
+SetPointPlace PlaceOf(const Channel& channel) noexcept {
+    const std::scoped_lock lock(channel.m_pDevice->m_csCatalogue);
+    return {Get(channel.m_address), channel.m_dMin, channel.m_dMax};
+}
+
+/// A command that names a channel by its product and its number in it.
+CommandText FormatFor(std::string_view format, ChannelAddress address) noexcept;
+
 /// Which log lines a road sends.
 enum class LogGate {
     Always,
@@ -38,8 +68,12 @@ struct ReadRules {
 };
 
 /// Sends `command` and reads the value of its reply into `value` and `cache`. A reply without a value leaves both as
-/// they were and succeeds. `bChannelLogs`: the channel's own log flag. Returns the host's result. Any thread; blocks
-/// until the server answers; allocates nothing.
+/// they were and succeeds. `bChannelLogs`: the channel's own log flag. Returns the host's result, -1 when `value` is
+/// null. Any thread; blocks until the server answers; allocates nothing.
+std::int32_t AskChannelValue(CDevApiInterface_Impl& device, const ReadRules& rules, bool bChannelLogs,
+                             const CommandText& command, SharedDouble& cache, double* value) noexcept;
+
+/// The same, but answers from `cache` while the device is busy, where the rules say so.
 std::int32_t ReadChannelValue(CDevApiInterface_Impl& device, const ReadRules& rules, bool bChannelLogs,
                               const CommandText& command, SharedDouble& cache, double* value) noexcept;
 
@@ -53,7 +87,7 @@ struct WriteRules {
 /// Sends a set point and judges the reply. Returns the host's result. Any thread; blocks until the server answers;
 /// allocates nothing.
 std::int32_t WriteSetPoint(CDevApiInterface_Impl& device, const WriteRules& rules, bool bChannelLogs,
-                           std::int32_t product, std::int32_t channel, double value) noexcept;
+                           ChannelAddress address, double value) noexcept;
 
 /// The part of SetTarget... that gas and humidity share: 0 to 99.99, then the channel's own range. A number that is
 /// none becomes the lowest target.

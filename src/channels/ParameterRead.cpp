@@ -1,11 +1,10 @@
 #include "channels/ParameterRead.h"
 
 #include <algorithm>
-#include <span>
-#include <vector>
 
 #include "base/Numbers.h"
-#include "catalogue/ProductRecord.h"
+#include "base/Text.h"
+#include "catalogue/Catalogue.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "link/Exchange.h"
 #include "link/ResultCode.h"
@@ -16,42 +15,16 @@ namespace {
 // them.
 constexpr std::wstring_view kMethod = L"CDevApiInterface_Temperature_Impl::GetCurrentTemperature";
 
-/// The lists are ascending: the search ends at the first larger number.
-ParamRecord* FindParameter(std::vector<ProductRecord>& products, std::uint32_t product,
-                           std::uint32_t parameter) noexcept {
-    const auto record = std::ranges::find(products, static_cast<std::int32_t>(product), &ProductRecord::m_iProduct);
-    if (record == products.end()) {
-        return nullptr;
-    }
-    for (ParamRecord& param : record->m_params) {
-        const auto number = static_cast<std::uint32_t>(param.m_iParam);
-        if (number > parameter) {
-            return nullptr;
-        }
-        if (number == parameter) {
-            return &param;
-        }
-    }
-    return nullptr;
-}
-
-/// Copies as much of `text` as fits before a terminator.
-void CopyText(std::string_view text, std::span<char> buffer) noexcept {
-    const std::size_t length = std::min(text.size(), buffer.size() - 1);
-    std::copy_n(text.begin(), length, buffer.begin());
-    buffer[length] = '\0';
-}
-
 Reply AskParameter(CDevApiInterface_Impl& device, std::uint32_t product, std::uint32_t parameter) noexcept {
     return Ask(device, FormatCommand(command::kReadParam,
                                      {static_cast<std::int32_t>(product), static_cast<std::int32_t>(parameter)}));
 }
 
 /// The reply that the catalogue keeps, as if it had just come.
-Reply CachedReply(const ParamRecord& param) noexcept {
+Reply CachedReply(const KeptReply& kept) noexcept {
     Reply reply;
-    const std::string_view text(param.m_szValue.data());
-    CopyText(text, {reply.data(), static_cast<std::size_t>(reply.capacity())});
+    const std::string_view text(kept.data());
+    CopyCut(text, {reply.data(), static_cast<std::size_t>(reply.capacity())});
     reply.m_nLength = static_cast<int>(text.size());
     return reply;
 }
@@ -71,7 +44,7 @@ double ReadCompanion(CDevApiInterface_Impl& device, std::uint32_t product, std::
         return 0.0;
     }
     ParameterText value{};
-    CopyText(companion.bytes().substr(std::min(*position, companion.bytes().size())), value);
+    CopyCut(companion.bytes().substr(std::min(*position, companion.bytes().size())), value);
     return ParseDouble(DropLineEnd(value.data()));
 }
 
@@ -88,7 +61,7 @@ Payload TakePayload(std::string_view reply, std::uint32_t parameter, bool check,
     if (payload.front() == 'e' || (check && payload.front() == 'n')) {
         return Payload::Rejected;
     }
-    CopyText(DropLineEnd(payload), {value, ParameterText{}.size()});
+    CopyCut(DropLineEnd(payload), {value, ParameterText{}.size()});
     if (check && parameter != kAirModeParameter && ParseDouble(value) - companion == 0.0) {
         return Payload::Rejected;
     }
@@ -99,18 +72,20 @@ Payload TakePayload(std::string_view reply, std::uint32_t parameter, bool check,
 
 bool ReadDeviceParameter(CDevApiInterface_Impl& device, std::uint32_t product, std::uint32_t parameter, char* value,
                          bool check, bool useCache, std::int32_t second) noexcept {
-    ParamRecord* const param = FindParameter(device.m_products, product, parameter);
-    if (param == nullptr) {
+    const auto productNumber = static_cast<std::int32_t>(product);
+    const auto kept = FindKeptReply(device, productNumber, parameter);
+    if (!kept) {
         return false;
     }
 
     Reply reply;
     double companion = 0.0;
-    if (useCache && param->m_szValue.front() != '\0') {
-        reply = CachedReply(*param);
+    if (useCache && kept->front() != '\0') {
+        reply = CachedReply(*kept);
     } else {
         reply = AskParameter(device, product, parameter);
-        CopyText(reply.text(), param->m_szValue);
+        // Looked up again: the catalogue may be another one since the server was asked.
+        KeepReply(device, productNumber, parameter, reply.text());
         if (second >= 1 && check) {
             companion = ReadCompanion(device, product, second, reply);
         }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <mutex>
 
 #include "channels/CDevApiInterface_GasConcentration_Impl.h"
@@ -29,7 +30,8 @@ double Jitter() noexcept {
 enum class ZoneKind { Follower, Room, Warm, Controlled };
 
 /// The order decides: a product's further channels follow its first one before anything else is asked.
-ZoneKind KindOf(std::int32_t product, std::int32_t channel) noexcept {
+ZoneKind KindOf(ChannelAddress address) noexcept {
+    const auto [product, channel] = address;
     const bool hasRoomSensor = product == 9 || product == 14;
     const bool follows = ((product == 7 || product == 8) && channel > 0) ||
                          (hasRoomSensor && channel >= 1 && channel != kRoomParameter) ||
@@ -47,10 +49,12 @@ ZoneKind KindOf(std::int32_t product, std::int32_t channel) noexcept {
 /// The zone that a product's sensors follow; null when the product has none.
 const CDevApiInterface_Temperature_Impl* FindMainZone(const CDevApiInterface_Impl& device,
                                                       std::int32_t product) noexcept {
-    const auto found = std::ranges::find_if(device.m_pTemperature, [&](const auto* candidate) {
-        return candidate != nullptr && candidate->m_iProduct == product && candidate->m_iChannel == 0;
-    });
-    return found != device.m_pTemperature.end() ? *found : nullptr;
+    for (const CDevApiInterface_Temperature_Impl* const candidate : device.m_pTemperature) {
+        if (candidate != nullptr && Get(candidate->m_address) == ChannelAddress{product, 0}) {
+            return candidate;
+        }
+    }
+    return nullptr;
 }
 
 /// Where the current value lies, as found at the start of a step.
@@ -78,9 +82,10 @@ void MoveControlledZone(CDevApiInterface_Temperature_Impl& channel, const Band& 
 
 void MoveTemperature(CDevApiInterface_Temperature_Impl& channel, const Band& band, double target,
                      double elapsedSeconds) noexcept {
-    switch (KindOf(channel.m_iProduct, channel.m_iChannel)) {
+    const ChannelAddress address = Get(channel.m_address);
+    switch (KindOf(address)) {
         case ZoneKind::Follower:
-            if (const auto* main = FindMainZone(*channel.m_pDevice, channel.m_iProduct)) {
+            if (const auto* main = FindMainZone(*channel.m_pDevice, address.m_iProduct)) {
                 Put(channel.m_dCurrent, Get(main->m_dCurrent) + Jitter());
             }
             return;
@@ -102,7 +107,7 @@ void RestTemperature(CDevApiInterface_Temperature_Impl& channel, const Band& ban
         Put(channel.m_iState, static_cast<std::int32_t>(oko::kTemperatureNone));
         return;
     }
-    if (channel.m_iProduct == 9 && channel.m_iChannel == 1) {
+    if (Get(channel.m_address) == ChannelAddress{9, 1}) {
         Put(channel.m_dCurrent, kRoomTemperature + Jitter());
     } else if (NextRandom() % 5 == 1) {
         Put(channel.m_dCurrent, target + Jitter());
@@ -132,9 +137,15 @@ std::int32_t PercentState(double target, double current, double below, double ab
 /// Between 0 and 1.
 double NextFraction() noexcept { return NextRandom() / static_cast<double>(kRandomMax); }
 
-bool MayRun(CDevApiInterface_Impl& device) noexcept {
-    const std::scoped_lock lock(device.m_csData);
-    return device.m_bThreadRun;
+/// What a value thread finds after each round.
+enum class ThreadOrder { GoOn, Stop, Replaced };
+
+ThreadOrder AskOrder(const ValueThreadStart& thread) noexcept {
+    const std::scoped_lock lock(thread.device.m_csData);
+    if (thread.device.m_nThreadRun != thread.run) {
+        return ThreadOrder::Replaced;
+    }
+    return thread.device.m_bThreadRun ? ThreadOrder::GoOn : ThreadOrder::Stop;
 }
 
 /// How many channels of each kind the thread visits: those that were live when it started.
@@ -170,20 +181,25 @@ void StepAllChannels(CDevApiInterface_Impl& device, const LiveCounts& counts) no
 
 }  // namespace
 
-std::uint32_t SimulationThread(void* argument) noexcept {
+std::uint32_t SimulationThread(void* start) noexcept {
     constexpr std::uint32_t kCycleMs = 100;
-    if (argument == nullptr) {
+    const std::unique_ptr<ValueThreadStart> thread(static_cast<ValueThreadStart*>(start));
+    if (thread == nullptr) {
         return 0;
     }
-    auto& device = *static_cast<CDevApiInterface_Impl*>(argument);
+    CDevApiInterface_Impl& device = thread->device;
     const LiveCounts counts{static_cast<std::uint32_t>(device.GetTemperatureCount()),
                             static_cast<std::uint32_t>(device.GetGasConcentrationCount()),
                             static_cast<std::uint32_t>(device.GetHumidifierCount())};
-    while (MayRun(device)) {
+    ThreadOrder order = AskOrder(*thread);
+    while (order == ThreadOrder::GoOn) {
         StepAllChannels(device, counts);
         SleepMilliseconds(kCycleMs);
+        order = AskOrder(*thread);
     }
-    device.m_hThreadStopped.Set();
+    if (order == ThreadOrder::Stop) {
+        device.m_hThreadStopped.Set();  // the last that it does with the device; who waits may destroy it now
+    }
     return 0;
 }
 

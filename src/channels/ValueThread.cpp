@@ -1,7 +1,9 @@
 // The device object's side of the simulator's value thread, and what the simulator sees of the channels.
 
 #include <algorithm>
+#include <memory>
 #include <mutex>
+#include <tuple>
 
 #include "channels/CDevApiInterface_GasConcentration_Impl.h"
 #include "channels/CDevApiInterface_Humidifier_Impl.h"
@@ -16,30 +18,42 @@ namespace {
 constexpr std::uint32_t kStopTimeoutMs = 5000;
 constexpr std::uint32_t kReturnDelayMs = 100;
 
-void SetThreadRun(CDevApiInterface_Impl& device, bool run) noexcept {
-    const std::scoped_lock lock(device.m_csData);
-    device.m_bThreadRun = run;
-}
-
 template <class Channel>
 ChannelView ViewOf(const Channel* channel) noexcept {
     if (channel == nullptr) {
         return {};
     }
-    return {true, channel->m_iProduct, channel->m_iChannel, Get(channel->m_dCurrent), Get(channel->m_dTarget)};
+    const auto [product, number] = Get(channel->m_address);
+    return {true, product, number, Get(channel->m_dCurrent), Get(channel->m_dTarget)};
 }
 
 }  // namespace
 
-void CDevApiInterface_Impl::StartValueThread() noexcept {
-    // Armed anew: after a Close both still say that the thread is to stop.
-    SetThreadRun(*this, true);
+void CDevApiInterface_Impl::StartValueThread() noexcept try {
+    auto start = std::make_unique<ValueThreadStart>(*this, 0U);
+    {
+        const std::scoped_lock lock(m_csData);
+        m_bThreadRun = true;  // armed anew: after a Close it still says that the thread is to stop
+        start->run = ++m_nThreadRun;
+    }
+    const std::scoped_lock lock(m_csThread);
     m_hThreadStopped.Reset();
-    m_hThread.Start(SimulationThread, this);
+    m_hThread.Start(SimulationThread, start.get());
+    if (m_hThread.IsOpen()) {
+        std::ignore = start.release();  // the thread owns it now
+    }
+} catch (...) {
+    // Out of memory: the simulator answers, but its values stand still.
 }
 
 void CDevApiInterface_Impl::StopValueThread() noexcept {
-    SetThreadRun(*this, false);
+    {
+        const std::scoped_lock lock(m_csData);
+        m_bThreadRun = false;
+    }
+    // Never under the data lock: the thread needs it to end. A host that calls Close from a callback that holds it
+    // waits for the whole time-out; the thread ends by itself later.
+    const std::scoped_lock lock(m_csThread);
     if (!m_hThread.IsOpen()) {
         return;
     }

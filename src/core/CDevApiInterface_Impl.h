@@ -6,6 +6,7 @@
 #include <optional>
 #include <vector>
 
+#include "core/ChannelSlot.h"
 #include "oko/CDevApiInterface.h"
 #include "platform/Sync.h"
 #include "platform/UdpSocket.h"
@@ -19,8 +20,9 @@ struct ChannelViews;
 
 /// The device object: one per device index. It owns the channels, the link to the server and the catalogue of products.
 ///
-/// Every slot runs on the host's thread. Fields that the simulator's value thread or a second host thread reads without
-/// a lock are atomic and accessed relaxed.
+/// The thread rules of the host are in oko/CDevApiInterface.h. Every field that several threads use is atomic, or
+/// guarded by the lock that its comment names. The locks are taken in this order: m_csData, m_csThread, m_csSocket,
+/// m_csCatalogue; the host is never called under the last three.
 class CDevApiInterface_Impl final : public CDevApiInterface {
  public:
     static constexpr int kTemperatures = static_cast<int>(oko::kTemperatureChannels);
@@ -112,7 +114,7 @@ class CDevApiInterface_Impl final : public CDevApiInterface {
 
     // core/DeviceObject.cpp
 
-    /// Calls the host when there is a callback. An exception that the host lets out ends here.
+    /// Calls the host when there is a callback, which is looked at once. An exception that the host lets out ends here.
     void CallHost(std::int32_t code, const wchar_t* text) noexcept;
 
     /// Hands one line to the host's log.
@@ -125,33 +127,40 @@ class CDevApiInterface_Impl final : public CDevApiInterface {
     [[noreturn]] void FatalFault(const wchar_t* reason) noexcept;
 
     /// Takes a channel that was deleted through its own slot out of its array.
-    void ForgetTemperature(int index) noexcept { m_pTemperature[static_cast<std::size_t>(index)] = nullptr; }
-    void ForgetGasConcentration(int index) noexcept { m_pGasConcentration[static_cast<std::size_t>(index)] = nullptr; }
-    void ForgetHumidifier(int index) noexcept { m_pHumidifier[static_cast<std::size_t>(index)] = nullptr; }
+    void ForgetTemperature(int index) noexcept { m_pTemperature[static_cast<std::size_t>(index)].Take(); }
+    void ForgetGasConcentration(int index) noexcept { m_pGasConcentration[static_cast<std::size_t>(index)].Take(); }
+    void ForgetHumidifier(int index) noexcept { m_pHumidifier[static_cast<std::size_t>(index)].Take(); }
 
-    std::uint32_t m_iDeviceIndex;
-    Thread m_hThread;             // the simulator's value thread
+    const std::uint32_t m_iDeviceIndex;
+    Thread m_hThread;             // the simulator's value thread, guarded by m_csThread
     void* m_pHostData = nullptr;  // Init's second argument, not used
 
     // How many channels of each kind are live, and all channels; both bounds hold before the first Init.
-    std::int32_t m_nTemperatures = kTemperatures;
-    std::array<CDevApiInterface_Temperature_Impl*, kTemperatures> m_pTemperature{};
-    std::int32_t m_nGasConcentrations = kGasConcentrations;
-    std::array<CDevApiInterface_GasConcentration_Impl*, kGasConcentrations> m_pGasConcentration{};
-    std::int32_t m_nHumidifiers = kHumidifiers;
-    std::array<CDevApiInterface_Humidifier_Impl*, kHumidifiers> m_pHumidifier{};
+    std::atomic<std::int32_t> m_nTemperatures = kTemperatures;
+    std::array<ChannelSlot<CDevApiInterface_Temperature_Impl>, kTemperatures> m_pTemperature;
+    std::atomic<std::int32_t> m_nGasConcentrations = kGasConcentrations;
+    std::array<ChannelSlot<CDevApiInterface_GasConcentration_Impl>, kGasConcentrations> m_pGasConcentration;
+    std::atomic<std::int32_t> m_nHumidifiers = kHumidifiers;
+    std::array<ChannelSlot<CDevApiInterface_Humidifier_Impl>, kHumidifiers> m_pHumidifier;
 
     WindowHandle m_hNotifyWnd = nullptr;  // takes the channels' change notices; nothing sets it
     bool m_bThreadRun = true;             // the value thread goes on; guarded by m_csData
+    std::uint32_t m_nThreadRun = 0;       // which of the value threads that were started may go on; guarded by m_csData
     CriticalSection m_csData;             // channel values, the air-mode watch, m_bThreadRun
-    CriticalSection m_csSocket;           // one send and receive
-    ::HostCallback HostCallback = nullptr;
+    CriticalSection m_csThread;           // m_hThread, while a value thread is started or stopped
+    CriticalSection m_csSocket;           // one send and receive, and the link itself
+
+    // What is connected: m_products, the channels' ranges, m_szSimListconprod. The innermost lock: held for a few lines
+    // at a time, never during an exchange or a call of the host.
+    mutable CriticalSection m_csCatalogue;
+    std::atomic<::HostCallback> HostCallback = nullptr;
     std::atomic<bool> m_bLogCommunication = false;
 
-    std::int32_t m_iProgress = 0;  // percent, last sent to the progress window
-    bool m_bConnectingShown = false;
-    bool m_bSetupComplete = false;  // ApplyConfiguration has run since the last Close
-    WindowHandle m_hProgressWnd = nullptr;
+    std::atomic<std::int32_t> m_iProgress = 0;  // percent, last sent to the progress window
+    std::atomic<bool> m_bConnectingShown = false;
+    std::atomic<bool> m_bSetupComplete = false;  // ApplyConfiguration has run since the last Close
+    std::atomic<WindowHandle> m_hProgressWnd = nullptr;
+    std::atomic<bool> m_bProgressUp = false;  // m_hProgressWnd was opened and not yet destroyed
     ManualResetEvent m_hThreadStopped;
 
     // The host's buffers for the two settings texts and the sizes it gave, in characters.
@@ -161,24 +170,26 @@ class CDevApiInterface_Impl final : public CDevApiInterface {
     std::int32_t m_nConnectionTextLen = 0;
     std::array<double, 2> m_adSpareTolerances{1.0, 1.0};  // not used
 
-    std::int32_t m_iComPort;  // where the incubator is connected
-    bool m_bFindRequested = false;
+    std::atomic<std::int32_t> m_iComPort;  // where the incubator is connected
+    std::atomic<bool> m_bFindRequested = false;
     std::array<std::int32_t, kMaxComPorts> m_aiComPorts{};  // the port list, in list order
     std::int32_t m_nComPorts = 0;
 
     const bool m_bSimulator;
     UdpSocket m_socket;
-    bool m_bServerErrorShown = false;
-    std::vector<ProductRecord> m_products;  // the catalogue
+    std::atomic<bool> m_bServerErrorShown = false;
+    std::vector<ProductRecord> m_products;  // the catalogue, guarded by m_csCatalogue: go through catalogue/Catalogue.h
     std::atomic<std::uint8_t> m_bAirMode = 0;
-    std::int32_t m_iFirstProduct = 7;
-    std::int32_t m_iLastProduct = 17;   // inclusive
-    std::atomic<bool> m_bBusy = false;  // an operation holds the link: channel reads answer from memory
+    const std::int32_t m_iFirstProduct = 7;
+    const std::int32_t m_iLastProduct = 17;  // inclusive
+    std::atomic<bool> m_bBusy = false;       // an operation holds the link: channel reads answer from memory
+    std::atomic<bool> m_bSettingUp = false;  // an Init or a search is under way: a second one is refused
 
     // The simulator's complete reply to "listconprod".
     std::array<char, kSimListconprodSize> m_szSimListconprod{};
 
  private:
     std::int32_t Initialise(::HostCallback callback, void* hostData);
+    void CreateChannels();
     void DestroyChannels() noexcept;
 };

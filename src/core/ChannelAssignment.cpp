@@ -1,10 +1,10 @@
 // The last part of Init: which channel objects are live, and what each of them addresses.
 
-#include <algorithm>
+#include <mutex>
 #include <string_view>
 
 #include "base/Numbers.h"
-#include "catalogue/ProductRecord.h"
+#include "catalogue/Catalogue.h"
 #include "channels/CDevApiInterface_GasConcentration_Impl.h"
 #include "channels/CDevApiInterface_Humidifier_Impl.h"
 #include "channels/CDevApiInterface_Temperature_Impl.h"
@@ -20,17 +20,20 @@ constexpr ChannelRange kSensorRange{0.0, 0.0};
 
 /// Makes the next channel of an array live. A full array takes no more, and the rest of the product goes on without it.
 template <class Channel, std::size_t Count>
-void AddChannel(std::array<Channel*, Count>& channels, std::int32_t& liveCount, std::int32_t product,
-                std::optional<std::int32_t> zone, const ChannelRange& range) noexcept {
+void AddChannel(CDevApiInterface_Impl& device, std::array<ChannelSlot<Channel>, Count>& channels,
+                std::atomic<std::int32_t>& liveCount, std::int32_t product, std::optional<std::int32_t> zone,
+                const ChannelRange& range) noexcept {
     const auto index = static_cast<std::size_t>(liveCount);
     if (index >= Count || channels[index] == nullptr) {
         return;
     }
     Channel& channel = *channels[index];
-    channel.m_iProduct = product;
-    channel.m_iChannel = zone.value_or(channel.m_iChannel);
-    channel.m_dMin = range.min;
-    channel.m_dMax = range.max;
+    {
+        const std::scoped_lock lock(device.m_csCatalogue);
+        Put(channel.m_address, {product, zone.value_or(Get(channel.m_address).m_iChannel)});
+        channel.m_dMin = range.min;
+        channel.m_dMax = range.max;
+    }
     ++liveCount;
 }
 
@@ -38,13 +41,13 @@ void AddChannel(CDevApiInterface_Impl& device, ChannelKind kind, std::int32_t pr
                 const ChannelRange& range) noexcept {
     switch (kind) {
         case ChannelKind::Temperature:
-            AddChannel(device.m_pTemperature, device.m_nTemperatures, product, zone, range);
+            AddChannel(device, device.m_pTemperature, device.m_nTemperatures, product, zone, range);
             return;
         case ChannelKind::Gas:
-            AddChannel(device.m_pGasConcentration, device.m_nGasConcentrations, product, zone, range);
+            AddChannel(device, device.m_pGasConcentration, device.m_nGasConcentrations, product, zone, range);
             return;
         case ChannelKind::Humidity:
-            AddChannel(device.m_pHumidifier, device.m_nHumidifiers, product, zone, range);
+            AddChannel(device, device.m_pHumidifier, device.m_nHumidifiers, product, zone, range);
             return;
     }
 }
@@ -93,12 +96,11 @@ void AddProbedSensors(CDevApiInterface_Impl& device, std::int32_t product,
     }
 }
 
-bool WantsHumidifierSensors(const CDevApiInterface_Impl& device, HumidifierSensors when) noexcept {
+bool WantsHumidifierSensors(CDevApiInterface_Impl& device, HumidifierSensors when) noexcept {
     if (when != HumidifierSensors::WithoutHumidifier) {
         return when == HumidifierSensors::Always;
     }
-    return std::ranges::find(device.m_products, kActiveHumidifier, &ProductRecord::m_iProduct) ==
-           device.m_products.end();
+    return !AnyProduct(device, [](std::int32_t product) noexcept { return product == kActiveHumidifier; });
 }
 
 void AddProduct(CDevApiInterface_Impl& device, std::int32_t product) noexcept {
@@ -118,7 +120,7 @@ void AddProduct(CDevApiInterface_Impl& device, std::int32_t product) noexcept {
 }  // namespace
 
 void CDevApiInterface_Impl::AssignChannels() noexcept {
-    for (const ProductRecord& record : m_products) {
-        AddProduct(*this, record.m_iProduct);
+    for (std::size_t i = 0; const auto product = ProductAt(*this, i); ++i) {
+        AddProduct(*this, *product);
     }
 }

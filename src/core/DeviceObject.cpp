@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <utility>
 
 #include "catalogue/ProductRecord.h"
 #include "channels/CDevApiInterface_GasConcentration_Impl.h"
@@ -18,20 +17,22 @@ namespace {
 
 constexpr std::int32_t kSimulatorComPort = 1;
 
-/// Makes a channel for each place. The channels own themselves from here on: they are freed through their deleting
-/// destructors, as the host's object layout wants it.
+/// Makes a channel for each empty place. The channels own themselves from here on: they are freed through their
+/// deleting destructors, as the host's object layout wants it.
 template <class Channel, std::size_t Count>
-void CreateChannels(CDevApiInterface_Impl& device, std::array<Channel*, Count>& channels) {
+void FillChannels(CDevApiInterface_Impl& device, std::array<ChannelSlot<Channel>, Count>& channels) {
     for (std::size_t i = 0; i < Count; ++i) {
-        channels[i] = std::make_unique<Channel>(device, static_cast<std::int32_t>(i)).release();
+        if (channels[i] == nullptr) {
+            channels[i].Set(std::make_unique<Channel>(device, static_cast<std::int32_t>(i)).release());
+        }
     }
 }
 
 template <class Channel, std::size_t Count>
-void DeleteChannels(std::array<Channel*, Count>& channels) noexcept {
+void DeleteChannels(std::array<ChannelSlot<Channel>, Count>& channels) noexcept {
     constexpr unsigned kFreeMemory = 1;
-    for (Channel*& slot : channels) {
-        if (Channel* const channel = std::exchange(slot, nullptr)) {
+    for (ChannelSlot<Channel>& slot : channels) {
+        if (Channel* const channel = slot.Take()) {
             channel->DeletingDestructor(kFreeMemory);
         }
     }
@@ -39,9 +40,11 @@ void DeleteChannels(std::array<Channel*, Count>& channels) noexcept {
 
 /// The get-channel slots: the bounds are the arrays', not the live counts, and a missing channel is no failure.
 template <class Channel, std::size_t Count, class Interface>
-std::int32_t GetChannel(const std::array<Channel*, Count>& channels, std::uint32_t index, Interface** out) noexcept {
-    if (index < Count && channels[index] != nullptr && out != nullptr) {
-        *out = channels[index];
+std::int32_t GetChannel(const std::array<ChannelSlot<Channel>, Count>& channels, std::uint32_t index,
+                        Interface** out) noexcept {
+    Channel* const channel = index < Count ? channels[index].Get() : nullptr;
+    if (channel != nullptr && out != nullptr) {
+        *out = channel;
     }
     return oko::kSuccess;
 }
@@ -54,9 +57,7 @@ CDevApiInterface_Impl::CDevApiInterface_Impl(std::uint32_t index)
       m_bSimulator(index == oko::kSimulatorDevice) {
     std::ranges::copy(kDefaultListConProdReply, m_szSimListconprod.begin());
     try {
-        CreateChannels(*this, m_pTemperature);
-        CreateChannels(*this, m_pGasConcentration);
-        CreateChannels(*this, m_pHumidifier);
+        CreateChannels();
     } catch (...) {
         DestroyChannels();
         throw;
@@ -64,6 +65,13 @@ CDevApiInterface_Impl::CDevApiInterface_Impl(std::uint32_t index)
 }
 
 CDevApiInterface_Impl::~CDevApiInterface_Impl() { DestroyChannels(); }
+
+/// Fills every empty place.
+void CDevApiInterface_Impl::CreateChannels() {
+    FillChannels(*this, m_pTemperature);
+    FillChannels(*this, m_pGasConcentration);
+    FillChannels(*this, m_pHumidifier);
+}
 
 void CDevApiInterface_Impl::DestroyChannels() noexcept {
     DeleteChannels(m_pTemperature);
@@ -77,7 +85,7 @@ void CDevApiInterface_Impl::DestroyChannels() noexcept {
 std::int32_t CDevApiInterface_Impl::ApplyConnection(const wchar_t* text) noexcept {
     ReportProgress(5);
     if (text != nullptr) {
-        ParseConnectionSettings(text, m_iComPort);
+        m_iComPort = ParseConnectionSettings(text).value_or(m_iComPort);
     }
     ConnectSocket();
     return oko::kSuccess;
@@ -104,8 +112,8 @@ std::int32_t CDevApiInterface_Impl::GetHumidifier(std::uint32_t index, CDevApiIn
 }
 
 void CDevApiInterface_Impl::CallHost(std::int32_t code, const wchar_t* text) noexcept try {
-    if (HostCallback != nullptr) {
-        HostCallback(code, text);
+    if (const ::HostCallback callback = HostCallback) {
+        callback(code, text);
     }
 } catch (...) {
     // The host's own trouble: it must not unwind through our locks and slots.
@@ -114,9 +122,9 @@ void CDevApiInterface_Impl::CallHost(std::int32_t code, const wchar_t* text) noe
 void CDevApiInterface_Impl::Log(const wchar_t* line) noexcept { CallHost(oko::kCallbackLog, line); }
 
 void CDevApiInterface_Impl::ReportProgress(int percent) noexcept {
-    if (m_hProgressWnd != nullptr) {
+    if (const WindowHandle window = m_hProgressWnd) {
         m_iProgress = percent;
-        SendProgress(m_hProgressWnd, percent);
+        SendProgress(window, percent);
     }
 }
 

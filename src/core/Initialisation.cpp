@@ -1,7 +1,8 @@
 // Slot 0: from a host's callback to live channels.
 
-#include "catalogue/ProductRecord.h"
+#include "catalogue/Catalogue.h"
 #include "core/CDevApiInterface_Impl.h"
+#include "core/Flags.h"
 #include "link/Exchange.h"
 #include "link/ProductModes.h"
 #include "platform/Registry.h"
@@ -34,12 +35,13 @@ void ResetLiveCounts(CDevApiInterface_Impl& device) noexcept {
 
 /// Tells the server where each product is connected, and has it check.
 void SendComPorts(CDevApiInterface_Impl& device) noexcept {
+    const std::int32_t port = device.m_iComPort;
     for (int product = device.m_iFirstProduct; product <= device.m_iLastProduct; ++product) {
-        Tell(device, FormatCommand(command::kSetComPort, {product, device.m_iComPort}));
+        Tell(device, FormatCommand(command::kSetComPort, {product, port}));
     }
     // The two mixers have a second link.
-    Tell(device, FormatCommand(command::kSetComPortSecondLink, {12, device.m_iComPort}));
-    Tell(device, FormatCommand(command::kSetComPortSecondLink, {13, device.m_iComPort}));
+    Tell(device, FormatCommand(command::kSetComPortSecondLink, {12, port}));
+    Tell(device, FormatCommand(command::kSetComPortSecondLink, {13, port}));
     for (int product = device.m_iFirstProduct; product <= device.m_iLastProduct; ++product) {
         Tell(device, FormatCommand(command::kCheckConnection, {product}));
     }
@@ -48,7 +50,10 @@ void SendComPorts(CDevApiInterface_Impl& device) noexcept {
 }  // namespace
 
 std::int32_t CDevApiInterface_Impl::Init(::HostCallback callback, void* hostData) noexcept try {
-    return Initialise(callback, hostData);
+    const FlagTurn turn(m_bSettingUp);
+    // Called from the callback of an Init or a search, or on another thread meanwhile: two of them at once would deal
+    // out the channels twice.
+    return turn ? Initialise(callback, hostData) : oko::kFailure;
 } catch (...) {
     return oko::kFailure;  // out of memory; the device stays busy, as after every failed Init
 }
@@ -67,6 +72,7 @@ std::int32_t CDevApiInterface_Impl::Initialise(::HostCallback callback, void* ho
     ReportProgress(25);
     m_pHostData = hostData;
     ResetLiveCounts(*this);
+    CreateChannels();  // those that the host deleted
 
     // A failure leaves m_bBusy set, so that the channels go on answering from memory; the next operation that takes
     // the link clears it.

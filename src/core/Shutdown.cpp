@@ -1,6 +1,6 @@
 // Slot 1: stops what Init started. The object stays and may be initialised again.
 
-#include "catalogue/ProductRecord.h"
+#include "catalogue/Catalogue.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "link/Exchange.h"
 
@@ -10,8 +10,8 @@ void CDevApiInterface_Impl::Close() noexcept {
         StopValueThread();
     }
     Tell(*this, FormatCommand(command::kStart, {0}));
-    for (const ProductRecord& record : m_products) {
-        Tell(*this, FormatCommand(command::kDisconnect, {record.m_iProduct}));
+    for (std::size_t i = 0; const auto product = ProductAt(*this, i); ++i) {
+        Tell(*this, FormatCommand(command::kDisconnect, {*product}));
     }
     DisconnectSocket();
     m_bSetupComplete = false;

@@ -1,6 +1,7 @@
 #include "link/Simulator.h"
 
 #include <algorithm>
+#include <mutex>
 #include <span>
 
 #include "base/Numbers.h"
@@ -191,7 +192,12 @@ SimulatorText SimulatorReply(const SimulatorState& state, std::string_view comma
 
 void CDevApiInterface_Impl::CommandSendSim(const char* command, [[maybe_unused]] int commandLength, char* reply,
                                            int replySize, int* replyLength) noexcept {
-    const SimulatorState state{ViewChannels(), m_szSimListconprod.data(), m_bAirMode != 0};
+    std::array<char, kSimListconprodSize> listconprod;
+    {
+        const std::scoped_lock lock(m_csCatalogue);
+        listconprod = m_szSimListconprod;
+    }
+    const SimulatorState state{ViewChannels(), listconprod.data(), m_bAirMode != 0};
     const SimulatorText text = SimulatorReply(state, command);
     const int length = std::min(static_cast<int>(text.length()), replySize);
     std::copy_n(text.c_str(), length, reply);

@@ -1,6 +1,7 @@
 // The simulator's one answer that a user can change: the products that it reports as connected.
 
 #include <algorithm>
+#include <mutex>
 #include <span>
 
 #include "core/CDevApiInterface_Impl.h"
@@ -50,6 +51,7 @@ void CDevApiInterface_Impl::LoadSimulatorAnswer() noexcept {
         return;
     }
     if (const auto text = key->ReadText(kAnswerValue, buffer)) {
+        const std::scoped_lock lock(m_csCatalogue);
         StoreNarrow(*text, m_szSimListconprod);
     }
 }

@@ -30,8 +30,8 @@ class ManualResetEvent {
     void Set() noexcept;
     void Reset() noexcept;
 
-    /// Waits until the event is set, at most `milliseconds`.
-    void Wait(std::uint32_t milliseconds) noexcept;
+    /// Waits until the event is set, at most `milliseconds`. Returns whether it is.
+    bool Wait(std::uint32_t milliseconds) noexcept;
 
  private:
     struct State;

@@ -4,11 +4,10 @@
 #include <string_view>
 
 #include "base/Numbers.h"
-#include "catalogue/ProductRecord.h"
+#include "catalogue/Catalogue.h"
 #include "channels/CDevApiInterface_GasConcentration_Impl.h"
 #include "channels/CDevApiInterface_Humidifier_Impl.h"
 #include "channels/CDevApiInterface_Temperature_Impl.h"
-#include "channels/GasKind.h"
 #include "channels/ParameterRead.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "link/Exchange.h"
@@ -31,11 +30,10 @@ void SendAlarm(CDevApiInterface_Impl& device, std::string_view format, std::int3
 /// The air mode as the products report it; the last one that answers decides, and without one it is off.
 bool AskAirMode(CDevApiInterface_Impl& device) noexcept {
     int airMode = -1;
-    for (const ProductRecord& record : device.m_products) {
+    for (std::size_t i = 0; const auto product = ProductAt(device, i); ++i) {
         ParameterText text{};
-        if (HasAirMode(record.m_iProduct) &&
-            ReadDeviceParameter(device, static_cast<std::uint32_t>(record.m_iProduct), kAirModeParameter, text.data(),
-                                true, false, kNoCompanion)) {
+        if (HasAirMode(*product) && ReadDeviceParameter(device, static_cast<std::uint32_t>(*product), kAirModeParameter,
+                                                        text.data(), true, false, kNoCompanion)) {
             airMode = ParseInteger(text.data());
         }
     }
@@ -47,13 +45,13 @@ void ApplyGasTolerance(CDevApiInterface_Impl& device, CDevApiInterface_GasConcen
     if (channel == nullptr) {
         return;
     }
-    const GasKind kind = GasKindOf(channel->m_iProduct, channel->m_iChannel);
+    const GasKind kind = GasKindOf(*channel);
     if (kind == GasKind::Neither) {
         return;
     }
     const Tolerance& tolerance = kind == GasKind::Co2 ? settings.co2 : settings.o2;
     Store(*channel, tolerance);
-    SendAlarm(device, command::kGasAlarm, channel->m_iProduct, tolerance);
+    SendAlarm(device, command::kGasAlarm, Get(channel->m_address).m_iProduct, tolerance);
 }
 
 }  // namespace
@@ -70,7 +68,7 @@ std::int32_t CDevApiInterface_Impl::ApplyConfiguration(const wchar_t* text) noex
 
     if (CDevApiInterface_Temperature_Impl* const temperature = m_pTemperature[0]) {
         Store(*temperature, settings.incubator);
-        SendAlarm(*this, command::kTemperatureAlarm, temperature->m_iProduct, settings.incubator);
+        SendAlarm(*this, command::kTemperatureAlarm, Get(temperature->m_address).m_iProduct, settings.incubator);
     }
     ApplyGasTolerance(*this, m_pGasConcentration[0], settings);
     ApplyGasTolerance(*this, m_pGasConcentration[1], settings);
@@ -79,8 +77,9 @@ std::int32_t CDevApiInterface_Impl::ApplyConfiguration(const wchar_t* text) noex
     }
 
     ReportProgress(89);
-    if (m_hProgressWnd != nullptr) {
-        DestroyWindowHandle(m_hProgressWnd);  // the handle stays; messages to a dead window are lost
+    if (const WindowHandle window = m_hProgressWnd) {
+        DestroyWindowHandle(window);  // the handle stays; messages to a dead window are lost
+        m_bProgressUp = false;
     }
     m_bBusy = false;
     m_bSetupComplete = true;

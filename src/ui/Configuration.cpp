@@ -5,7 +5,6 @@
 #include "channels/CDevApiInterface_GasConcentration_Impl.h"
 #include "channels/CDevApiInterface_Humidifier_Impl.h"
 #include "channels/CDevApiInterface_Temperature_Impl.h"
-#include "channels/GasKind.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "ui/AlarmSettings.h"
 #include "ui/ConfigurationDialog.h"
@@ -24,20 +23,19 @@ Tolerance ToleranceOf(const Channel& channel) noexcept {
 /// gas.
 AlarmSettings GatherSettings(const CDevApiInterface_Impl& device) noexcept {
     AlarmSettings settings;
-    if (const auto* const channel = device.m_pTemperature[0]) {
+    if (const auto* const channel = device.m_pTemperature[0].Get()) {
         settings.incubator = ToleranceOf(*channel);
     }
     for (const std::size_t i : {0U, 1U}) {
-        const auto* const channel = device.m_pGasConcentration[i];
-        const GasKind kind =
-            channel != nullptr ? GasKindOf(channel->m_iProduct, channel->m_iChannel) : GasKind::Neither;
+        const auto* const channel = device.m_pGasConcentration[i].Get();
+        const GasKind kind = channel != nullptr ? GasKindOf(*channel) : GasKind::Neither;
         if (kind == GasKind::Co2) {
             settings.co2 = ToleranceOf(*channel);
         } else if (kind == GasKind::O2) {
             settings.o2 = ToleranceOf(*channel);
         }
     }
-    if (const auto* const channel = device.m_pHumidifier[0]) {
+    if (const auto* const channel = device.m_pHumidifier[0].Get()) {
         settings.humidity = ToleranceOf(*channel);
     }
     return settings;
@@ -47,7 +45,8 @@ AlarmSettings GatherSettings(const CDevApiInterface_Impl& device) noexcept {
 
 std::int32_t CDevApiInterface_Impl::ShowConfiguration(wchar_t* text, std::int32_t size,
                                                       oko::WindowHandle parent) noexcept {
-    if (text == nullptr || (m_pTemperature[0] != nullptr && HasOwnAlarms(m_pTemperature[0]->m_iProduct))) {
+    const auto* const temperature = m_pTemperature[0].Get();
+    if (text == nullptr || (temperature != nullptr && HasOwnAlarms(Get(temperature->m_address).m_iProduct))) {
         return oko::kFailure;
     }
     m_pszConfigText = text;

@@ -4,11 +4,10 @@
 #include <optional>
 
 #include "base/Numbers.h"
-#include "catalogue/ProductRecord.h"
+#include "catalogue/Catalogue.h"
 #include "channels/CDevApiInterface_GasConcentration_Impl.h"
 #include "channels/CDevApiInterface_Humidifier_Impl.h"
 #include "channels/CDevApiInterface_Temperature_Impl.h"
-#include "channels/GasKind.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "link/Exchange.h"
 #include "ui/resources/ResourceIds.h"
@@ -35,16 +34,14 @@ bool IsTemperatureProduct(std::int32_t product) noexcept {
 
 bool IsCo2Product(std::int32_t product) noexcept { return product == 10 || product == 12 || product == 13; }
 
-bool AnyProduct(const CDevApiInterface_Impl& device, bool (*test)(std::int32_t) noexcept) noexcept {
-    return std::ranges::any_of(device.m_products, test, &ProductRecord::m_iProduct);
-}
-
 /// Asked product by product, and so only where there is one.
 bool IsHumidityPresent(const CDevApiInterface_Impl& device) noexcept {
-    const auto live = std::clamp(device.m_nHumidifiers, 0, CDevApiInterface_Impl::kHumidifiers);
-    return !device.m_products.empty() &&
+    const auto live = std::clamp(device.m_nHumidifiers.load(), 0, CDevApiInterface_Impl::kHumidifiers);
+    return ProductAt(device, 0).has_value() &&
            std::any_of(device.m_pHumidifier.begin(), device.m_pHumidifier.begin() + live,
-                       [](const auto* channel) { return channel != nullptr && channel->m_bEnabled != 0; });
+                       [](const CDevApiInterface_Humidifier_Impl* channel) {
+                           return channel != nullptr && channel->m_bEnabled != 0;
+                       });
 }
 
 std::wstring FormatField(double value, int decimals) {
@@ -63,7 +60,7 @@ void ShowTolerance(ConfigurationView& view, const FieldPair& pair, const Channel
 
 /// The fields of a gas channel; none when it controls neither gas.
 std::optional<FieldPair> FieldsOf(const CDevApiInterface_GasConcentration_Impl& channel) noexcept {
-    switch (GasKindOf(channel.m_iProduct, channel.m_iChannel)) {
+    switch (GasKindOf(channel)) {
         case GasKind::Co2:
             return kCo2Fields;
         case GasKind::O2:
@@ -105,33 +102,26 @@ bool TakeTolerance(const FieldReader& fieldText, const FieldPair& pair, Channel&
 
 /// Takes all fields in the dialog's order, up to the first that is empty.
 bool TakeTolerances(CDevApiInterface_Impl& device, const FieldReader& fieldText) {
-    if (auto* const temperature = device.m_pTemperature[0];
+    if (auto* const temperature = device.m_pTemperature[0].Get();
         temperature != nullptr && !TakeTolerance(fieldText, kTemperatureFields, *temperature)) {
         return false;
     }
     for (std::size_t i = 0; i < kDialogGasChannels; ++i) {
-        auto* const gas = device.m_pGasConcentration[i];
+        auto* const gas = device.m_pGasConcentration[i].Get();
         const auto fields = gas != nullptr ? FieldsOf(*gas) : std::nullopt;
         if (fields && !TakeTolerance(fieldText, *fields, *gas)) {
             return false;
         }
     }
-    auto* const humidifier = device.m_pHumidifier[0];
+    auto* const humidifier = device.m_pHumidifier[0].Get();
     return humidifier == nullptr || device.GetHumidifierCount() < 1 ||
            TakeTolerance(fieldText, kHumidityFields, *humidifier);
 }
 
-/// The list is ascending: the search ends at the first larger number.
-bool OffersAirModeWrite(const ProductRecord& record) noexcept {
-    const auto found = std::ranges::find_if(
-        record.m_params, [](const ParamRecord& param) { return param.m_iParam >= kAirModeWriteParameter; });
-    return found != record.m_params.end() && found->m_iParam == kAirModeWriteParameter;
-}
-
 void WriteAirMode(CDevApiInterface_Impl& device) noexcept {
-    for (const ProductRecord& record : device.m_products) {
-        if (HasAirMode(record.m_iProduct) && OffersAirModeWrite(record)) {
-            Tell(device, FormatCommand(command::kWriteAirMode, {record.m_iProduct, int{device.m_bAirMode}}));
+    for (std::size_t i = 0; const auto product = ProductAt(device, i); ++i) {
+        if (HasAirMode(*product) && ListsParameter(device, i, kAirModeWriteParameter)) {
+            Tell(device, FormatCommand(command::kWriteAirMode, {*product, int{device.m_bAirMode}}));
         }
     }
 }
@@ -143,32 +133,31 @@ ConfigurationView DescribeConfiguration(const CDevApiInterface_Impl& device) {
     const bool co2 = AnyProduct(device, IsCo2Product);
     const bool o2 = AnyProduct(device, HasAirMode);  // the products with an O2 controller are those with an air mode
     const bool humidity = IsHumidityPresent(device);
-    ConfigurationView view{
-        {{
-            {kTemperatureFields.below, temperature, {}},
-            {kTemperatureFields.above, temperature, {}},
-            {kCo2Fields.below, co2, {}},
-            {kCo2Fields.above, co2, {}},
-            {kO2Fields.below, o2, {}},
-            {kO2Fields.above, o2, {}},
-            {kHumidityFields.below, humidity, {}},
-            {kHumidityFields.above, humidity, {}},
-        }},
-        o2,
-        o2 && device.m_bAirMode != 0,
-        std::ranges::any_of(device.m_products, [](const ProductRecord& record) { return !record.m_params.empty(); })};
+    ConfigurationView view{{{
+                               {kTemperatureFields.below, temperature, {}},
+                               {kTemperatureFields.above, temperature, {}},
+                               {kCo2Fields.below, co2, {}},
+                               {kCo2Fields.above, co2, {}},
+                               {kO2Fields.below, o2, {}},
+                               {kO2Fields.above, o2, {}},
+                               {kHumidityFields.below, humidity, {}},
+                               {kHumidityFields.above, humidity, {}},
+                           }},
+                           o2,
+                           o2 && device.m_bAirMode != 0,
+                           AnyParameter(device)};
 
     // Fields are filled where there is a channel, whether or not they are enabled.
-    if (const auto* const channel = device.m_pTemperature[0]) {
+    if (const auto* const channel = device.m_pTemperature[0].Get()) {
         ShowTolerance(view, kTemperatureFields, *channel);
     }
     for (std::size_t i = 0; i < kDialogGasChannels; ++i) {
-        const auto* const channel = device.m_pGasConcentration[i];
+        const auto* const channel = device.m_pGasConcentration[i].Get();
         if (const auto fields = channel != nullptr ? FieldsOf(*channel) : std::nullopt) {
             ShowTolerance(view, *fields, *channel);
         }
     }
-    if (const auto* const channel = device.m_pHumidifier[0]; channel != nullptr && humidity) {
+    if (const auto* const channel = device.m_pHumidifier[0].Get(); channel != nullptr && humidity) {
         ShowTolerance(view, kHumidityFields, *channel);
     }
     return view;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/CDevApiInterface_Impl.h"
+#include "core/Flags.h"
 #include "platform/WaitCursor.h"
 #include "ui/ConnectionDialog.h"
 #include "ui/ConnectionSettings.h"
@@ -25,13 +26,13 @@ std::int32_t CDevApiInterface_Impl::ShowConnection(wchar_t* text, std::int32_t l
     if (m_bSimulator) {
         return oko::kSuccess;  // it has no port to choose
     }
-    if (text == nullptr) {
-        return oko::kFailure;
+    if (text == nullptr || m_bSettingUp) {
+        return oko::kFailure;  // called from the callback of an Init or a search, or on another thread meanwhile
     }
     m_pszConnectionText = text;
     m_nConnectionTextLen = length;
     if (length > 0) {
-        ParseConnectionSettings(text, m_iComPort);
+        m_iComPort = ParseConnectionSettings(text).value_or(m_iComPort);
     }
 
     switch (RunConnectionDialog(*this, parent)) {
@@ -39,7 +40,12 @@ std::int32_t CDevApiInterface_Impl::ShowConnection(wchar_t* text, std::int32_t l
             WriteConnectionText(*this);
             return oko::kSuccess;
         case DialogEnd::FindAndConnect: {
+            const FlagTurn turn(m_bSettingUp);
+            if (!turn) {
+                return oko::kFailure;
+            }
             const WaitCursor wait;
+            const FlagWhile busy(m_bBusy);  // the channels keep off the link that the search has to itself
             ConnectSocket();
             FindAndConnect(*this, parent);
             DisconnectSocket();

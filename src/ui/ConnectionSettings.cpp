@@ -10,11 +10,11 @@ constexpr std::string_view kKey = "m_iComPort ";
 
 }  // namespace
 
-void ParseConnectionSettings(std::wstring_view text, std::int32_t& port) noexcept {
+std::optional<std::int32_t> ParseConnectionSettings(std::wstring_view text) noexcept {
     Scanner scanner(text);
-    if (scanner.Literal(kKey)) {
-        scanner.Integer(port);
-    }
+    std::int32_t port = 0;
+    const bool matches = scanner.Literal(kKey) && scanner.Integer(port);
+    return matches ? std::optional(port) : std::nullopt;
 }
 
 ConnectionSettingsText FormatConnectionSettings(std::int32_t port) noexcept {

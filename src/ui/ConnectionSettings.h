@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "base/Text.h"
@@ -8,8 +9,8 @@
 
 using ConnectionSettingsText = BoundedText<wchar_t, oko::kConnectionTextLength>;
 
-/// Reads "m_iComPort 3". `port` stays as it was when the text does not match.
-void ParseConnectionSettings(std::wstring_view text, std::int32_t& port) noexcept;
+/// Reads the port from "m_iComPort 3"; nothing when the text does not match.
+std::optional<std::int32_t> ParseConnectionSettings(std::wstring_view text) noexcept;
 
 /// Writes the same.
 ConnectionSettingsText FormatConnectionSettings(std::int32_t port) noexcept;

@@ -43,22 +43,37 @@ void FindAllProducts(CDevApiInterface_Impl& device) noexcept {
     }
 }
 
+/// The handle stays in m_hProgressWnd; messages to a dead window are lost.
+void CloseProgressWindow(CDevApiInterface_Impl& device) noexcept {
+    if (device.m_bProgressUp.exchange(false)) {
+        DestroyWindowHandle(device.m_hProgressWnd);
+    }
+}
+
+/// Opens the device's progress window. One that an earlier search left up, because the host went no further, could be
+/// closed by nobody any more: it goes first.
+void ShowProgressWindow(CDevApiInterface_Impl& device, WindowHandle parent, const wchar_t* caption) noexcept {
+    CloseProgressWindow(device);
+    device.m_hProgressWnd = OpenProgressWindow(device, parent, caption);
+    device.m_bProgressUp = true;
+}
+
 }  // namespace
 
 void FindAndConnect(CDevApiInterface_Impl& device, WindowHandle parent) {
     if (device.EnsureServerRunning(kServerPollDelayMs) != CDevApiInterface_Impl::ServerState::Running) {
         return;
     }
-    device.m_hProgressWnd = OpenProgressWindow(device, parent, nullptr);
+    ShowProgressWindow(device, parent, nullptr);
     SendModes(device);
     FindAllProducts(device);
-    DestroyWindowHandle(device.m_hProgressWnd);
+    CloseProgressWindow(device);
 
     device.EnumerateProducts();
     if (device.m_bSetupComplete) {
         return;
     }
-    device.m_hProgressWnd = OpenProgressWindow(device, parent, L"Connecting");
+    ShowProgressWindow(device, parent, L"Connecting");
     device.m_bConnectingShown = true;
     device.ReportProgress(1);
 }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "catalogue/ProductRecord.h"
+#include "catalogue/Catalogue.h"
 #include "channels/ParameterRead.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "ui/StatusRows.h"
@@ -52,10 +52,10 @@ Split SplitColumn(std::wstring& column) {
 
 StatusReport CollectStatusReport(CDevApiInterface_Impl& device) {
     StatusReport report;
-    for (const ProductRecord& record : device.m_products) {
-        for (const StatusRow& row : RowsOf(record.m_iProduct)) {
+    for (std::size_t i = 0; const auto product = ProductAt(device, i); ++i) {
+        for (const StatusRow& row : RowsOf(*product)) {
             ParameterText value{};
-            if (ReadDeviceParameter(device, static_cast<std::uint32_t>(record.m_iProduct), row.parameter, value.data(),
+            if (ReadDeviceParameter(device, static_cast<std::uint32_t>(*product), row.parameter, value.data(),
                                     row.rowClass == RowClass::Measured, row.rowClass == RowClass::Identity,
                                     kNoCompanion)) {
                 AppendLine(report, row, value.data());

@@ -47,8 +47,8 @@ void ManualResetEvent::Reset() noexcept {
     m_pState->signal->set = false;
 }
 
-void ManualResetEvent::Wait(std::uint32_t milliseconds) noexcept {
+bool ManualResetEvent::Wait(std::uint32_t milliseconds) noexcept {
     const std::shared_ptr<Signal> signal = m_pState->signal;
     std::unique_lock lock(signal->mutex);
-    signal->changed.wait_for(lock, std::chrono::milliseconds(milliseconds), [&] { return signal->set; });
+    return signal->changed.wait_for(lock, std::chrono::milliseconds(milliseconds), [&] { return signal->set; });
 }

@@ -9,8 +9,7 @@ class AirModeTests : public DeviceTest {
         CDevApiInterface_Impl& device = RealDevice();
         device.m_products = {{product, {0}, {{237, {}}, {238, {}}}}};
         auto& channel = *device.m_pGasConcentration[0];
-        channel.m_iProduct = product;
-        channel.m_iChannel = number;
+        Put(channel.m_address, {product, number});
         platform.server.ClearCommands();
         return channel;
     }
@@ -42,6 +41,18 @@ TEST_F(AirModeTests, Watch_IsForO2ControllersOnly) {
         EXPECT_EQ(platform.server.Commands(),
                   row.watched ? (std::vector<std::string>{airMode, target}) : std::vector<std::string>{target});
     }
+}
+
+TEST_F(AirModeTests, DeviceThatBecomesBusyDuringTheWatch_StillReadsTheTarget) {
+    auto& channel = Channel(11, 0);
+    platform.server.SetDefault([this](std::string_view command) -> ServerReply {
+        m_pDevice->m_bBusy = true;
+        return "0_" + std::string(command) + "_19.5\r";
+    });
+    double value = 0.0;
+    EXPECT_EQ(channel.GetTargetGasConcentration(&value), 0);
+    EXPECT_EQ(value, 19.5);
+    EXPECT_EQ(platform.server.Commands(), (std::vector<std::string>{"bl-param-read 11 237", "readsetpoint 11 0 -1"}));
 }
 
 TEST_F(AirModeTests, FourDifferingReadsInARow_AreBelievedAndAnnouncedOnce) {

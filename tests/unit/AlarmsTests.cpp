@@ -7,10 +7,10 @@ class AlarmsTests : public DeviceTest {
     /// A real device whose first channels are a temperature zone, a CO2 and an O2 controller and a humidifier.
     CDevApiInterface_Impl& Device() {
         CDevApiInterface_Impl& device = RealDevice();
-        device.m_pTemperature[0]->m_iProduct = 8;
-        device.m_pGasConcentration[0]->m_iProduct = 10;
-        device.m_pGasConcentration[1]->m_iProduct = 11;
-        device.m_pHumidifier[0]->m_iProduct = 15;
+        Put(device.m_pTemperature[0]->m_address, {8, 0});
+        Put(device.m_pGasConcentration[0]->m_address, {10, 0});
+        Put(device.m_pGasConcentration[1]->m_address, {11, 0});
+        Put(device.m_pHumidifier[0]->m_address, {15, 0});
         platform.server.ClearCommands();
         return device;
     }
@@ -29,10 +29,10 @@ TEST_F(AlarmsTests, SettingsText_BecomesTolerancesAndAlarms) {
                                         L"dO2Below 1.5 | dO2Above 1.25 | dHumidityBelow 2 | dHumidityAbove 3"),
               0);
     EXPECT_EQ(platform.server.Commands(), (std::vector<std::string>{"alarm 8 0.2", "alarm 10 0.40", "alarm 11 1.25"}));
-    EXPECT_EQ(ToleranceOf(device.m_pTemperature[0]), (Pair{0.24, 0.3}));
-    EXPECT_EQ(ToleranceOf(device.m_pGasConcentration[0]), (Pair{0.4, 0.6}));
-    EXPECT_EQ(ToleranceOf(device.m_pGasConcentration[1]), (Pair{1.5, 1.25}));
-    EXPECT_EQ(ToleranceOf(device.m_pHumidifier[0]), (Pair{2.0, 3.0}));
+    EXPECT_EQ(ToleranceOf(&*device.m_pTemperature[0]), (Pair{0.24, 0.3}));
+    EXPECT_EQ(ToleranceOf(&*device.m_pGasConcentration[0]), (Pair{0.4, 0.6}));
+    EXPECT_EQ(ToleranceOf(&*device.m_pGasConcentration[1]), (Pair{1.5, 1.25}));
+    EXPECT_EQ(ToleranceOf(&*device.m_pHumidifier[0]), (Pair{2.0, 3.0}));
     EXPECT_FALSE(device.m_bBusy);
     EXPECT_TRUE(device.m_bSetupComplete);
 }
@@ -41,7 +41,7 @@ TEST_F(AlarmsTests, EmptyText_AppliesTheDefaults) {
     CDevApiInterface_Impl& device = Device();
     EXPECT_EQ(device.ApplyConfiguration(L""), 0);
     EXPECT_EQ(platform.server.Commands(), (std::vector<std::string>{"alarm 8 0.2", "alarm 10 0.50", "alarm 11 0.50"}));
-    EXPECT_EQ(ToleranceOf(device.m_pHumidifier[0]), (Pair{1.0, 1.0}));
+    EXPECT_EQ(ToleranceOf(&*device.m_pHumidifier[0]), (Pair{1.0, 1.0}));
 }
 
 TEST_F(AlarmsTests, NullText_FailsAndStaysBusy) {
@@ -83,9 +83,8 @@ TEST_F(AlarmsTests, GasChannels_AreClassifiedByProductAndChannel) {
           Case{13, 1, "alarm 13 0.30"}, Case{12, 2, nullptr}, Case{0, 0, nullptr}, Case{14, 0, nullptr}}) {
         CDevApiInterface_Impl& device = Device();
         device.m_pTemperature[0]->DeletingDestructor(1);
-        device.m_pGasConcentration[1]->m_iProduct = 0;
-        device.m_pGasConcentration[0]->m_iProduct = row.product;
-        device.m_pGasConcentration[0]->m_iChannel = row.channel;
+        Put(device.m_pGasConcentration[1]->m_address, {0, 0});
+        Put(device.m_pGasConcentration[0]->m_address, {row.product, row.channel});
         device.ApplyConfiguration(
             L"dIncubatorBelow 1 | dIncubatorAbove 1 | dCO2Below 0.1 | dCO2Above 0.2 | dO2Below 0.3 | "
             L"dO2Above 0.4");

@@ -19,16 +19,16 @@ class AllocationTests : public DeviceTest {
 
     static void UseEveryChannel(CDevApiInterface_Impl& device) {
         double value = 0.0;
-        for (auto* const channel : device.m_pTemperature) {
+        for (CDevApiInterface_Temperature* const channel : device.m_pTemperature) {
             channel->GetCurrentTemperature(&value);
             channel->GetTargetTemperature(&value);
             channel->SetTargetTemperature(30.0);
         }
-        for (auto* const channel : device.m_pGasConcentration) {
+        for (CDevApiInterface_GasConcentration* const channel : device.m_pGasConcentration) {
             channel->GetCurrentGasConcentration(&value);
             channel->GetTargetGasConcentration(&value);
         }
-        for (auto* const channel : device.m_pHumidifier) {
+        for (CDevApiInterface_Humidifier* const channel : device.m_pHumidifier) {
             channel->GetCurrentHumidity(&value);
             channel->GetTargetHumidity(&value);
         }

@@ -25,7 +25,8 @@ std::vector<Live> LiveOf(const Channels& channels, int count) {
     std::vector<Live> live;
     for (int i = 0; i < count; ++i) {
         const auto& channel = *channels[static_cast<std::size_t>(i)];
-        live.push_back({channel.m_iProduct, channel.m_iChannel, channel.m_dMin, channel.m_dMax});
+        const auto [product, number] = Get(channel.m_address);
+        live.push_back({product, number, channel.m_dMin, channel.m_dMax});
     }
     return live;
 }
@@ -256,10 +257,33 @@ TEST_F(ChannelAssignmentTests, MoreThan4Humidifiers_TakesNoMore) {
     EXPECT_EQ(m_pDevice->GetHumidifierCount(), 4);
 }
 
+TEST_F(ChannelAssignmentTests, DeletedChannels_AreMadeAnewByInit) {
+    CDevApiInterface_Impl& device = RealDevice();
+    device.m_pTemperature[0]->DeletingDestructor(1);
+    device.m_pTemperature[5]->DeletingDestructor(1);
+    device.m_pGasConcentration[0]->DeletingDestructor(1);
+    device.m_pHumidifier[0]->DeletingDestructor(1);
+    ConnectProducts(platform, {9, 7, 11, 15});
+    for (const char* const companion : {"115", "116", "117", "192"}) {
+        platform.server.AnswerPayload(std::string("bl-param-read 9 ") + companion, "0");
+    }
+    ASSERT_EQ(device.Init(HostLog::Callback, nullptr), 0);
+    EXPECT_EQ(device.GetTemperatureCount(), 15);  // 8 and 5 of products 9 and 7, 2 of 15
+    EXPECT_EQ(device.GetGasConcentrationCount(), 1);
+    EXPECT_EQ(device.GetHumidifierCount(), 1);
+    for (std::uint32_t i = 0; i < oko::kTemperatureChannels; ++i) {
+        CDevApiInterface_Temperature* channel = nullptr;
+        device.GetTemperature(i, &channel);
+        EXPECT_NE(channel, nullptr);
+    }
+    EXPECT_EQ(device.m_pTemperature[5]->m_iIndex, 5);
+}
+
 TEST_F(ChannelAssignmentTests, RepeatedInit_ZoneOfProducts7And14And15StaysAsItWas) {
     InitialisedWith({8});
     ASSERT_EQ(Temperatures()[1], (Live{8, 74, 0, 0}));
-    m_pDevice->m_pHumidifier[0]->m_iChannel = 3;
+    auto& address = m_pDevice->m_pHumidifier[0]->m_address;
+    Put(address, {Get(address).m_iProduct, 3});
 
     ConnectProducts(platform, {8, 15, 14});
     platform.server.AnswerPayload("bl-param-list 8", "");

@@ -52,8 +52,7 @@ class ChannelNamesTests : public DeviceTest {
     /// What a channel writes into a buffer of '#', up to the first of them.
     template <class Channel>
     static std::wstring NameOf(Channel& channel, int product, int number) {
-        channel.m_iProduct = product;
-        channel.m_iChannel = number;
+        Put(channel.m_address, {product, number});
         std::array<wchar_t, 40> buffer;
         buffer.fill(L'~');
         EXPECT_EQ(channel.GetName(buffer.data(), 40), 0);
@@ -94,7 +93,7 @@ TEST_F(ChannelNamesTests, Humidifiers_AreNamedByTheirProduct) {
 
 TEST_F(ChannelNamesTests, Buffer_OfEachLength_GetsThatManyCharactersAndNoTerminator) {
     auto& channel = *MakeDevice(0).m_pTemperature[0];
-    channel.m_iProduct = 7;
+    Put(channel.m_address, {7, 0});
     const std::wstring name = L"H501-T Base";
     for (std::size_t length = 0; length <= 20; ++length) {
         std::wstring buffer(21, L'#');

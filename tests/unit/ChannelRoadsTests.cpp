@@ -75,7 +75,7 @@ class ChannelRoadsTests : public DeviceTest {
     CDevApiInterface_Impl& Device(bool channelsLog) {
         CDevApiInterface_Impl& device = RealDevice();
         const auto prepare = [&](auto& channel, int product) {
-            channel.m_iProduct = product;
+            Put(channel.m_address, {product, 0});
             channel.m_bLogCommunication = channelsLog ? 1 : 0;
             channel.m_dMin = 0.0;
             channel.m_dMax = 90.0;

@@ -15,10 +15,10 @@ class ConfigurationTests : public DeviceTest {
         for (const int product : products) {
             device.m_products.push_back({product, {0}, {{237, {}}, {238, {}}}});
         }
-        device.m_pTemperature[0]->m_iProduct = 8;
-        device.m_pGasConcentration[0]->m_iProduct = 10;
-        device.m_pGasConcentration[1]->m_iProduct = 11;
-        device.m_pHumidifier[0]->m_iProduct = 15;
+        Put(device.m_pTemperature[0]->m_address, {8, 0});
+        Put(device.m_pGasConcentration[0]->m_address, {10, 0});
+        Put(device.m_pGasConcentration[1]->m_address, {11, 0});
+        Put(device.m_pHumidifier[0]->m_address, {15, 0});
         device.m_nHumidifiers = 1;
         platform.server.ClearCommands();
         return device;
@@ -85,7 +85,7 @@ TEST_F(ConfigurationTests, Fields_AreFilledWhereThereIsAChannel) {
     device.m_pHumidifier[0]->m_bEnabled = 0;
     EXPECT_EQ(TextOf(DescribeConfiguration(device), 1016), L"");
     device.m_pTemperature[0]->DeletingDestructor(1);
-    device.m_pGasConcentration[0]->m_iProduct = 14;
+    Put(device.m_pGasConcentration[0]->m_address, {14, 0});
     const ConfigurationView view = DescribeConfiguration(device);
     EXPECT_EQ(TextOf(view, 1009), L"");
     EXPECT_EQ(TextOf(view, 1011), L"");
@@ -207,7 +207,7 @@ TEST_F(ConfigurationTests, Show_Products16And17_AreRefusedWithoutADialog) {
     CDevApiInterface_Impl& device = DeviceWith({16});
     std::array<wchar_t, oko::kConfigurationTextLength> text{};
     for (const int product : {16, 17}) {
-        device.m_pTemperature[0]->m_iProduct = product;
+        Put(device.m_pTemperature[0]->m_address, {product, 0});
         EXPECT_EQ(device.ShowConfiguration(text.data(), 10, nullptr), -1);
     }
     EXPECT_TRUE(ScriptedDialogs::Current().configurationParents.empty());
@@ -215,7 +215,7 @@ TEST_F(ConfigurationTests, Show_Products16And17_AreRefusedWithoutADialog) {
 
 TEST_F(ConfigurationTests, Show_BothGasChannelsOfOneGas_TheSecondWins) {
     CDevApiInterface_Impl& device = DeviceWith({10});
-    device.m_pGasConcentration[1]->m_iProduct = 10;
+    Put(device.m_pGasConcentration[1]->m_address, {10, 0});
     device.m_pGasConcentration[1]->m_dToleranceBelow = 7.0;
     ScriptedDialogs::Current().onConfiguration = [](CDevApiInterface_Impl&) { return DialogEnd::Ok; };
     std::array<wchar_t, oko::kConfigurationTextLength> text{};

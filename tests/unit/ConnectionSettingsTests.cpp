@@ -31,9 +31,7 @@ TEST(ConnectionSettingsTests, Parse_Texts_MatchOrKeepThePort) {
                                              {L"COM3", kBefore},
                                              {L"M_ICOMPORT 3", kBefore}}) {
         SCOPED_TRACE(std::string(row.text, row.text + std::wcslen(row.text)));
-        std::int32_t port = kBefore;
-        ParseConnectionSettings(row.text, port);
-        EXPECT_EQ(port, row.port);
+        EXPECT_EQ(ParseConnectionSettings(row.text).value_or(kBefore), row.port);
     }
 }
 

@@ -165,4 +165,44 @@ TEST_F(ConnectionTests, ValuePanel_IsOpenedInItsParent) {
     EXPECT_NE(device.CreateValuePanel(&m_parent, nullptr), nullptr);
 }
 
+TEST_F(ConnectionTests, FindAndConnect_HoldsTheLinkForItsWholeRunAndRestoresTheFlag) {
+    for (const bool before : {false, true}) {
+        CDevApiInterface_Impl& device = RealDevice();
+        platform.server.AnswerPayload("listconprod", "9");
+        device.m_bBusy = before;
+        std::size_t idle = 0;
+        platform.server.SetDefault([&](std::string_view command) -> ServerReply {
+            idle += device.m_bBusy ? 0U : 1U;
+            return "0_" + std::string(command) + "_-1\r";
+        });
+        EXPECT_EQ(Show(device, DialogEnd::FindAndConnect), 0);
+        EXPECT_EQ(idle, 0U);
+        EXPECT_EQ(device.m_bBusy, before);
+
+        platform.server.SetDefault([](std::string_view) -> ServerReply { return std::nullopt; });
+        EXPECT_EQ(Show(device, DialogEnd::FindAndConnect), 0);  // the server is gone
+        EXPECT_EQ(device.m_bBusy, before);
+        m_pDevice.reset();
+    }
+}
+
+TEST_F(ConnectionTests, SecondSearch_ClosesTheWindowThatTheFirstOneLeftUp) {
+    CDevApiInterface_Impl& device = RealDevice();
+    SearchTakes(1);
+    EXPECT_EQ(Show(device, DialogEnd::FindAndConnect), 0);
+    ASSERT_EQ(ScriptedDialogs::Current().opened.size(), 2U);
+    const auto handle = [](std::size_t i) { return ScriptedDialogs::Current().opened[i].window; };
+    EXPECT_EQ(platform.windows.Destroyed(), std::vector<WindowHandle>{handle(0)});
+
+    EXPECT_EQ(Show(device, DialogEnd::FindAndConnect), 0);
+    ASSERT_EQ(ScriptedDialogs::Current().opened.size(), 4U);
+    EXPECT_EQ(platform.windows.Destroyed(), (std::vector<WindowHandle>{handle(0), handle(1), handle(2)}));
+
+    EXPECT_EQ(device.ApplyConfiguration(L""), 0);
+    EXPECT_EQ(platform.windows.Destroyed().size(), 4U);
+    device.Close();
+    EXPECT_EQ(Show(device, DialogEnd::FindAndConnect), 0);  // the settings closed the last one already
+    EXPECT_EQ(platform.windows.Destroyed().size(), 5U);
+}
+
 }  // namespace

@@ -47,7 +47,7 @@ TEST_F(DeviceObjectTests, Construction_MakesEveryTemperatureChannel) {
     const CDevApiInterface_Impl& device = MakeDevice(0);
     for (std::size_t i = 0; i < 16; ++i) {
         const auto& channel = *device.m_pTemperature[i];
-        EXPECT_EQ(channel.m_iProduct, 0);
+        EXPECT_EQ(Get(channel.m_address), (ChannelAddress{0, 0}));
         EXPECT_EQ(channel.m_bLogCommunication, 0);
         EXPECT_EQ(channel.m_pDevice, &device);
         EXPECT_EQ(channel.m_iIndex, static_cast<int>(i));
@@ -69,7 +69,7 @@ TEST_F(DeviceObjectTests, Construction_MakesEveryGasAndHumidityChannelAndSeedsEa
     const CDevApiInterface_Impl& device = MakeDevice(0);
     for (std::size_t i = 0; i < 4; ++i) {
         const auto& gas = *device.m_pGasConcentration[i];
-        EXPECT_EQ(gas.m_iProduct, 0);
+        EXPECT_EQ(Get(gas.m_address), (ChannelAddress{0, 0}));
         EXPECT_EQ(gas.m_iIndex, static_cast<int>(i));
         EXPECT_EQ(gas.m_dCurrent, 5.0);
         EXPECT_EQ(gas.m_dTarget, 20.0);
@@ -79,7 +79,7 @@ TEST_F(DeviceObjectTests, Construction_MakesEveryGasAndHumidityChannelAndSeedsEa
         EXPECT_EQ(gas.m_uStatusCount, 0U);
         EXPECT_EQ(gas.m_bLogCommunication, 0);
         const auto& humidifier = *device.m_pHumidifier[i];
-        EXPECT_EQ(humidifier.m_iProduct, 0);
+        EXPECT_EQ(Get(humidifier.m_address), (ChannelAddress{0, 0}));
         EXPECT_EQ(humidifier.m_iIndex, static_cast<int>(i));
         EXPECT_EQ(humidifier.m_dCurrent, 55.0);
         EXPECT_EQ(humidifier.m_dTarget, 55.0);

@@ -6,8 +6,7 @@ class GasChannelTests : public DeviceTest {
  protected:
     CDevApiInterface_GasConcentration_Impl& Channel(int product, int number, double min = 0.0, double max = 100.0) {
         auto& channel = *RealDevice().m_pGasConcentration[0];
-        channel.m_iProduct = product;
-        channel.m_iChannel = number;
+        Put(channel.m_address, {product, number});
         channel.m_dMin = min;
         channel.m_dMax = max;
         platform.server.ClearCommands();

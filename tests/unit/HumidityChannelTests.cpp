@@ -6,7 +6,7 @@ class HumidityChannelTests : public DeviceTest {
  protected:
     CDevApiInterface_Humidifier_Impl& Channel() {
         auto& channel = *RealDevice().m_pHumidifier[0];
-        channel.m_iProduct = 15;
+        Put(channel.m_address, {15, 0});
         channel.m_dMin = 50.0;
         channel.m_dMax = 95.0;
         platform.server.ClearCommands();

@@ -6,8 +6,7 @@ class TemperatureChannelTests : public DeviceTest {
  protected:
     CDevApiInterface_Temperature_Impl& Channel(int product, int number) {
         auto& channel = *RealDevice().m_pTemperature[0];
-        channel.m_iProduct = product;
-        channel.m_iChannel = number;
+        Put(channel.m_address, {product, number});
         platform.server.ClearCommands();
         return channel;
     }

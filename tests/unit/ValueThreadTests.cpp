@@ -12,7 +12,7 @@ TEST_F(ValueThreadTests, NullDevice_EndsAtOnce) { EXPECT_EQ(SimulationThread(nul
 TEST_F(ValueThreadTests, RunFlagClear_SetsTheEventWithoutAStep) {
     CDevApiInterface_Impl& device = MakeDevice(1);
     device.m_bThreadRun = false;
-    EXPECT_EQ(SimulationThread(&device), 0U);
+    EXPECT_EQ(SimulationThread(std::make_unique<ValueThreadStart>(device, device.m_nThreadRun).release()), 0U);
     device.m_hThreadStopped.Wait(5000);  // does not wait
     EXPECT_EQ(device.m_pTemperature[0]->m_llLastTick, 0);
     EXPECT_TRUE(platform.clock.Sleeps().empty());
@@ -52,7 +52,7 @@ TEST_F(ValueThreadTests, HostThreads_MayUseEveryChannelMeanwhile) {
         for (int round = 0; round < 20; ++round) {
             double value = 0.0;
             std::uint32_t state = 0;
-            for (auto* const channel : device.m_pTemperature) {
+            for (CDevApiInterface_Temperature* const channel : device.m_pTemperature) {
                 channel->SetTargetTemperature(30.0 + round);
                 channel->GetTargetTemperature(&value);
                 channel->GetCurrentTemperature(&value);
@@ -60,7 +60,7 @@ TEST_F(ValueThreadTests, HostThreads_MayUseEveryChannelMeanwhile) {
                 channel->SetTolerance(0.1, 0.2);
                 channel->SetTemperatureRate(0.5);
             }
-            for (auto* const channel : device.m_pGasConcentration) {
+            for (CDevApiInterface_GasConcentration* const channel : device.m_pGasConcentration) {
                 channel->SetTargetGasConcentration(5.0 + round);
                 channel->GetTargetGasConcentration(&value);
                 channel->GetCurrentGasConcentration(&value);
@@ -68,7 +68,7 @@ TEST_F(ValueThreadTests, HostThreads_MayUseEveryChannelMeanwhile) {
                 channel->SetTolerance(0.1, 0.2);
                 channel->HasFeature(2);
             }
-            for (auto* const channel : device.m_pHumidifier) {
+            for (CDevApiInterface_Humidifier* const channel : device.m_pHumidifier) {
                 channel->SetTargetHumidity(50.0 + round);
                 channel->GetTargetHumidity(&value);
                 channel->GetCurrentHumidity(&value);
@@ -95,6 +95,31 @@ TEST_F(ValueThreadTests, SimulatedIncubator_ReachesItsTargets) {
     EXPECT_EQ(device.m_pTemperature[0]->m_iState, 4);
     EXPECT_NEAR(device.m_pGasConcentration[0]->m_dCurrent, 8.0, 2.0);
     device.Close();
+}
+
+TEST_F(ValueThreadTests, ThreadWhoseStopTimedOut_DoesNotComeBackWithTheNextInit) {
+    CDevApiInterface_Impl& device = Simulator();
+    ASSERT_EQ(device.Init(HostLog::Callback, nullptr), oko::kSuccess);
+    const std::uint32_t oldRun = device.m_nThreadRun;
+    device.StopValueThread();
+    ASSERT_EQ(device.Init(HostLog::Callback, nullptr), oko::kSuccess);
+    ASSERT_TRUE(device.m_bThreadRun);
+    // The old one comes to its next look at the flag only now: it ends, and does not pass for the new one.
+    EXPECT_EQ(SimulationThread(std::make_unique<ValueThreadStart>(device, oldRun).release()), 0U);
+    EXPECT_EQ(platform.threads.Running(), 1U);
+    EXPECT_TRUE(platform.clock.WaitForOtherThreadSleeps(2));
+    device.StopValueThread();
+    EXPECT_EQ(platform.threads.Started(), 2U);
+}
+
+TEST_F(ValueThreadTests, ThreadThatIsReplaced_DoesNotSayThatTheNewOneHasStopped) {
+    CDevApiInterface_Impl& device = Simulator();
+    device.m_nThreadRun = 2;
+    device.m_bThreadRun = false;
+    EXPECT_EQ(SimulationThread(std::make_unique<ValueThreadStart>(device, 1U).release()), 0U);
+    EXPECT_FALSE(device.m_hThreadStopped.Wait(0));
+    EXPECT_EQ(SimulationThread(std::make_unique<ValueThreadStart>(device, 2U).release()), 0U);
+    EXPECT_TRUE(device.m_hThreadStopped.Wait(0));
 }
 
 }  // namespace

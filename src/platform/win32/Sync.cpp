@@ -32,4 +32,6 @@ void ManualResetEvent::Set() noexcept { SetEvent(m_pState->event); }
 
 void ManualResetEvent::Reset() noexcept { ResetEvent(m_pState->event); }
 
-void ManualResetEvent::Wait(std::uint32_t milliseconds) noexcept { WaitForSingleObject(m_pState->event, milliseconds); }
+bool ManualResetEvent::Wait(std::uint32_t milliseconds) noexcept {
+    return WaitForSingleObject(m_pState->event, milliseconds) == WAIT_OBJECT_0;
+}
