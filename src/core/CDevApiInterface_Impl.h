@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/ChannelSlot.h"
+#include "link/RecentCommands.h"
 #include "oko/CDevApiInterface.h"
 #include "platform/Sync.h"
 #include "platform/UdpSocket.h"
@@ -60,13 +61,18 @@ class CDevApiInterface_Impl final : public CDevApiInterface {
     /// Opens the link to the server on the loopback address. Failures show themselves at the first exchange.
     void ConnectSocket() noexcept;
 
+    /// Lets every receive wait at most so long for its reply, in milliseconds, on the open link and on each later one.
+    /// A receive that waits longer is no answer, and the link is opened afresh before the next command. 0: for ever.
+    void SetReplyTimeout(std::uint32_t milliseconds) noexcept;
+
     /// Closes the link and, when the communication log is on, tells the host's log how that went.
     void DisconnectSocket() noexcept;
 
     /// Sends one command and waits for its reply, under the socket lock; the simulator answers itself.
     /// `command` ends in a zero, `commandLength` does not count it. `reply` holds `replySize` bytes AND one spare byte
     /// for the terminator that the communication log writes. `replyLength` may be null; it receives the number of
-    /// bytes, negative on failure. Blocks until the server answers. Any thread.
+    /// bytes, negative on failure and when the link is not open. Blocks until the server answers, or for the time of
+    /// SetReplyTimeout. Answers to earlier commands, come twice or late, are dropped. Any thread.
     void CommandSend(const char* command, int commandLength, char* reply, int replySize, int* replyLength) noexcept;
 
     // link/Simulator.cpp
@@ -176,7 +182,12 @@ class CDevApiInterface_Impl final : public CDevApiInterface {
     std::int32_t m_nComPorts = 0;
 
     const bool m_bSimulator;
+    // The link to the server, guarded by m_csSocket.
     UdpSocket m_socket;
+    RecentCommands m_recentCommands;
+    std::uint32_t m_nReplyTimeoutMs = 0;  // how long a receive waits for a reply; 0: for ever
+    bool m_bReopenLink = false;           // a reply did not come in time: opened afresh before the next command
+
     std::atomic<bool> m_bServerErrorShown = false;
     std::vector<ProductRecord> m_products;  // the catalogue, guarded by m_csCatalogue: go through catalogue/Catalogue.h
     std::atomic<std::uint8_t> m_bAirMode = 0;

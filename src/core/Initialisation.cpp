@@ -11,20 +11,31 @@ namespace {
 
 constexpr std::uint32_t kServerPollDelayMs = 500;
 
-constexpr const wchar_t* kLogKey = L"Software\\Vellmark\\Misc";
+constexpr const wchar_t* kSwitchesKey = L"Software\\Vellmark\\Misc";
 constexpr const wchar_t* kLogValue = L"LogCommunication";
+constexpr const wchar_t* kReplyTimeoutValue = L"ReplyTimeout";
 
-/// The machine-wide switch of the communication log. Anything but a four-byte number 1 means off.
-bool ReadLogSwitch() noexcept {
-    const auto key = OpenLocalMachine(kLogKey);
-    if (!key) {
-        return false;
-    }
-    const auto info = key->Query(kLogValue);
+/// The machine-wide switches.
+struct Switches {
+    bool logCommunication = false;
+    std::uint32_t replyTimeoutMs = 0;  // 0: wait for ever
+};
+
+/// A number of exactly four bytes; anything else counts as 0.
+std::uint32_t ReadSwitch(const RegistryKey& key, const wchar_t* value) noexcept {
+    const auto info = key.Query(value);
     if (!info || info->type != kRegistryDword || info->sizeBytes != sizeof(std::uint32_t)) {
-        return false;
+        return 0;
     }
-    return key->ReadDword(kLogValue) == 1U;
+    return key.ReadDword(value).value_or(0);
+}
+
+Switches ReadSwitches() noexcept {
+    const auto key = OpenLocalMachine(kSwitchesKey);
+    if (!key) {
+        return {};
+    }
+    return {ReadSwitch(*key, kLogValue) == 1U, ReadSwitch(*key, kReplyTimeoutValue)};
 }
 
 void ResetLiveCounts(CDevApiInterface_Impl& device) noexcept {
@@ -63,7 +74,9 @@ std::int32_t CDevApiInterface_Impl::Initialise(::HostCallback callback, void* ho
     m_bBusy = true;
     HostCallback = callback;
     Log(L"OKO-Lab bold line Init()");
-    m_bLogCommunication = ReadLogSwitch();
+    const Switches switches = ReadSwitches();
+    m_bLogCommunication = switches.logCommunication;
+    SetReplyTimeout(switches.replyTimeoutMs);
     ReportProgress(17);
     if (m_bSimulator) {
         StopValueThread();  // still there when the host left out Close; it must not see the channels change

@@ -6,6 +6,15 @@
 
 int ResultCodeOf(std::string_view reply) noexcept { return ParseInteger(reply.substr(0, 1)); }
 
+std::optional<std::string_view> EchoOf(std::string_view reply) noexcept {
+    const std::size_t first = reply.find('_');
+    const std::size_t second = first == std::string_view::npos ? first : reply.find('_', first + 1);
+    if (second == std::string_view::npos) {
+        return std::nullopt;
+    }
+    return reply.substr(first + 1, second - first - 1);
+}
+
 std::optional<std::size_t> PayloadPosition(std::string_view reply) noexcept {
     int underscores = 0;
     for (std::size_t i = 0; i < reply.size() && reply[i] != kReplyEnd; ++i) {

@@ -47,6 +47,9 @@ class Reply {
 /// The result code: the first character alone as a digit, 0 when it is none or missing.
 int ResultCodeOf(std::string_view reply) noexcept;
 
+/// The command that the reply echoes: what stands between its first two "_". Nothing without two.
+std::optional<std::string_view> EchoOf(std::string_view reply) noexcept;
+
 /// Where the payload begins: just after the second "_". Nothing when a carriage return or the end comes first, also
 /// when the payload is empty.
 std::optional<std::size_t> PayloadPosition(std::string_view reply) noexcept;

@@ -10,6 +10,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -18,6 +19,7 @@
 
 #include "platform/Registry.h"
 #include "platform/Sync.h"
+#include "platform/UdpSocket.h"
 #include "platform/Window.h"
 
 // The stand-ins for src/platform/ in the native build: a scripted server, a registry in a map, a clock that advances
@@ -54,6 +56,12 @@ class ScriptedServer {
     /// "0_<command>_1" and a carriage return.
     static std::string BuiltInReply(std::string_view command);
 
+    /// Gives exactly this command no reply at all: a receive with a time-out runs into it, one without fails.
+    void StaySilent(std::string_view command);
+
+    /// Puts a datagram before every open socket, now: a reply that comes late, or twice.
+    void Deliver(std::string bytes);
+
     /// What the next sends return; the ones after them return the full length.
     void SendResults(std::vector<int> results);
 
@@ -64,8 +72,8 @@ class ScriptedServer {
     /// The commands that reached the server, in order.
     std::vector<std::string> Commands() const;
 
-    /// The socket calls in order, failed ones too: "startup", "open", "connect 60000", "send listprod", "receive 64",
-    /// "close".
+    /// The socket calls in order, failed ones too: "startup", "open", "connect 60000", "timeout 200", "send listprod",
+    /// "receive 64", "close".
     std::vector<std::string> Calls() const;
 
     /// Forgets both records, not the script.
@@ -78,12 +86,15 @@ class ScriptedServer {
     std::optional<std::uintptr_t> OpenSocket();
     void Connect(std::uintptr_t handle, std::uint16_t port);
     int Send(std::uintptr_t handle, std::string_view command);
-    int Receive(std::uintptr_t handle, char* bytes, int capacity);
+    void SetTimeout(std::uintptr_t handle, std::uint32_t milliseconds);
+    Received Receive(std::uintptr_t handle, char* bytes, int capacity);
+    bool HasWaiting(std::uintptr_t handle) const;
     int CloseSocket(std::uintptr_t handle);
 
  private:
     struct Socket {
         bool connected = false;
+        std::uint32_t timeoutMs = 0;
         std::deque<ServerReply> replies;
     };
 
@@ -91,6 +102,7 @@ class ScriptedServer {
 
     mutable std::mutex m_mutex;
     std::map<std::string, std::deque<ServerReply>> m_answers;
+    std::set<std::string> m_silent;
     Handler m_default;
     std::deque<int> m_sendResults;
     std::map<std::uintptr_t, Socket> m_sockets;

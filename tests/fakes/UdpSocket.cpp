@@ -34,6 +34,18 @@ std::string ScriptedServer::BuiltInReply(std::string_view command) {
     return std::string("0_").append(command).append("_1\r");
 }
 
+void ScriptedServer::StaySilent(std::string_view command) {
+    const std::scoped_lock lock(m_mutex);
+    m_silent.emplace(command);
+}
+
+void ScriptedServer::Deliver(std::string bytes) {
+    const std::scoped_lock lock(m_mutex);
+    for (auto& [handle, socket] : m_sockets) {
+        socket.replies.emplace_back(bytes);
+    }
+}
+
 void ScriptedServer::SendResults(std::vector<int> results) {
     const std::scoped_lock lock(m_mutex);
     m_sendResults.assign(results.begin(), results.end());
@@ -103,6 +115,9 @@ int ScriptedServer::Send(std::uintptr_t handle, std::string_view command) {
             result = m_sendResults.front();
             m_sendResults.pop_front();
         }
+        if (m_silent.contains(text)) {
+            return result;
+        }
         reply = NextScriptedReply(text);
         handler = m_default;
     }
@@ -118,22 +133,42 @@ int ScriptedServer::Send(std::uintptr_t handle, std::string_view command) {
     return result;
 }
 
-int ScriptedServer::Receive(std::uintptr_t handle, char* bytes, int capacity) {
+void ScriptedServer::SetTimeout(std::uintptr_t handle, std::uint32_t milliseconds) {
+    const std::scoped_lock lock(m_mutex);
+    m_calls.push_back("timeout " + std::to_string(milliseconds));
+    const auto socket = m_sockets.find(handle);
+    if (socket != m_sockets.end()) {
+        socket->second.timeoutMs = milliseconds;
+    }
+}
+
+bool ScriptedServer::HasWaiting(std::uintptr_t handle) const {
+    const std::scoped_lock lock(m_mutex);
+    const auto socket = m_sockets.find(handle);
+    // As a system does, of the first datagram: an empty one and a failure have no content to tell of.
+    return socket != m_sockets.end() && !socket->second.replies.empty() &&
+           !socket->second.replies.front().value_or("").empty();
+}
+
+Received ScriptedServer::Receive(std::uintptr_t handle, char* bytes, int capacity) {
     const std::scoped_lock lock(m_mutex);
     m_calls.push_back("receive " + std::to_string(capacity));
     const auto socket = m_sockets.find(handle);
     // The real call would wait for ever when nothing was sent; a test is better served with a failure.
-    if (socket == m_sockets.end() || socket->second.replies.empty()) {
-        return kFailed;
+    if (socket == m_sockets.end()) {
+        return {ReceiveOutcome::Failed, kFailed};
+    }
+    if (socket->second.replies.empty()) {
+        return {socket->second.timeoutMs != 0 ? ReceiveOutcome::TimedOut : ReceiveOutcome::Failed, kFailed};
     }
     const ServerReply reply = std::move(socket->second.replies.front());
     socket->second.replies.pop_front();
     if (!reply) {
-        return kFailed;
+        return {ReceiveOutcome::Failed, kFailed};
     }
     const auto length = static_cast<int>(reply->size());
     std::copy_n(reply->data(), std::min(length, capacity), bytes);
-    return length <= capacity ? length : kFailed;
+    return length <= capacity ? Received{ReceiveOutcome::Datagram, length} : Received{ReceiveOutcome::TooLong, kFailed};
 }
 
 int ScriptedServer::CloseSocket(std::uintptr_t handle) {
@@ -179,7 +214,13 @@ int UdpSocket::Send(const char* bytes, int length) noexcept {
     return ScriptedPlatform::Current().server.Send(m_handle, {bytes, static_cast<std::size_t>(length)});
 }
 
-int UdpSocket::Receive(char* bytes, int capacity) noexcept {
+void UdpSocket::SetReceiveTimeout(std::uint32_t milliseconds) noexcept {
+    ScriptedPlatform::Current().server.SetTimeout(m_handle, milliseconds);
+}
+
+bool UdpSocket::HasWaiting() noexcept { return ScriptedPlatform::Current().server.HasWaiting(m_handle); }
+
+Received UdpSocket::Receive(char* bytes, int capacity) noexcept {
     return ScriptedPlatform::Current().server.Receive(m_handle, bytes, capacity);
 }
 

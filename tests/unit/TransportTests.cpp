@@ -44,6 +44,45 @@ TEST_F(TransportTests, ConnectSocket_Twice_LeavesOneSocketOpen) {
     EXPECT_GT(Exchange(device, "listprod"), 0);
 }
 
+TEST_F(TransportTests, LinkThatIsNotOpen_GivesNoAnswerAndTouchesNoSocket) {
+    CDevApiInterface_Impl& device = RealDevice();
+    device.m_bLogCommunication = true;
+    device.DisconnectSocket();
+    HostLog::Reset();
+    platform.server.ClearCommands();
+    EXPECT_EQ(Exchange(device, "readcurval 9"), -1);
+    device.DisconnectSocket();
+    device.Close();
+    EXPECT_EQ(platform.server.Calls(), std::vector<std::string>{});
+    EXPECT_EQ(HostLog::Lines()[1], L"CDevApiInterface_Impl::DisconnectSocket: The descriptor is not a socket.");
+    // A device whose link was never opened, too.
+    EXPECT_EQ(Exchange(MakeDevice(oko::kRealDevice), "readcurval 9"), -1);
+    EXPECT_EQ(platform.server.Calls(), std::vector<std::string>{});
+}
+
+TEST_F(TransportTests, LinkOpenedOrClosedByAnotherThread_WaitsForTheExchangeUnderWay) {
+    for (const auto change : {&CDevApiInterface_Impl::ConnectSocket, &CDevApiInterface_Impl::DisconnectSocket}) {
+        CDevApiInterface_Impl& device = RealDevice();
+        std::atomic<bool> changed = false;
+        std::thread other;
+        platform.server.SetDefault([&](std::string_view command) -> ServerReply {
+            other = std::thread([&] {
+                (device.*change)();
+                changed = true;
+            });
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            EXPECT_FALSE(changed);
+            return ScriptedServer::BuiltInReply(command);
+        });
+        EXPECT_GT(Exchange(device, "readcurval 9"), 0);
+        other.join();
+        platform.server.SetDefault({});
+        EXPECT_EQ(platform.server.OpenSockets(), change == &CDevApiInterface_Impl::ConnectSocket ? 1U : 0U);
+        device.DisconnectSocket();
+        m_pDevice.reset();
+    }
+}
+
 TEST_F(TransportTests, CommandSend_SendsTheTextWithoutItsTerminatorAndReceives) {
     CDevApiInterface_Impl& device = RealDevice();
     platform.server.Answer("listprod", "0_listprod_7\r");

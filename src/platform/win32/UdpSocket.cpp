@@ -23,9 +23,32 @@ void UdpSocket::ConnectLoopback(std::uint16_t port) noexcept {
     connect(m_handle, reinterpret_cast<const sockaddr*>(&address), sizeof address);
 }
 
+void UdpSocket::SetReceiveTimeout(std::uint32_t milliseconds) noexcept {
+    const DWORD timeout = milliseconds;
+    setsockopt(m_handle, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&timeout), sizeof timeout);
+}
+
 int UdpSocket::Send(const char* bytes, int length) noexcept { return send(m_handle, bytes, length, 0); }
 
-int UdpSocket::Receive(char* bytes, int capacity) noexcept { return recv(m_handle, bytes, capacity, 0); }
+Received UdpSocket::Receive(char* bytes, int capacity) noexcept {
+    const int length = recv(m_handle, bytes, capacity, 0);
+    if (length >= 0) {
+        return {ReceiveOutcome::Datagram, length};
+    }
+    switch (WSAGetLastError()) {
+        case WSAEMSGSIZE:
+            return {ReceiveOutcome::TooLong, length};
+        case WSAETIMEDOUT:
+            return {ReceiveOutcome::TimedOut, length};
+        default:
+            return {ReceiveOutcome::Failed, length};
+    }
+}
+
+bool UdpSocket::HasWaiting() noexcept {
+    u_long bytes = 0;
+    return ioctlsocket(m_handle, FIONREAD, &bytes) == 0 && bytes > 0;
+}
 
 int UdpSocket::Close() noexcept {
     if (closesocket(m_handle) == SOCKET_ERROR) {
