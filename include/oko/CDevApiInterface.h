@@ -14,8 +14,8 @@ using WindowHandle = void*;
 using DialogProcedure = void*;
 
 /// Wide characters that the buffer given to ShowConfiguration must hold. The plug-in writes the alarm settings text
-/// without looking at the size it was given: eight keys and eight numbers of up to 316 characters each, and the
-/// terminator.
+/// without looking at the size it was given: eight keys and eight numbers of up to 317 characters each (a sign, 309
+/// digits, a point, 6 decimals), and the terminator.
 inline constexpr std::int32_t kConfigurationTextLength = 2688;
 
 /// Wide characters that the buffer given to ShowConnection must hold: "m_iComPort ", a number of up to 11 characters
@@ -33,13 +33,29 @@ inline constexpr std::uint32_t kHumidityChannels = 4;
 /// until the library is unloaded.
 ///
 /// Order of use: ApplyConnection, Init, ApplyConfiguration, work with the channels and dialogs, Close. After Close the
-/// same order may begin again. All of it on the host's user-interface thread.
+/// same order may begin again.
+///
+/// Thread rules, for the device and its channels:
+/// - Slots 0 and 3 to 7 belong to the host's user-interface thread. Close and the channels' slots may be called on any
+///   thread, at any time; each call takes its turn at the link.
+/// - While an Init or a Find and Connect is under way, Init and ShowConnection return -1 and do nothing: on another
+///   thread, from the callback, or from a message that a box pumps. From the callback of any other call they are
+///   carried out.
+/// - The callback runs on the thread that called into the plug-in. It may call any slot, within the rule above. It must
+///   not wait for another thread that needs a channel or Close: it may be called while a lock is held that these take
+///   (during the gas channels' reading of the air mode).
+/// - A channel's DeletingDestructor is not for use while another thread uses the channel.
+/// - Calls marked [blocks] wait while the server answers. The plug-in sets no time-out of its own: a server that keeps
+///   silent is waited for endlessly, and whoever comes after waits, too. The way out, off unless set: the registry
+///   value ReplyTimeout (REG_DWORD, milliseconds) in HKEY_LOCAL_MACHINE\Software\Vellmark\Misc, read by Init. An answer
+///   that takes longer counts as none (-1).
 class CDevApiInterface {
  public:
     /// Slot 0. Finds the server, learns what is connected and assigns the channels. `callback` may be null. `hostData`
     /// is kept and not used. 0: the counts below tell which channels are live; on the simulator their values move from
-    /// now on. -1: the server did not answer or refused; a message box told the user. [blocks: one exchange with the
-    /// server for each of some 80 commands]
+    /// now on. -1: the server did not answer or refused, and a message box told the user (of a silent server only once
+    /// until Close); or an Init or a search is under way. [blocks: one exchange with the server for each of some 80
+    /// commands]
     virtual std::int32_t Init(HostCallback callback, void* hostData) = 0;
 
     /// Slot 1. Stops the simulator's value thread (waits at most 5.1 s), tells the server to stop and to release its
@@ -55,7 +71,8 @@ class CDevApiInterface {
 
     /// Slot 4. Runs the modal configuration dialog. `text`: buffer of oko::kConfigurationTextLength wide characters
     /// that receives the alarm settings text, ending in a zero; `size` is kept and not used. 0: OK, the text is written
-    /// and applied. -1: refused or cancelled. [blocks until the dialog is closed]
+    /// and applied. -1: cancelled, refused (the first temperature channel is of product 16 or 17), or `text` is null.
+    /// [blocks until the dialog is closed]
     virtual std::int32_t ShowConfiguration(wchar_t* text, std::int32_t size, oko::WindowHandle parent) = 0;
 
     /// Slot 5. Applies an alarm settings text (wide, ending in a zero): stores the tolerances in the channels, sends
@@ -65,8 +82,8 @@ class CDevApiInterface {
 
     /// Slot 6. Runs the modal connection dialog; on the simulator it returns 0 at once. `text`: buffer of
     /// oko::kConnectionTextLength wide characters with the connection settings text, which is written anew on success.
-    /// `length`: the text's length; 0 when there is none yet. -1: closed through the close box. [blocks until it is
-    /// closed]
+    /// `length`: the text's length; 0 when there is none yet. -1: closed through the close box, `text` is null, or an
+    /// Init or a search is under way. [blocks until it is closed, and while the server searches]
     virtual std::int32_t ShowConnection(wchar_t* text, std::int32_t length, oko::WindowHandle parent) = 0;
 
     /// Slot 7. Takes the connection settings text ("m_iComPort 3", wide, ending in a zero; empty or null keeps the

@@ -18,12 +18,12 @@ inline constexpr std::int32_t kFeatureAirMode = 2;
 /// One CO2 or O2 controller. Concentrations are percent, 0 to 99.99.
 ///
 /// Results are 0 for success and -1 for failure. A null pointer where a value is to be written gives -1. The two reads
-/// and the write block while the server answers; the plug-in sets no time-out. Slots 0 to 2 are INotify's.
+/// and the write block while the server answers; the thread rules are CDevApiInterface's. Slots 0 to 2 are INotify's.
 class CDevApiInterface_GasConcentration : public INotify {
  public:
-    /// Slot 3. Sets the target, clamped to 0 to 99.99 and to the controller's range, and sent with two decimals. Then
-    /// posts WM_COMMAND (command 1003, notification code 1) to the calling thread's message queue. -1: no answer, or
-    /// the server refused. [blocks]
+    /// Slot 3. Sets the target, clamped to 0 to 99.99 and to the controller's range (NaN becomes its lowest), and sent
+    /// with two decimals. Then posts WM_COMMAND (command 1003, notification code 1) to the calling thread's message
+    /// queue. -1: no answer, or the server refused. [blocks]
     virtual std::int32_t SetTargetGasConcentration(double value) = 0;
 
     /// Slot 4. Reads the target from the server; the last known one while the device is busy. A reply without a value

@@ -7,13 +7,13 @@
 /// One humidifier. Humidity is percent relative humidity, 0 to 99.99.
 ///
 /// Results are 0 for success and -1 for failure. A null pointer where a value is to be written gives -1. The two reads
-/// and the write block while the server answers; the plug-in sets no time-out. Slots 0 to 2 are INotify's; this channel
-/// keeps the flag of SetEnabled.
+/// and the write block while the server answers; the thread rules are CDevApiInterface's. Slots 0 to 2 are INotify's;
+/// this channel keeps the flag of SetEnabled.
 class CDevApiInterface_Humidifier : public INotify {
  public:
-    /// Slot 3. Sets the target, clamped to 0 to 99.99 and to the humidifier's range, and sent as a whole percent. Then
-    /// posts WM_COMMAND (command 1003, notification code 1) to the calling thread's message queue. -1: no answer, or
-    /// the server refused. [blocks]
+    /// Slot 3. Sets the target, clamped to 0 to 99.99 and to the humidifier's range (NaN becomes its lowest), and sent
+    /// as a whole percent. Then posts WM_COMMAND (command 1003, notification code 1) to the calling thread's message
+    /// queue. -1: no answer, or the server refused. [blocks]
     virtual std::int32_t SetTargetHumidity(double value) = 0;
 
     /// Slot 4. Reads the target from the server, also while the device is busy. A reply without a value returns 0 and

@@ -20,13 +20,13 @@ inline constexpr std::int32_t kFeatureSensorOnly = 4;
 /// One temperature zone or sensor. Temperatures are degrees Celsius.
 ///
 /// Results are 0 for success and -1 for failure. A null pointer where a value is to be written gives -1. The two reads
-/// and the write block while the server answers; the plug-in sets no time-out. Nothing else blocks for longer than a
-/// lock. Slots 0 to 2 are INotify's.
+/// and the write block while the server answers, nothing else for longer than a lock; the thread rules are
+/// CDevApiInterface's. Slots 0 to 2 are INotify's.
 class CDevApiInterface_Temperature : public INotify {
  public:
-    /// Slot 3. Sets the target, clamped to the channel's limits and sent with one decimal. When it cannot be read back,
-    /// the previous target is sent again and kept, and the result is still 0. -1: the channel has no set point,
-    /// no answer came, or the server refused. [blocks]
+    /// Slot 3. Sets the target, clamped to the channel's limits (NaN becomes the lowest) and sent with one decimal.
+    /// When it cannot be read back, the previous target is sent again and kept, and the result is still 0. -1: the
+    /// channel has no set point, no answer came, or the server refused. [blocks]
     virtual std::int32_t SetTargetTemperature(double value) = 0;
 
     /// Slot 4. Reads the target from the server; the last known one while the device is busy. A reply without a value

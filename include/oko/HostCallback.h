@@ -9,8 +9,8 @@
 /// text  wide text ending in a zero; null for oko::kCallbackAirModeChanged. It is valid only during the call: copy what
 ///       is kept.
 ///
-/// Called on the thread that called into the plug-in, never on the simulator's value thread, and without the
-/// socket lock. It may call back into a channel. It must not throw.
+/// Never called on the simulator's value thread. What it may call and what it must not wait for: the thread rules of
+/// CDevApiInterface. It must not throw.
 using HostCallback = void (*)(std::int32_t code, const wchar_t* text);
 
 namespace oko {

@@ -5,8 +5,8 @@
 /// What every channel offers first: slots 0 to 2 of its table of operations.
 ///
 /// The order of the virtual functions here and in the derived interfaces is the binary contract: the Microsoft C++
-/// object layout, one slot a function, whatever compiler built the library. A channel belongs to its device object and
-/// is called from the host's threads.
+/// object layout, one slot a function, whatever compiler built the library. A channel belongs to its device object;
+/// the thread rules are CDevApiInterface's.
 class INotify {
  public:
     /// Slot 0. Switches a channel on (1) or off (0). Only humidity channels keep the flag. Returns 0.
