@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <limits>
 
 namespace {
@@ -91,6 +92,9 @@ ScannedInteger ScanInteger(std::string_view text) noexcept {
     return {value, static_cast<int>(result.ptr - text.data())};
 }
 
-double ParseDouble(std::string_view text) noexcept { return ScanDouble(text).value; }
+std::optional<double> ParseDouble(std::string_view text) noexcept {
+    const double value = ScanDouble(text).value;
+    return std::isfinite(value) ? std::optional(value) : std::nullopt;
+}
 
 int ParseInteger(std::string_view text) noexcept { return ScanInteger(text).value; }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -29,8 +30,11 @@ struct ScannedInteger {
 ScannedDouble ScanDouble(std::string_view text) noexcept;
 ScannedInteger ScanInteger(std::string_view text) noexcept;
 
-/// atof and atoi: the number at the start of the text, 0 when there is none.
-double ParseDouble(std::string_view text) noexcept;
+/// atof, for what the server says: the number at the start of the text, 0 when there is none. Nothing when it is not
+/// finite ("-nan", "inf", "1e999"): taken for a value, it would come back to the server as a limit or a target.
+std::optional<double> ParseDouble(std::string_view text) noexcept;
+
+/// atoi: the number at the start of the text, 0 when there is none.
 int ParseInteger(std::string_view text) noexcept;
 
 /// The white space that C's isspace knows in the C locale.

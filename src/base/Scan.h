@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cmath>
 #include <string_view>
 
 #include "base/Numbers.h"
@@ -29,8 +30,15 @@ class Scanner {
     /// Takes what "%d" takes. `value` stays as it was when nothing matches.
     bool Integer(int& value) noexcept { return Take(ScanInteger, value); }
 
-    /// Takes what "%lf" takes.
-    bool Double(double& value) noexcept { return Take(ScanDouble, value); }
+    /// Takes what "%lf" takes, if it is finite: a tolerance of NaN or infinity is as malformed as one of letters.
+    bool Double(double& value) noexcept {
+        return Take(
+            [](std::string_view text) noexcept {
+                const ScannedDouble scanned = ScanDouble(text);
+                return std::isfinite(scanned.value) ? scanned : ScannedDouble{};
+            },
+            value);
+    }
 
  private:
     constexpr void SkipBlanks() noexcept {

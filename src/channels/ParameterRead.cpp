@@ -29,8 +29,9 @@ Reply CachedReply(const KeptReply& kept) noexcept {
     return reply;
 }
 
-/// The companion's value; 0 when it has none. Its reply is walked only as far as the first one reaches, and an "e" of
-/// the FIRST reply at the place of the payload voids it: the companion of a sensor in error is not to be compared with.
+/// The companion's value; 0 when it has none, or none that is finite. Its reply is walked only as far as the first one
+/// reaches, and an "e" of the FIRST reply at the place of the payload voids it: the companion of a sensor in error is
+/// not to be compared with.
 double ReadCompanion(CDevApiInterface_Impl& device, std::uint32_t product, std::int32_t second,
                      const Reply& first) noexcept {
     const Reply companion = AskParameter(device, product, static_cast<std::uint32_t>(second));
@@ -45,7 +46,7 @@ double ReadCompanion(CDevApiInterface_Impl& device, std::uint32_t product, std::
     }
     ParameterText value{};
     CopyCut(companion.bytes().substr(std::min(*position, companion.bytes().size())), value);
-    return ParseDouble(DropLineEnd(value.data()));
+    return ParseDouble(DropLineEnd(value.data())).value_or(0.0);
 }
 
 /// What the payload of a reply is worth.
@@ -62,10 +63,12 @@ Payload TakePayload(std::string_view reply, std::uint32_t parameter, bool check,
         return Payload::Rejected;
     }
     CopyCut(DropLineEnd(payload), {value, ParameterText{}.size()});
-    if (check && parameter != kAirModeParameter && ParseDouble(value) - companion == 0.0) {
-        return Payload::Rejected;
+    if (!check) {
+        return Payload::Accepted;
     }
-    return Payload::Accepted;
+    const auto number = ParseDouble(value);
+    const bool missing = !number || (parameter != kAirModeParameter && *number - companion == 0.0);
+    return missing ? Payload::Rejected : Payload::Accepted;
 }
 
 }  // namespace
@@ -124,5 +127,5 @@ bool IsReplyValueNonZero(std::string_view reply) noexcept {
     if (payload.front() == 'e' || payload.front() == 'n') {
         return false;
     }
-    return ParseDouble(DropLineEnd(payload)) != 0.0;
+    return ParseDouble(DropLineEnd(payload)).value_or(0.0) != 0.0;
 }

@@ -20,16 +20,16 @@ inline constexpr std::int32_t kNoCompanion = -1;
 
 /// Reads a parameter's value text into `value`, which holds 64 characters and keeps what it had when the reply carries
 /// no payload. False when the catalogue does not list the parameter (nothing is sent then), when no answer or an error
-/// came. `check`: a value of 0, one that equals the companion's, and one that begins with "n" count as missing.
-/// `useCache`: takes the reply that the catalogue keeps, if there is one. `second`: the companion's number, or
-/// kNoCompanion.
+/// came. `check`: a value of 0, one that equals the companion's, one that begins with "n" and one that is not finite
+/// count as missing. `useCache`: takes the reply that the catalogue keeps, if there is one. `second`: the companion's
+/// number, or kNoCompanion.
 bool ReadDeviceParameter(CDevApiInterface_Impl& device, std::uint32_t product, std::uint32_t parameter, char* value,
                          bool check, bool useCache, std::int32_t second) noexcept;
 
-/// Whether a product has a parameter with a value that is present and not zero, nor that of its companion.
+/// Whether a product has a parameter with a value that is present, finite and not zero, nor that of its companion.
 bool IsDeviceParameterPresent(CDevApiInterface_Impl& device, std::uint32_t product, std::uint32_t parameter,
                               std::int32_t second) noexcept;
 
 /// The same question for a reply that the caller holds. A reply without a payload counts as present, and so does one
-/// that says that the command was not executed.
+/// that says that the command was not executed; a number that is not finite is no value and counts as absent.
 bool IsReplyValueNonZero(std::string_view reply) noexcept;

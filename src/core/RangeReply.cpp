@@ -13,5 +13,5 @@ double ReadRangeEnd(std::string_view reply, double missing) noexcept {
     if (payload.front() == 'N' || payload.front() == 'e' || payload.front() == 'n') {
         return missing;
     }
-    return ParseDouble(payload.substr(0, kMaxLength));
+    return ParseDouble(payload.substr(0, kMaxLength)).value_or(missing);
 }

@@ -60,7 +60,7 @@ std::string_view DropLineEnd(std::string_view text) noexcept;
 /// A payload's first token, for the channels' reads.
 struct ValueToken {
     char mark = '\0';             // the payload's first character, '\0' without a payload
-    std::optional<double> value;  // absent when neither a blank nor a carriage return ends the token
+    std::optional<double> value;  // absent when the token has no end, a blank or a carriage return, or is not finite
 };
 
 /// Reads the first token of the payload as a decimal number.

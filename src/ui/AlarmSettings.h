@@ -23,7 +23,7 @@ struct AlarmSettings {
 using AlarmSettingsText = BoundedText<wchar_t, oko::kConfigurationTextLength>;
 
 /// Reads "dIncubatorBelow 0.2 | dIncubatorAbove 0.2 | ..." as formatted scanning does: from the first mismatch on
-/// everything keeps its default.
+/// everything keeps its default. A number that is not finite is a mismatch.
 AlarmSettings ParseAlarmSettings(std::wstring_view text) noexcept;
 
 /// Writes the text, each number with six decimals.

@@ -74,7 +74,7 @@ std::optional<FieldPair> FieldsOf(const CDevApiInterface_GasConcentration_Impl& 
 /// The dialog knows only the first two gas channels.
 constexpr std::size_t kDialogGasChannels = 2;
 
-/// Reads one field. Text that is no number gives 0; an empty field gives nothing.
+/// Reads one field. Text that is no number, or none that is finite, gives 0; an empty field gives nothing.
 std::optional<double> ReadField(const FieldReader& fieldText, int id) {
     const std::wstring text = fieldText(id);
     if (text.empty()) {
@@ -82,7 +82,7 @@ std::optional<double> ReadField(const FieldReader& fieldText, int id) {
     }
     std::string narrow(text.size(), '\0');
     std::ranges::transform(text, narrow.begin(), [](wchar_t c) { return c < 0x80 ? static_cast<char>(c) : '?'; });
-    return ParseDouble(narrow);
+    return ParseDouble(narrow).value_or(0.0);
 }
 
 template <class Channel>

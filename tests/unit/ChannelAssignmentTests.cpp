@@ -1,6 +1,7 @@
 // Which channels each product gives, and the commands that find that out.
 
 #include <algorithm>
+#include <cmath>
 
 #include "Fixture.h"
 #include "ProductSets.h"
@@ -61,6 +62,19 @@ TEST_F(ChannelAssignmentTests, Product7_GivesItsZoneAndItsPresentSensors) {
     EXPECT_EQ(SetupCommands(), (std::vector<std::string>{"readmin 7 0", "readmax 7 0", "readcurval 7(1)",
                                                          "readcurval 7(2)", "readcurval 7(3)", "readcurval 7(4)"}));
     EXPECT_EQ(Temperatures(), (std::vector<Live>{{7, 0, 5.5, 45.25}, {7, 1, 0, 0}, {7, 4, 0, 0}}));
+}
+
+TEST_F(ChannelAssignmentTests, RangeEndsThatAreNotFinite_KeepTheirDefaultsAndReachNoCommand) {
+    platform.server.AnswerPayload("readmin 9 0", "-nan");
+    platform.server.AnswerPayload("readmax 9 0", "1e999");
+    CDevApiInterface_Impl& device = InitialisedWith({9});
+    EXPECT_EQ(Temperatures().front(), (Live{9, 0, 0.0, 60.0}));
+    for (const double wanted : {std::nan(""), -5.0, 1e300}) {
+        platform.server.ClearCommands();
+        device.m_pTemperature[0]->SetTargetTemperature(wanted);
+        EXPECT_EQ(platform.server.Commands().front(),
+                  wanted > 60.0 ? "writesetpoint 9 0 60.0" : "writesetpoint 9 0 0.0");
+    }
 }
 
 TEST_F(ChannelAssignmentTests, Product8_GivesItsZoneAndItsProbedSensors) {

@@ -164,6 +164,25 @@ TEST_F(ChannelRoadsTests, Reads_RepliesWithoutAValue_SucceedAndChangeNothing) {
     }
 }
 
+TEST_F(ChannelRoadsTests, Reads_NumbersThatAreNotFinite_AreNoValue) {
+    for (const Operation& read : kReads) {
+        for (const char* const payload : {"-nan", "+NaN", "inf", "-Infinity", "1e999", "-1e999", "0x1p5000"}) {
+            for (const char code : std::string("012")) {
+                SCOPED_TRACE(testing::Message() << read.command << " " << payload << " code " << code);
+                CDevApiInterface_Impl& device = Device(true);
+                platform.server.Answer(read.command,
+                                       std::string(1, code) + "_" + read.command + "_" + payload + " 5\r");
+                double value = -7.0;
+                EXPECT_EQ(read.run(device, &value), 0);
+                EXPECT_EQ(value, -7.0);
+                EXPECT_EQ(Get(read.cache(device)), 20.0);
+                EXPECT_EQ(HostLog::Lines(), code == '0' ? std::vector<std::wstring>{}
+                                                        : std::vector<std::wstring>{LineOf(read.method, code - '0')});
+            }
+        }
+    }
+}
+
 TEST_F(ChannelRoadsTests, Reads_ReplyOfExactly64Bytes_IsReadWhole) {
     for (const Operation& read : kReads) {
         const std::string start = "0_" + read.command + "_36.25 ";

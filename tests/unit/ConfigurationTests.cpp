@@ -132,6 +132,14 @@ TEST_F(ConfigurationTests, Taking_StoresEveryFieldAndWritesTheAirMode) {
     EXPECT_FALSE(device.m_bBusy);
 }
 
+TEST_F(ConfigurationTests, Taking_NumberThatIsNotFinite_CountsAsTextThatIsNone) {
+    CDevApiInterface_Impl& device = DeviceWith({});
+    for (const wchar_t* const text : {L"nan", L"-nan", L"inf", L"-INFINITY", L"1e999"}) {
+        TakeConfiguration(device, Fields({{1009, text}}), false);
+        EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceBelow, 0.0) << std::wstring(text).size();
+    }
+}
+
 TEST_F(ConfigurationTests, Taking_EmptyField_StopsThereAndStaysBusy) {
     CDevApiInterface_Impl& device = DeviceWith({11});
     EXPECT_FALSE(TakeConfiguration(device, Fields({{1009, L"9"}, {1012, L""}}), true));

@@ -78,6 +78,15 @@ TEST_F(ParameterReadTests, Check_TakesZeroAndNForMissing) {
     EXPECT_EQ(Read("0_bl-param-read 9 107_error\r", false), "(false)");
 }
 
+TEST_F(ParameterReadTests, Check_TakesANumberThatIsNotFiniteForMissing) {
+    for (const char* const payload : {"-nan", "+nan", " nan", "inf", "-inf", "1e999"}) {
+        const std::string reply = std::string("0_bl-param-read 9 107_") + payload + "\r";
+        EXPECT_EQ(Read(reply, true), "(false)") << payload;
+        EXPECT_EQ(Read(reply, false), payload);
+        EXPECT_EQ(Read(std::string("0_bl-param-read 9 237_") + payload + "\r", true, 237), "(false)") << payload;
+    }
+}
+
 TEST_F(ParameterReadTests, AirModeParameter_MayBeZero) {
     EXPECT_EQ(Read("0_bl-param-read 9 237_0\r", true, 237), "0");
     EXPECT_EQ(Read("0_bl-param-read 9 237_nan\r", true, 237), "(false)");
@@ -165,8 +174,10 @@ TEST_F(ParameterReadTests, Companion_WithoutAValue_CountsAsZero) {
     for (const ServerReply& companion :
          {ServerReply(kReceiveFails), ServerReply(""), ServerReply("3_bl-param-read 9 115_12.5\r"),
           ServerReply("5_bl-param-read 9 115_12.5\r"), ServerReply("0_bl-param-read 9 115_nan\r"),
-          ServerReply("0_bl-param-read 9 115_\r"), ServerReply("0"), ServerReply("garbage")}) {
+          ServerReply("0_bl-param-read 9 115_\r"), ServerReply("0_bl-param-read 9 115_-nan\r"),
+          ServerReply("0_bl-param-read 9 115_1e999\r"), ServerReply("0"), ServerReply("garbage")}) {
         EXPECT_TRUE(PresentBeside("0_bl-param-read 9 107_12.5\r", companion));
+        EXPECT_FALSE(PresentBeside("0_bl-param-read 9 107_0.0\r", companion));
     }
 }
 
@@ -219,6 +230,9 @@ TEST_F(ParameterReadTests, NonZeroReply_IsJudgedByCodeAndPayload) {
                                              {"0_readcurval_n", false},
                                              {"0_readcurval_error\r", false},
                                              {"0_readcurval_abc\r", false},
+                                             {"0_readcurval_-nan\r", false},
+                                             {"0_readcurval_+inf\r", false},
+                                             {"0_readcurval_1e999\r", false},
                                              {"0_readcurval_21.5\r", true},
                                              {"0_readcurval_21.5", true},
                                              {"2_readcurval_-3\n", true},

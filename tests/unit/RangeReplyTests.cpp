@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace {
 
 TEST(RangeReplyTests, Number_IsTakenFromSevenCharactersOfThePayload) {
@@ -22,6 +24,13 @@ TEST(RangeReplyTests, MissingOrMarkedPayload_GivesTheDefault) {
     for (const std::string_view reply : {"", "0", "0_readmin 9 0", "0_readmin 9 0_", "0_readmin 9 0_NaN\r",
                                          "0_readmin 9 0_nan\r", "0_readmin 9 0_error\r", "garbage"}) {
         EXPECT_EQ(ReadRangeEnd(reply, 7.0), 7.0) << reply;
+    }
+}
+
+TEST(RangeReplyTests, NumberThatIsNotFinite_GivesTheDefault) {
+    for (const std::string_view payload :
+         {"-nan", "+nan", " nan", " -NaN", "inf", "-inf", "INF", "infinity", "1e999", "-1e999", "nan(1)"}) {
+        EXPECT_EQ(ReadRangeEnd("0_readmin 9 0_" + std::string(payload) + "\r", 7.0), 7.0) << payload;
     }
 }
 

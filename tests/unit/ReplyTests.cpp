@@ -59,6 +59,10 @@ TEST(ReplyTests, Value_EndsAtABlankOrACarriageReturn) {
                                              {"0_readcurval 9_error\r", 'e', 0.0},
                                              {"0_readcurval 9_-1.5\r", '-', -1.5},
                                              {"0_readcurval 9_1,5\r", '1', 1.0},
+                                             {"0_readcurval 9_nan\r", 'n', {}},
+                                             {"0_readcurval 9_-NaN\r", '-', {}},
+                                             {"0_readcurval 9_+inf 5\r", '+', {}},
+                                             {"0_readcurval 9_1e999\r", '1', {}},
                                              {"", '\0', {}},
                                              {"garbage", '\0', {}},
                                              {"\r0_x_5\r", '\0', {}}}) {

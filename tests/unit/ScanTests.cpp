@@ -49,11 +49,21 @@ TEST(ScanTests, AfterAMismatch_NothingMatchesAnyMore) {
 }
 
 TEST(ScanTests, Double_OfAnyLengthThatPrintfPrints_IsTaken) {
-    const std::wstring text = std::wstring(309, L'9') + L".000000 |";
+    const std::wstring text = L"-1" + std::wstring(308, L'7') + L".000000 |";
     Scanner scanner{std::wstring_view(text)};
     double value = 0.0;
     EXPECT_TRUE(scanner.Double(value));
     EXPECT_TRUE(scanner.Literal(" |"));
+}
+
+TEST(ScanTests, Double_NotFinite_IsAMismatch) {
+    for (const std::string_view text : {"nan", "-nan", "inf", "-infinity", "1e999", "-1e999"}) {
+        Scanner scanner(text);
+        double value = 3.0;
+        EXPECT_FALSE(scanner.Double(value)) << text;
+        EXPECT_EQ(value, 3.0);
+        EXPECT_FALSE(scanner.Literal(text)) << text;
+    }
 }
 
 TEST(ScanTests, Double_WideDigitsOfOtherScripts_AreNone) {

@@ -109,6 +109,17 @@ TEST_F(TemperatureChannelTests, SetTarget_ReadBackOfAnotherValue_KeepsWhatWasSet
     EXPECT_EQ(channel.m_dTarget, 25.0);
 }
 
+TEST_F(TemperatureChannelTests, SetTarget_AfterATargetThatIsNotFinite_RestoresANumber) {
+    auto& channel = Channel(9, 0);
+    double value = 0.0;
+    platform.server.Answer("readsetpoint 9 0 -1", "0_readsetpoint 9 0 -1_-nan\r");
+    channel.GetTargetTemperature(&value);
+    platform.server.Answer("readsetpoint 9 0 -1", kReceiveFails);
+    platform.server.ClearCommands();
+    channel.SetTargetTemperature(25.0);
+    EXPECT_EQ(platform.server.Commands().back(), "writesetpoint 9 0 37.0");
+}
+
 TEST_F(TemperatureChannelTests, SetTarget_Product16SecondZone_IsSent) {
     EXPECT_EQ(Channel(16, 1).SetTargetTemperature(30.0), 0);
     EXPECT_EQ(platform.server.Commands().front(), "writesetpoint 16 1 30.0");
