@@ -12,20 +12,38 @@ std::size_t SkipBlanks(std::string_view text) noexcept {
     return static_cast<std::size_t>(first - text.begin());
 }
 
+constexpr bool IsHexDigit(char c) noexcept { return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
+
+/// How a number is written.
+struct Notation {
+    std::chars_format format;
+    std::string_view exponentMarks;
+    std::string_view digitsButZero;
+    int exponentPerDigit;  // what one more digit adds to the exponent
+};
+
+constexpr Notation kDecimal{std::chars_format::general, "eE", "123456789", 1};
+constexpr Notation kHex{std::chars_format::hex, "pP", "123456789abcdefABCDEF", 4};
+
 /// from_chars does not say whether a number out of range is too large or too small: the place of its first digit other
 /// than zero, moved by the exponent, does.
-bool IsTooLarge(std::string_view number) noexcept {
-    const std::size_t exponentAt = std::min(number.find_first_of("eE"), number.size());
+bool IsTooLarge(std::string_view number, const Notation& notation) noexcept {
+    const std::size_t exponentAt = std::min(number.find_first_of(notation.exponentMarks), number.size());
     const std::string_view digits = number.substr(0, exponentAt);
     const std::size_t point = std::min(digits.find('.'), digits.size());
-    const std::size_t first = std::min(digits.find_first_of("123456789"), digits.size());
+    const std::size_t first = std::min(digits.find_first_of(notation.digitsButZero), digits.size());
     const int exponent = exponentAt < number.size() ? ParseInteger(number.substr(exponentAt + 1)) : 0;
     const auto place = static_cast<long long>(point) - static_cast<long long>(first);
-    return place + exponent > 0;
+    return place * notation.exponentPerDigit + exponent > 0;
 }
 
-bool StartsWithHexPrefix(std::string_view text) noexcept {
-    return text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+/// "0x" and a digit, or a point and a digit; the "0" of every other "0x" is a decimal number.
+bool StartsHexNumber(std::string_view text) noexcept {
+    if (!text.starts_with("0x") && !text.starts_with("0X")) {
+        return false;
+    }
+    text.remove_prefix(text.substr(2).starts_with('.') ? 3 : 2);
+    return !text.empty() && IsHexDigit(text.front());
 }
 
 }  // namespace
@@ -52,22 +70,17 @@ ScannedDouble ScanDouble(std::string_view text) noexcept {
         return {};
     }
 
+    const bool hex = StartsHexNumber(rest);
+    const Notation& notation = hex ? kHex : kDecimal;
+    rest.remove_prefix(hex ? 2 : 0);
     double value = 0.0;
-    std::from_chars_result result{};
-    if (StartsWithHexPrefix(rest)) {
-        result = std::from_chars(rest.data() + 2, rest.data() + rest.size(), value, std::chars_format::hex);
-        if (result.ptr == rest.data() + 2) {  // "0x" alone is the number 0
-            result = {rest.data() + 1, std::errc{}};
-        }
-    } else {
-        result = std::from_chars(rest.data(), rest.data() + rest.size(), value);
-    }
+    const auto result = std::from_chars(rest.data(), rest.data() + rest.size(), value, notation.format);
     if (result.ec == std::errc::invalid_argument) {
         return {};
     }
     if (result.ec == std::errc::result_out_of_range) {
         const std::string_view number(rest.data(), static_cast<std::size_t>(result.ptr - rest.data()));
-        value = IsTooLarge(number) ? std::numeric_limits<double>::infinity() : 0.0;
+        value = IsTooLarge(number, notation) ? std::numeric_limits<double>::infinity() : 0.0;
     }
     return {negative ? -value : value, static_cast<int>(result.ptr - text.data())};
 }
