@@ -8,7 +8,7 @@
 namespace {
 
 std::size_t SkipBlanks(std::string_view text) noexcept {
-    const auto first = std::find_if_not(text.begin(), text.end(), IsBlank);
+    const auto first = std::find_if_not(text.begin(), text.end(), [](char c) { return IsBlank(c); });
     return static_cast<std::size_t>(first - text.begin());
 }
 

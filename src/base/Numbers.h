@@ -40,4 +40,10 @@ int ParseInteger(std::string_view text) noexcept;
 /// The white space that C's isspace knows in the C locale.
 constexpr bool IsBlank(char c) noexcept { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
+/// The white space that Windows' wide run-time functions know. A Japanese input method types U+3000.
+constexpr bool IsBlank(wchar_t c) noexcept {
+    return c == ' ' || (c >= '\t' && c <= '\r') || c == 0x85 || c == 0xA0 || c == 0x1680 ||
+           (c >= 0x2000 && c <= 0x200A) || c == 0x2028 || c == 0x2029 || c == 0x202F || c == 0x205F || c == 0x3000;
+}
+
 constexpr bool IsDigit(char c) noexcept { return c >= '0' && c <= '9'; }

@@ -7,7 +7,8 @@
 #include "base/Numbers.h"
 
 /// Reads a text from left to right as scanf does with a format: literals and numbers in turn, until the first that does
-/// not match. After a mismatch every further call fails too.
+/// not match. After a mismatch every further call fails too. In a wide text Unicode's white space counts as such; a
+/// text of the wire has that of ASCII.
 template <class Char>
 class Scanner {
  public:
@@ -42,8 +43,7 @@ class Scanner {
 
  private:
     constexpr void SkipBlanks() noexcept {
-        while (!m_rest.empty() && m_rest.front() > 0 && m_rest.front() < 128 &&
-               IsBlank(static_cast<char>(m_rest.front()))) {
+        while (!m_rest.empty() && IsBlank(m_rest.front())) {
             m_rest.remove_prefix(1);
         }
     }

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "base/Numbers.h"
+#include "base/Scan.h"
 #include "catalogue/Catalogue.h"
 #include "channels/CDevApiInterface_GasConcentration_Impl.h"
 #include "channels/CDevApiInterface_Humidifier_Impl.h"
@@ -80,9 +81,9 @@ std::optional<double> ReadField(const FieldReader& fieldText, int id) {
     if (text.empty()) {
         return std::nullopt;
     }
-    std::string narrow(text.size(), '\0');
-    std::ranges::transform(text, narrow.begin(), [](wchar_t c) { return c < 0x80 ? static_cast<char>(c) : '?'; });
-    return ParseDouble(narrow).value_or(0.0);
+    double value = 0.0;
+    Scanner(std::wstring_view(text)).Double(value);
+    return value;
 }
 
 template <class Channel>

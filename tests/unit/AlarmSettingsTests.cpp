@@ -70,6 +70,8 @@ TEST(AlarmSettingsTests, Parse_TextThatBreaksOff_KeepsTheDefaultsOfTheRest) {
         {L"dIncubatorBelow 1|dIncubatorAbove 2|dCO2Below 3", 3},  // blanks may be missing
         {L"dIncubatorBelow\t1\n|\r\n dIncubatorAbove   2", 2},    // or be any white space
         {L"dIncubatorBelow1 | dIncubatorAbove2", 2},
+        {L"dIncubatorBelow\u30001\u00A0|\u2003\u3000dIncubatorAbove \u20282 \u3000| dCO2Below 3", 3},  // of any script
+        {L"dIncubatorBelow 1 | dIncubatorAbove \u200B2", 1},
         {L"dIncubatorBelow nan | dIncubatorAbove 2", 0},  // what is not finite is no number
         {L"dIncubatorBelow 1 | dIncubatorAbove -inf | dCO2Below 3", 1},
         {L"dIncubatorBelow 1 | dIncubatorAbove 2 | dCO2Below 1e999 | dCO2Above 4", 2},

@@ -140,6 +140,18 @@ TEST_F(ConfigurationTests, Taking_NumberThatIsNotFinite_CountsAsTextThatIsNone) 
     }
 }
 
+TEST_F(ConfigurationTests, Taking_BlanksOfAnyScriptBeforeANumber_AreSkipped) {
+    CDevApiInterface_Impl& device = DeviceWith({});
+    for (const wchar_t* const text : {L"\u30002.5", L"\u00A02.5", L"\t\u2003 \u2028\n2.5\u3000", L"\u00852.5\u2103"}) {
+        TakeConfiguration(device, Fields({{1009, text}}), false);
+        EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceBelow, 2.5);
+    }
+    for (const wchar_t* const text : {L"\u3000", L"\u200B2.5", L"\uFEFF2.5", L"\uFF12.5", L"\u41422.5"}) {
+        TakeConfiguration(device, Fields({{1009, text}}), false);
+        EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceBelow, 0.0);
+    }
+}
+
 TEST_F(ConfigurationTests, Taking_EmptyField_StopsThereAndStaysBusy) {
     CDevApiInterface_Impl& device = DeviceWith({11});
     EXPECT_FALSE(TakeConfiguration(device, Fields({{1009, L"9"}, {1012, L""}}), true));

@@ -34,7 +34,47 @@ TEST(ScanTests, BlankInTheLiteral_MatchesAnyWhiteSpaceAndNone) {
     for (const std::wstring text : {L"a b", L"a   b", L"a\t\r\nb", L"ab"}) {
         EXPECT_TRUE(Scanner(std::wstring_view(text)).Literal("a b"));
     }
-    EXPECT_FALSE(Scanner(std::wstring_view(L"a\u00A0b")).Literal("a b"));
+}
+
+/// Every character that the wide run-time functions of Windows skip, beside the blanks of ASCII.
+constexpr std::wstring_view kWideBlanks =
+    L"\u0085\u00A0\u1680\u2000\u2001\u2002\u2003\u2004\u2005\u2006\u2007\u2008\u2009\u200A\u2028\u2029\u202F\u205F"
+    L"\u3000";
+
+TEST(ScanTests, WideBlanks_AreWhiteSpaceBeforeNumbersAndInLiterals) {
+    for (const wchar_t blank : kWideBlanks) {
+        SCOPED_TRACE(static_cast<int>(blank));
+        const std::wstring text = std::wstring(L"a ") + blank + L"b" + blank + L"\t" + blank + L"2.5" + blank + L"7";
+        Scanner scanner{std::wstring_view(text)};
+        double number = 0.0;
+        int integer = 0;
+        EXPECT_TRUE(scanner.Literal("a b"));
+        EXPECT_TRUE(scanner.Double(number));
+        EXPECT_TRUE(scanner.Integer(integer));
+        EXPECT_EQ(number, 2.5);
+        EXPECT_EQ(integer, 7);
+    }
+}
+
+TEST(ScanTests, WideCharacters_ThatAreNoBlanks_AreNotSkipped) {
+    std::vector<int> blanks;
+    for (int c = 0x80; c < 0x10000; ++c) {
+        const std::wstring text = static_cast<wchar_t>(c) + std::wstring(L"1");
+        int value = 0;
+        if (Scanner(std::wstring_view(text)).Integer(value)) {
+            blanks.push_back(c);
+        }
+    }
+    EXPECT_EQ(blanks, std::vector<int>(kWideBlanks.begin(), kWideBlanks.end()));
+}
+
+TEST(ScanTests, WireTexts_KnowTheBlanksOfAsciiOnly) {
+    for (const std::string text : {"\xA0", "\x85", "\xE3\x80\x80"}) {
+        int value = 5;
+        EXPECT_FALSE(Scanner(std::string_view(text + "1")).Integer(value));
+        EXPECT_FALSE(Scanner(std::string_view(text + "a")).Literal(" a"));
+        EXPECT_EQ(value, 5);
+    }
 }
 
 TEST(ScanTests, BlankInTheText_IsNoLiteral) { EXPECT_FALSE(Scanner(std::string_view(" a")).Literal("a")); }
