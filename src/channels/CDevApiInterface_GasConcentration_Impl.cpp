@@ -41,8 +41,7 @@ CDevApiInterface_GasConcentration_Impl::CDevApiInterface_GasConcentration_Impl(C
 std::int32_t CDevApiInterface_GasConcentration_Impl::SetEnabled(std::uint8_t) noexcept { return oko::kSuccess; }
 
 std::int32_t CDevApiInterface_GasConcentration_Impl::GetName(wchar_t* buffer, std::int32_t length) noexcept {
-    const ChannelAddress address = Get(m_address);
-    return CopyChannelName(FindChannelName(kGasNames, address.m_iProduct, address.m_iChannel), buffer, length);
+    return CopyChannelName(GasName(GasKindOf(*this)), buffer, length);
 }
 
 std::int32_t CDevApiInterface_GasConcentration_Impl::NoOperation() noexcept { return oko::kSuccess; }

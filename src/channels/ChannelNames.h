@@ -5,6 +5,8 @@
 #include <span>
 #include <string_view>
 
+#include "channels/GasKind.h"
+
 /// The channels' display names.
 
 /// One channel of a product: a device number, or the parameter number of a sensor that is read as one.
@@ -93,16 +95,18 @@ inline constexpr std::array<ProductNames, 10> kTemperatureNames{{
     {17, kProduct17Names},
 }};
 
-inline constexpr std::array<ChannelName, 1> kCo2Names{{{0, L"CO2"}}};
-inline constexpr std::array<ChannelName, 1> kO2Names{{{0, L"O2"}}};
-inline constexpr std::array<ChannelName, 2> kCo2AndO2Names{{{0, L"CO2"}, {1, L"O2"}}};
-
-inline constexpr std::array<ProductNames, 4> kGasNames{{
-    {10, kCo2Names},
-    {11, kO2Names},
-    {12, kCo2AndO2Names},
-    {13, kCo2AndO2Names},
-}};
+/// Gas channels are named by their gas, which products 10 and 11 have but one of whatever the channel.
+constexpr std::wstring_view GasName(GasKind kind) noexcept {
+    switch (kind) {
+        case GasKind::Co2:
+            return L"CO2";
+        case GasKind::O2:
+            return L"O2";
+        case GasKind::Neither:
+            break;
+    }
+    return {};
+}
 
 /// Humidifiers are named by their product alone.
 inline constexpr std::int32_t kHumidifierProduct = 15;

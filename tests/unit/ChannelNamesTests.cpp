@@ -44,8 +44,11 @@ const std::vector<Named> kTemperatures{
     {17, 3, L"Humidifier"},      {17, 4, L"Objective Heater"},
     {17, 5, L"Heated tube"},     {17, 6, L"T sensor"},
 };
-const std::vector<Named> kGases{{10, 0, L"CO2"}, {11, 0, L"O2"},  {12, 0, L"CO2"},
-                                {12, 1, L"O2"},  {13, 0, L"CO2"}, {13, 1, L"O2"}};
+constexpr int kAnyChannel = -1000;  // the row holds for every channel of its product
+
+const std::vector<Named> kGases{{10, kAnyChannel, L"CO2"}, {11, kAnyChannel, L"O2"},
+                                {12, 0, L"CO2"},           {12, 1, L"O2"},
+                                {13, 0, L"CO2"},           {13, 1, L"O2"}};
 
 class ChannelNamesTests : public DeviceTest {
  protected:
@@ -65,8 +68,9 @@ class ChannelNamesTests : public DeviceTest {
     static void ExpectExactly(Channel& channel, const std::vector<Named>& names) {
         for (int product = 0; product <= 20; ++product) {
             for (int number = -1; number <= 300; ++number) {
-                const auto named = std::ranges::find_if(
-                    names, [&](const Named& row) { return row.product == product && row.channel == number; });
+                const auto named = std::ranges::find_if(names, [&](const Named& row) {
+                    return row.product == product && (row.channel == number || row.channel == kAnyChannel);
+                });
                 EXPECT_EQ(NameOf(channel, product, number), named != names.end() ? named->name : L"")
                     << product << " " << number;
             }
