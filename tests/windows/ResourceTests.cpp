@@ -301,6 +301,29 @@ TEST_F(ResourceTests, EveryText_FitsItsControlInTheFontOfWindows) {
     }
 }
 
+/// Where the texts of the labels before the tolerances' fields end, in pixels.
+std::vector<int> LabelEnds(const DialogTemplate& dialog, const TextMeasure& measure) {
+    std::vector<int> ends;
+    for (const std::size_t i : {2U, 8U, 12U, 20U}) {  // temperature, CO2, O2, humidity
+        const TemplateControl& label = dialog.controls[i];
+        ends.push_back(measure.Pixels(label.place.left) + measure.Width(label.text));
+    }
+    return ends;
+}
+
+TEST_F(ResourceTests, ConfigurationLabels_EndAtOneEdgeBeforeTheFields) {
+    const WindowsMeasure measure;
+    for (const DialogTexts& texts : kDialogTexts) {
+        const DialogTemplate dialog = Read(L"INCUBATOR_CONFIGURATION", texts.language);
+        const std::vector<int> ends = LabelEnds(dialog, measure);
+        const auto [first, last] = std::ranges::minmax(ends);
+        // No finer than one unit can a text be placed. The English places are given, rounded to units twice.
+        const int allowed = measure.Pixels(texts.language == kEnglish ? 2 : 1);
+        EXPECT_LE(last - first, allowed) << "language " << texts.language << " " << testing::PrintToString(ends);
+        EXPECT_LT(last, measure.Pixels(dialog.controls[5].place.left));  // the first field
+    }
+}
+
 TEST_F(ResourceTests, ControlsThatAreVisibleTogether_DoNotOverlap) {
     for (const DialogTexts& texts : kDialogTexts) {
         for (const wchar_t* const name : {L"INCUBATOR_CONFIGURATION", L"INCUBATOR_CONNECTION", L"INCUBATOR_DIALOG1"}) {
