@@ -20,6 +20,9 @@ WindowHandle ScriptedDialogs::Open(std::string name, WindowHandle parent, std::w
     constexpr std::uintptr_t kFirstHandle = 0x10000;
     const auto window = reinterpret_cast<WindowHandle>(kFirstHandle + opened.size());
     opened.push_back({std::move(name), parent, std::move(caption), window});
+    if (onOpened) {
+        onOpened(opened.back());
+    }
     return window;
 }
 

@@ -27,6 +27,9 @@ class ScriptedDialogs {
     };
     std::vector<Opened> opened;
 
+    /// Runs when a modeless window was opened.
+    std::function<void(const Opened& window)> onOpened;
+
     /// The parents of the modal dialogs that ran.
     std::vector<WindowHandle> configurationParents;
     std::vector<WindowHandle> connectionParents;

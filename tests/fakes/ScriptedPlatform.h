@@ -256,6 +256,10 @@ class RecordedWindows {
     std::vector<WindowHandle> Destroyed() const;
     std::vector<ErrorBox> ErrorBoxes() const;
 
+    /// Runs when a percentage was sent ("75 %") and when a window was destroyed ("destroy"), without a lock of the
+    /// record's.
+    std::function<void(const std::string& event)> onEvent;
+
     // For the stand-ins.
     void PostNotice(WindowHandle window);
     void SendPercent(WindowHandle window, int percent);
@@ -263,6 +267,8 @@ class RecordedWindows {
     void ShowBox(ErrorBox box);
 
  private:
+    void Say(const std::string& event) const;
+
     const std::thread::id m_testThread = std::this_thread::get_id();
     mutable std::mutex m_mutex;
     std::map<WindowHandle, std::size_t> m_notices;

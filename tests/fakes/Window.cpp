@@ -43,18 +43,30 @@ void RecordedWindows::PostNotice(WindowHandle window) {
 }
 
 void RecordedWindows::SendPercent(WindowHandle window, int percent) {
-    const std::scoped_lock lock(m_mutex);
-    m_percents[window].push_back(percent);
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_percents[window].push_back(percent);
+    }
+    Say(std::to_string(percent) + " %");
 }
 
 void RecordedWindows::Destroy(WindowHandle window) {
-    const std::scoped_lock lock(m_mutex);
-    m_destroyed.push_back(window);
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_destroyed.push_back(window);
+    }
+    Say("destroy");
 }
 
 void RecordedWindows::ShowBox(ErrorBox box) {
     const std::scoped_lock lock(m_mutex);
     m_errorBoxes.push_back(std::move(box));
+}
+
+void RecordedWindows::Say(const std::string& event) const {
+    if (onEvent) {
+        onEvent(event);
+    }
 }
 
 void PostValuesChanged(WindowHandle window) noexcept { ScriptedPlatform::Current().windows.PostNotice(window); }

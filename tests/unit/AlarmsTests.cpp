@@ -1,4 +1,5 @@
 #include "Fixture.h"
+#include "Journal.h"
 
 namespace {
 
@@ -64,6 +65,35 @@ TEST_F(AlarmsTests, ProgressWindow_IsTakenToItsEndAndClosed) {
     EXPECT_EQ(platform.windows.Destroyed(), std::vector<WindowHandle>{&window});
     EXPECT_EQ(device.m_hProgressWnd, &window);
     EXPECT_EQ(device.m_iProgress, 89);
+}
+
+TEST_F(AlarmsTests, Steps_AreInOrderAndBusyFromTheirStartToTheirEnd) {
+    CDevApiInterface_Impl& device = Device();
+    device.m_products = {{11, {0}, {{237, {}}}}};
+    int window = 0;
+    device.m_hProgressWnd = &window;
+    const Journal journal(platform, device);
+    EXPECT_EQ(device.ApplyConfiguration(L""), 0);
+    EXPECT_EQ(journal.Events(), (std::vector<std::string>{"75 %", "bl-param-read 11 237", "83 %", "alarm 8 0.2",
+                                                          "alarm 10 0.50", "alarm 11 0.50", "89 %", "destroy"}));
+    for (const Journal::Entry& entry : journal.Entries()) {
+        EXPECT_EQ(entry.busy, entry.what != "75 %") << entry.what;
+    }
+    EXPECT_FALSE(device.m_bBusy);
+    EXPECT_TRUE(device.m_bSetupComplete);
+}
+
+TEST_F(AlarmsTests, FurtherGasChannels_AreLeftAlone) {
+    CDevApiInterface_Impl& device = Device();
+    Put(device.m_pGasConcentration[2]->m_address, {10, 0});
+    Put(device.m_pGasConcentration[3]->m_address, {11, 0});
+    const Pair before = ToleranceOf(&*device.m_pGasConcentration[2]);
+    EXPECT_EQ(device.ApplyConfiguration(L"dIncubatorBelow 1 | dIncubatorAbove 1 | dCO2Below 2 | dCO2Above 3 | "
+                                        L"dO2Below 4 | dO2Above 6"),
+              0);
+    EXPECT_EQ(platform.server.Commands(), (std::vector<std::string>{"alarm 8 1.0", "alarm 10 2.00", "alarm 11 4.00"}));
+    EXPECT_EQ(ToleranceOf(&*device.m_pGasConcentration[2]), before);
+    EXPECT_EQ(ToleranceOf(&*device.m_pGasConcentration[3]), before);
 }
 
 TEST_F(AlarmsTests, WithoutAProgressWindow_NoneIsClosed) {

@@ -3,6 +3,7 @@
 #include <map>
 
 #include "Fixture.h"
+#include "Journal.h"
 #include "ui/ConfigurationFields.h"
 
 namespace {
@@ -170,6 +171,58 @@ TEST_F(ConfigurationTests, Taking_ParameterListWithout238_IsNotWritten) {
     EXPECT_EQ(platform.server.Commands(), std::vector<std::string>{"bl-param-write 13 238 0"});
 }
 
+TEST_F(ConfigurationTests, Taking_TheFirstLargerParameter_EndsTheSearchFor238) {
+    CDevApiInterface_Impl& device = DeviceWith({11, 12});
+    device.m_products[0].m_params = {{237, {}}, {239, {}}, {238, {}}};  // a server that does not sort its list
+    TakeConfiguration(device, Fields({}), true);
+    EXPECT_EQ(platform.server.Commands(), std::vector<std::string>{"bl-param-write 12 238 1"});
+}
+
+TEST_F(ConfigurationTests, Taking_IsBusyFromTheFirstFieldToTheAirMode) {
+    CDevApiInterface_Impl& device = DeviceWith({11, 12});
+    const Journal journal(platform, device);
+    const auto field = [&device](int id) {
+        EXPECT_TRUE(device.m_bBusy) << id;
+        return std::wstring(L"1");
+    };
+    EXPECT_TRUE(TakeConfiguration(device, field, true));
+    ASSERT_EQ(journal.Events(), (std::vector<std::string>{"bl-param-write 11 238 1", "bl-param-write 12 238 1"}));
+    EXPECT_TRUE(std::ranges::all_of(journal.Entries(), &Journal::Entry::busy));
+    EXPECT_FALSE(device.m_bBusy);
+}
+
+TEST_F(ConfigurationTests, Taking_FieldOfBlanks_GivesZero) {
+    CDevApiInterface_Impl& device = DeviceWith({});
+    EXPECT_TRUE(TakeConfiguration(device, Fields({{1009, L" "}, {1016, L" \t  "}}), false));
+    EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceBelow, 0.0);
+    EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceAbove, 1.0);
+    EXPECT_EQ(device.m_pHumidifier[0]->m_dToleranceAbove, 0.0);
+}
+
+TEST_F(ConfigurationTests, FurtherGasChannels_AreNeitherShownNorTakenNorWritten) {
+    CDevApiInterface_Impl& device = DeviceWith({10, 11});
+    for (const auto& [channel, product] : {std::pair{2U, 10}, std::pair{3U, 11}}) {
+        Put(device.m_pGasConcentration[channel]->m_address, {product, 0});
+        Put(device.m_pGasConcentration[channel]->m_dToleranceBelow, 8.0);
+        Put(device.m_pGasConcentration[channel]->m_dToleranceAbove, 9.0);
+    }
+    const ConfigurationView view = DescribeConfiguration(device);
+    for (const int id : {1011, 1012, 1013, 1014}) {
+        EXPECT_EQ(TextOf(view, id), L"0.50");
+    }
+    ScriptedDialogs::Current().onConfiguration = [](CDevApiInterface_Impl& shown) {
+        EXPECT_TRUE(TakeConfiguration(shown, Fields({}), false));
+        return DialogEnd::Ok;
+    };
+    std::array<wchar_t, oko::kConfigurationTextLength> text{};
+    EXPECT_EQ(device.ShowConfiguration(text.data(), 10, nullptr), 0);
+    EXPECT_NE(
+        std::wstring(text.data()).find(L"dCO2Below 1.000000 | dCO2Above 1.000000 | dO2Below 1.000000 | dO2Above 1."),
+        std::wstring::npos);
+    EXPECT_EQ(device.m_pGasConcentration[2]->m_dToleranceBelow, 8.0);
+    EXPECT_EQ(device.m_pGasConcentration[3]->m_dToleranceAbove, 9.0);
+}
+
 TEST_F(ConfigurationTests, Taking_HumidityChannelThatIsNotLive_IsLeftOut) {
     CDevApiInterface_Impl& device = DeviceWith({11});
     device.m_nHumidifiers = 0;
@@ -196,6 +249,37 @@ TEST_F(ConfigurationTests, Show_Ok_WritesTheTextAndAppliesIt) {
     EXPECT_EQ(ScriptedDialogs::Current().configurationParents, std::vector<WindowHandle>{&parent});
     EXPECT_EQ(device.m_nConfigTextSize, 10);
     EXPECT_EQ(device.m_pszConfigText, text.data());
+}
+
+TEST_F(ConfigurationTests, Show_HumidityChannelThatIsNotLive_StillGivesItsTolerances) {
+    CDevApiInterface_Impl& device = DeviceWith({11});
+    device.m_nHumidifiers = 0;
+    Put(device.m_pHumidifier[0]->m_dToleranceBelow, 7.0);
+    Put(device.m_pHumidifier[0]->m_dToleranceAbove, 8.0);
+    ScriptedDialogs::Current().onConfiguration = [](CDevApiInterface_Impl& shown) {
+        const ConfigurationView view = DescribeConfiguration(shown);
+        for (const int id : {1015, 1016}) {
+            EXPECT_EQ(TextOf(view, id), L"");
+            EXPECT_FALSE(std::ranges::find(view.fields, id, &FieldView::id)->enabled);
+        }
+        EXPECT_TRUE(TakeConfiguration(shown, Fields({{1015, L"3"}, {1016, L"4"}}), false));
+        return DialogEnd::Ok;
+    };
+    std::array<wchar_t, oko::kConfigurationTextLength> text{};
+    EXPECT_EQ(device.ShowConfiguration(text.data(), 10, nullptr), 0);
+    EXPECT_TRUE(std::wstring(text.data()).ends_with(L"dHumidityBelow 7.000000 | dHumidityAbove 8.000000"));
+}
+
+TEST_F(ConfigurationTests, Show_TextEndsInAZeroAndTouchesNothingBehindIt) {
+    CDevApiInterface_Impl& device = DeviceWith({});
+    ScriptedDialogs::Current().onConfiguration = [](CDevApiInterface_Impl&) { return DialogEnd::Ok; };
+    std::array<wchar_t, oko::kConfigurationTextLength> text;
+    text.fill(L'#');
+    text.back() = L'\0';  // the text is read again when it is applied
+    EXPECT_EQ(device.ShowConfiguration(text.data(), 10, nullptr), 0);
+    const auto end = std::ranges::find(text, L'\0');
+    EXPECT_TRUE(std::wstring(text.begin(), end).ends_with(L"dHumidityAbove 2.000000"));
+    EXPECT_EQ(std::count(end, text.end(), L'#'), text.end() - end - 2);
 }
 
 TEST_F(ConfigurationTests, Show_AirModeAsBefore_CallsNobody) {

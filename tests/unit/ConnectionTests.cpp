@@ -1,6 +1,7 @@
 // Slots 3 and 6 and the search for the incubator, without a window.
 
 #include "Fixture.h"
+#include "Journal.h"
 
 namespace {
 
@@ -51,6 +52,20 @@ TEST_F(ConnectionTests, Ok_WritesThePort) {
     EXPECT_EQ(device.m_nConnectionTextLen, 13);
     EXPECT_EQ(ScriptedDialogs::Current().connectionParents, std::vector<WindowHandle>{&m_parent});
     EXPECT_TRUE(platform.server.Calls().empty());
+}
+
+TEST_F(ConnectionTests, WrittenText_EndsInAZeroAndTouchesNothingBehindIt) {
+    for (const DialogEnd end : {DialogEnd::Ok, DialogEnd::FindAndConnect}) {
+        CDevApiInterface_Impl& device = MakeDevice(0);
+        SearchTakes(1);
+        m_text.fill(L'#');
+        ScriptedDialogs::Current().onConnection = [end](CDevApiInterface_Impl&) { return end; };
+        device.m_iComPort = 12;
+        EXPECT_EQ(device.ShowConnection(m_text.data(), 0, nullptr), 0);
+        EXPECT_EQ(std::wstring_view(m_text.data(), m_text.size()),
+                  L"m_iComPort 12" + std::wstring(1, L'\0') + std::wstring(m_text.size() - 14, L'#'));
+        EXPECT_EQ(device.m_nConnectionTextLen, 13);
+    }
 }
 
 TEST_F(ConnectionTests, TextOfLengthZero_IsNotRead) {
@@ -123,6 +138,36 @@ TEST_F(ConnectionTests, FindAndConnect_ShowsItsPercentagesAndLeavesTheConnecting
     EXPECT_EQ(platform.windows.Destroyed().back(), opened[1].window);
 }
 
+TEST_F(ConnectionTests, FindAndConnect_StepsAreInOrder) {
+    CDevApiInterface_Impl& device = MakeDevice(0);
+    device.m_iProgress = 42;
+    std::size_t polls = 0;
+    const Journal journal(platform, device, [&](std::string_view command) -> ServerReply {
+        if (command == "findstat") {
+            EXPECT_EQ(platform.clock.Sleeps().size(), ++polls);  // the pause comes first
+            return "0_findstat_-1\r";
+        }
+        return command == "listconprod" ? "0_listconprod_\r" : ScriptedServer::BuiltInReply(command);
+    });
+    Show(device, DialogEnd::FindAndConnect);
+
+    std::vector<std::string> expected{"listprod", "open"};
+    for (int product = 7; product <= 17; ++product) {
+        expected.push_back("mode " + std::to_string(product) + " 0");
+    }
+    int product = 7;
+    for (const char* const percent :
+         {"1 %", "9 %", "18 %", "27 %", "36 %", "45 %", "55 %", "64 %", "73 %", "82 %", "91 %"}) {
+        expected.insert(expected.end(), {"find " + std::to_string(product++), percent, "findstat"});
+    }
+    expected.insert(expected.end(), {"destroy", "listconprod", "open Connecting", "1 %"});
+    EXPECT_EQ(journal.Events(), expected);
+    // The search's own percentage is not the sequence's.
+    for (const Journal::Entry& entry : journal.Entries()) {
+        EXPECT_EQ(entry.progress, &entry == &journal.Entries().back() ? 1 : 42) << entry.what;
+    }
+}
+
 TEST_F(ConnectionTests, FindAndConnect_DeviceAlreadyRunning_OpensNoSecondWindow) {
     CDevApiInterface_Impl& device = MakeDevice(0);
     device.m_bSetupComplete = true;
@@ -152,6 +197,33 @@ TEST_F(ConnectionTests, FindAndConnect_FailingPolls_AreRepeated) {
                                  {kReceiveFails, "", "0_findstat_-1" + std::string(60, ' '), "0_findstat_-1\r"});
     Show(device, DialogEnd::FindAndConnect);
     EXPECT_EQ(platform.clock.Sleeps().size(), 14U);
+}
+
+TEST_F(ConnectionTests, FindAndConnect_Minus1AnywhereInTheReply_EndsTheSearch) {
+    for (const char* const reply :
+         {"0_findstat_-1\r", "0_findstat_-1 7\r", "0_findstat_7 -1\r", "-1_findstat_50\r", "-1", "0_findstat_x-12\r"}) {
+        CDevApiInterface_Impl& device = MakeDevice(0);
+        SearchTakes(1);
+        platform.server.AnswerInTurn(
+            "findstat", {"0_findstat_1\r", "0_findstat_- 1\r", "0_findstat_99\r", reply, "0_findstat_-1\r"});
+        Show(device, DialogEnd::FindAndConnect);
+        EXPECT_EQ(std::ranges::count(platform.server.Commands(), "findstat"), 4 + 10) << reply;
+    }
+}
+
+TEST_F(ConnectionTests, FindAndConnect_StartedServer_IsPolledEverySecond) {
+    constexpr const wchar_t* kKey = L"SOFTWARE\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\OKO";
+    platform.registry.Set(kKey, L"DisplayName", RegistryValue::Text(L"OKO-Control Server"));
+    platform.registry.Set(kKey, L"InstallLocation", RegistryValue::Text(L"C:\\Okolab\\"));
+    platform.files.Answer(L"C:\\Okolab\\*", {{L"OKO-Control.exe"}});
+    CDevApiInterface_Impl& device = MakeDevice(0);
+    SearchTakes(1);
+    platform.server.AnswerInTurn("listprod",
+                                 {kReceiveFails, kReceiveFails, kReceiveFails, kReceiveFails, "0_listprod_\r"});
+    Show(device, DialogEnd::FindAndConnect);
+    std::vector<std::uint32_t> expected(3, 1000);  // without one between the start and the first look
+    expected.insert(expected.end(), 11, 500);      // the search
+    EXPECT_EQ(platform.clock.Sleeps(), expected);
 }
 
 TEST_F(ConnectionTests, ValuePanel_IsOpenedInItsParent) {

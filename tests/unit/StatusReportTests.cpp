@@ -230,6 +230,13 @@ TEST_F(StatusReportTests, Values_ArePrintedAsTheServerGaveThem) {
     EXPECT_EQ(CollectStatusReport(device).text, L"H201 Fan Speed: 1200 rpm\n");
 }
 
+TEST_F(StatusReportTests, Bytes_BecomeTheCharactersOfTheirNumbers) {
+    CDevApiInterface_Impl& device = DeviceWith({8});
+    std::erase_if(device.m_products[0].m_params, [](const ParamRecord& param) { return param.m_iParam != 64; });
+    platform.server.AnswerPayload("bl-param-read 8 64", "a\x7F\x80\xB0\xFFz");
+    EXPECT_EQ(CollectStatusReport(device).text, L"H201 Product Code: a\x7F\x80\xB0\xFFz \n");
+}
+
 /// `count` lines of `length` characters, line feed included.
 std::wstring Lines(int count, std::size_t length) {
     std::wstring text;
