@@ -43,6 +43,14 @@ void MoveDown(HWND dialog, int id, int distance) noexcept {
 
 void Show(HWND dialog, int id, bool shown) noexcept { ShowWindow(GetDlgItem(dialog, id), shown ? SW_SHOW : SW_HIDE); }
 
+/// Hides a control, which must not take the keyboard with it: the focus goes where Tab would take it.
+void HideAndLeave(HWND dialog, int id) noexcept {
+    if (GetFocus() == GetDlgItem(dialog, id)) {
+        SendMessageW(dialog, WM_NEXTDLGCTL, 0, FALSE);
+    }
+    Show(dialog, id, false);
+}
+
 /// Puts a further column at the left edge and the bottom edge of the one above it.
 void PlaceBelow(HWND dialog, int id, int aboveId, int width, int height) noexcept {
     const RECT above = ClientRectOf(dialog, aboveId);
@@ -77,7 +85,7 @@ void LayOut(HWND dialog, const StatusReport& report) {
         SetDlgItemTextW(dialog, kColumnIds[i], columns.texts[i].c_str());
         PlaceBelow(dialog, kColumnIds[i], kColumnIds[i - 1], width, layout.columnHeights[i]);
     }
-    Show(dialog, IDC_SHOW_STATUS, false);
+    HideAndLeave(dialog, IDC_SHOW_STATUS);
     // The buttons moved without repainting and left their traces below the report.
     InvalidateRect(dialog, nullptr, TRUE);
 }

@@ -50,6 +50,18 @@ class OpenDialog {
         Settle();
     }
 
+    /// Strikes a key of the keyboard: it goes where the system has the focus. Does not wait until it is taken, as
+    /// input comes after all that is posted.
+    static void Strike(WORD key) {
+        std::array<INPUT, 2> inputs{};
+        for (INPUT& input : inputs) {
+            input.type = INPUT_KEYBOARD;
+            input.ki.wVk = key;
+        }
+        inputs[1].ki.dwFlags = KEYEVENTF_KEYUP;
+        EXPECT_EQ(SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof inputs[0]), inputs.size());
+    }
+
     /// Presses the close box.
     void PressCloseBox() const {
         PostMessageW(m_hWindow, WM_SYSCOMMAND, SC_CLOSE, 0);

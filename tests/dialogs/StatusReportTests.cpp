@@ -199,6 +199,35 @@ TEST_F(StatusReportTests, ParametersThatCannotBeRead_LeaveNoLine) {
     ExpectDialogGrown(shown);
 }
 
+TEST_F(StatusReportTests, KeyboardThatAskedForTheReport_WorksOnAfterIt) {
+    struct Case {
+        std::vector<WORD> keys;
+        std::int32_t result;
+    };
+    Start({8}, kAllParameters);
+    for (const Case& row : {Case{{VK_RETURN}, oko::kSuccess}, Case{{VK_ESCAPE}, oko::kFailure},
+                            Case{{VK_TAB, VK_RETURN}, oko::kFailure}}) {
+        EXPECT_EQ(ShowConfiguration([&](const OpenDialog& dialog) {
+                      while (dialog.Focus() != dialog.Control(kShowStatus)) {
+                          dialog.Press(VK_TAB);
+                      }
+                      OpenDialog::Strike(VK_SPACE);
+                      ASSERT_TRUE(WaitUntil([&] { return !dialog.IsShown(kShowStatus); }));
+                      dialog.Settle();
+                      const HWND focus = dialog.Focus();
+                      EXPECT_EQ(focus, dialog.Control(IDOK));  // where Tab goes from the button
+                      EXPECT_TRUE(IsWindowVisible(focus) && IsWindowEnabled(focus));
+                      // Drawn as the button that Enter presses, which the hidden one was.
+                      EXPECT_EQ(GetWindowLongPtrW(focus, GWL_STYLE) & BS_TYPEMASK, BS_DEFPUSHBUTTON);
+                      for (const WORD key : row.keys) {
+                          OpenDialog::Strike(key);
+                          WaitUntil([&] { return dialog.Focus() == dialog.Control(IDCANCEL) || !dialog.IsOpen(); });
+                      }
+                  }),
+                  row.result);
+    }
+}
+
 TEST_F(StatusReportTests, DialogOpenedAnew_IsAsItWasFirst) {
     const Shown first = ShowStatus({8});
     server.NewCommands();
