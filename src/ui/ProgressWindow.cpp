@@ -40,6 +40,7 @@ INT_PTR CALLBACK ProgressDlgProc(HWND dialog, UINT message, WPARAM wParam, LPARA
         case WM_INITDIALOG:
             SendDlgItemMessageW(dialog, IDC_PROGRESS_BAR, PBM_SETRANGE, 0, MAKELPARAM(0, 100));
             SendDlgItemMessageW(dialog, IDC_PROGRESS_BAR, PBM_SETPOS, 0, 0);
+            SetDlgItemTextW(dialog, IDC_PROGRESS_TEXT, L"");  // nobody should read the template's placeholder
             return TRUE;
         case kProgressMessage:
             ShowPercent(dialog, static_cast<int>(wParam));

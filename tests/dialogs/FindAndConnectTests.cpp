@@ -184,6 +184,20 @@ TEST_F(FindAndConnectServerTests, ProgressWindow_GoesFrom0To100AndCannotBeClosed
     EXPECT_FALSE(IsWindow(window));
 }
 
+TEST_F(FindAndConnectServerTests, ProgressWindow_ShowsNoTextBeforeItsFirstPercentage) {
+    server.Answer("findstat", "-1");
+    server.Connect({9}, "107");
+    const ProgressRecorder progress;
+    EXPECT_EQ(ShowConnection(FindAndConnect), oko::kSuccess);
+    std::set<std::wstring> expected{L""};  // not the template's text
+    for (const int percent : kSearchPercents) {
+        expected.insert(std::to_wstring(percent) + L" %");
+    }
+    EXPECT_EQ(progress.SeenTexts(), expected);
+    EXPECT_EQ(progress.Windows(), 2U);
+    EXPECT_EQ(Device().ApplyConfiguration(L""), oko::kSuccess);
+}
+
 TEST_F(FindAndConnectServerTests, ServerThatIsNowhere_IsSaidOnceAndThePortKept) {
     server.AnswerAll("");
     const ProgressRecorder progress;

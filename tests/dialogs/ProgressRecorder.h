@@ -47,6 +47,9 @@ class ProgressRecorder {
         return percents;
     }
 
+    /// All that stood beside the bars while they could be seen, before the first percentage too.
+    const std::set<std::wstring>& SeenTexts() const { return m_seenTexts; }
+
     /// The window that took the last message.
     HWND LastWindow() const { return m_lastWindow; }
 
@@ -74,6 +77,9 @@ class ProgressRecorder {
             GetDlgItem(message.hwnd, kProgressBar) != nullptr) {
             Current()->Add(message.hwnd, static_cast<int>(message.wParam));
         }
+        if (code == HC_ACTION && (message.message == WM_PAINT || message.message == WM_SETTEXT)) {
+            Current()->See(message.hwnd);
+        }
         return CallNextHookEx(nullptr, code, wParam, lParam);
     }
 
@@ -94,6 +100,16 @@ class ProgressRecorder {
         }
     }
 
+    /// Keeps the text of a control that was drawn or changed, if it is the one beside a bar.
+    void See(HWND control) {
+        if (GetDlgCtrlID(control) == kProgressText && GetDlgItem(GetParent(control), kProgressBar) != nullptr &&
+            IsWindowVisible(control)) {
+            std::array<wchar_t, 64> text{};
+            GetWindowTextW(control, text.data(), static_cast<int>(text.size()));
+            m_seenTexts.emplace(text.data());
+        }
+    }
+
     static bool IsDrawn(HWND window) {
         for (const int id : {kProgressBar, kProgressText}) {
             if (GetUpdateRect(GetDlgItem(window, id), nullptr, FALSE)) {
@@ -109,6 +125,7 @@ class ProgressRecorder {
     HHOOK m_hHook;
     Listener m_listener;
     std::vector<ProgressShown> m_shown;
+    std::set<std::wstring> m_seenTexts;
     std::set<HWND> m_windows;
     HWND m_lastWindow = nullptr;
 };
