@@ -42,6 +42,9 @@ bool ScriptedClock::WaitForOtherThreadSleeps(std::size_t count) {
 }
 
 void ScriptedClock::Sleep(std::uint32_t milliseconds) {
+    if (onSleep) {
+        onSleep(milliseconds);
+    }
     {
         const std::scoped_lock lock(m_mutex);
         AdvanceLocked(milliseconds);

@@ -92,6 +92,16 @@ std::optional<RegistryValue> ScriptedRegistry::Find(const std::wstring& path, co
     return value != key->second.end() ? std::optional(value->second) : std::nullopt;
 }
 
+void ScriptedRegistry::Deny(const std::wstring& path) {
+    const std::scoped_lock lock(m_mutex);
+    m_denied.insert(path);
+}
+
+bool ScriptedRegistry::CanOpen(const std::wstring& path) const {
+    const std::scoped_lock lock(m_mutex);
+    return !failOpen && m_keys.contains(path) && !m_denied.contains(path);
+}
+
 std::optional<std::wstring> ScriptedRegistry::Subkey(const std::wstring& path, std::uint32_t index) const {
     const std::scoped_lock lock(m_mutex);
     const std::wstring prefix = path + L"\\";
@@ -184,7 +194,7 @@ void RegistryKey::WriteText(const wchar_t* name, std::wstring_view text) const n
 std::optional<RegistryKey> OpenLocalMachine(const wchar_t* path) noexcept {
     ScriptedRegistry& registry = ScriptedPlatform::Current().registry;
     registry.Record(std::wstring(L"open ") + path);
-    if (registry.failOpen || !registry.HasKey(path)) {
+    if (!registry.CanOpen(path)) {
         return std::nullopt;
     }
     return RegistryKey(std::make_unique<OpenKey>(OpenKey{path, registry.TakeHandle()}).release());

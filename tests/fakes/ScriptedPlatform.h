@@ -152,6 +152,9 @@ class ScriptedRegistry {
     std::atomic<bool> failOpen = false;
     std::atomic<bool> failCreate = false;
 
+    /// The key is there and listed, but cannot be opened: the user may not.
+    void Deny(const std::wstring& path);
+
     /// The library's calls in order, failed ones too: L"open <path>", L"create <path>", L"query <path>\<name>",
     /// L"read <path>\<name>", L"write <path>\<name>", L"close <path>".
     std::vector<std::wstring> Calls() const;
@@ -164,6 +167,7 @@ class ScriptedRegistry {
     // For the stand-ins.
     HandleCounter::Token TakeHandle() const { return m_handles.Take(); }
     void Record(std::wstring call);
+    bool CanOpen(const std::wstring& path) const;
 
  private:
     struct IgnoreCase {
@@ -175,6 +179,7 @@ class ScriptedRegistry {
 
     mutable std::mutex m_mutex;
     std::map<std::wstring, Values, IgnoreCase> m_keys;
+    std::set<std::wstring, IgnoreCase> m_denied;
     std::vector<std::wstring> m_calls;
     HandleCounter m_handles;
 };
@@ -192,6 +197,10 @@ class ScriptedClock {
 
     /// How often other threads slept, by milliseconds. Each of these sleeps takes about one real millisecond.
     std::map<std::uint32_t, std::size_t> OtherThreadSleeps() const;
+
+    /// Runs in every sleep before it takes effect, on the sleeping thread and without a lock of the clock's. Set it
+    /// before other threads run.
+    std::function<void(std::uint32_t milliseconds)> onSleep;
 
     /// Waits until other threads have slept `count` times more; false when they do not come to it.
     bool WaitForOtherThreadSleeps(std::size_t count);
@@ -306,6 +315,33 @@ class RecordedThreads {
     HandleCounter m_handles;
 };
 
+/// The library's locks.
+class WatchedLocks {
+ public:
+    /// Runs when a thread finds a lock held by another one, before it waits for it. Set it before other threads run.
+    std::function<void()> onWait;
+};
+
+/// What became of the library's events.
+class RecordedEvents {
+ public:
+    /// The longest that each wait of the test's own thread would have taken, in milliseconds, in order.
+    std::vector<std::uint32_t> Waits() const;
+
+    /// The addresses of the events that went, in order.
+    std::vector<std::uintptr_t> Destroyed() const;
+
+    // For the stand-ins.
+    void Wait(std::uint32_t milliseconds);
+    void Destroy(const ManualResetEvent& event);
+
+ private:
+    const std::thread::id m_testThread = std::this_thread::get_id();
+    mutable std::mutex m_mutex;
+    std::vector<std::uint32_t> m_waits;
+    std::vector<std::uintptr_t> m_destroyed;
+};
+
 /// The files of the disk, as far as they are searched for.
 class ScriptedFiles {
  public:
@@ -381,6 +417,8 @@ class ScriptedPlatform {
     ScriptedRandom random;
     RecordedWindows windows;
     RecordedThreads threads;
+    WatchedLocks locks;
+    RecordedEvents events;
     ScriptedFiles files;
     RecordedShell shell;
     ScriptedPorts ports;

@@ -4,6 +4,30 @@
 #include <condition_variable>
 #include <mutex>
 
+#include "fakes/ScriptedPlatform.h"
+
+std::vector<std::uint32_t> RecordedEvents::Waits() const {
+    const std::scoped_lock lock(m_mutex);
+    return m_waits;
+}
+
+std::vector<std::uintptr_t> RecordedEvents::Destroyed() const {
+    const std::scoped_lock lock(m_mutex);
+    return m_destroyed;
+}
+
+void RecordedEvents::Wait(std::uint32_t milliseconds) {
+    const std::scoped_lock lock(m_mutex);
+    if (std::this_thread::get_id() == m_testThread) {
+        m_waits.push_back(milliseconds);
+    }
+}
+
+void RecordedEvents::Destroy(const ManualResetEvent& event) {
+    const std::scoped_lock lock(m_mutex);
+    m_destroyed.push_back(reinterpret_cast<std::uintptr_t>(&event));
+}
+
 struct CriticalSection::State {
     std::recursive_mutex mutex;
 };
@@ -12,7 +36,16 @@ CriticalSection::CriticalSection() : m_pState(std::make_unique<State>()) {}
 
 CriticalSection::~CriticalSection() = default;
 
-void CriticalSection::lock() noexcept { m_pState->mutex.lock(); }
+void CriticalSection::lock() noexcept {
+    if (m_pState->mutex.try_lock()) {
+        return;
+    }
+    ScriptedPlatform* const platform = ScriptedPlatform::CurrentOrNull();
+    if (platform != nullptr && platform->locks.onWait) {
+        platform->locks.onWait();
+    }
+    m_pState->mutex.lock();
+}
 
 void CriticalSection::unlock() noexcept { m_pState->mutex.unlock(); }
 
@@ -33,7 +66,11 @@ struct ManualResetEvent::State {
 
 ManualResetEvent::ManualResetEvent() : m_pState(std::make_unique<State>()) {}
 
-ManualResetEvent::~ManualResetEvent() = default;
+ManualResetEvent::~ManualResetEvent() {
+    if (ScriptedPlatform* const platform = ScriptedPlatform::CurrentOrNull()) {
+        platform->events.Destroy(*this);
+    }
+}
 
 void ManualResetEvent::Set() noexcept {
     const std::shared_ptr<Signal> signal = m_pState->signal;
@@ -48,6 +85,9 @@ void ManualResetEvent::Reset() noexcept {
 }
 
 bool ManualResetEvent::Wait(std::uint32_t milliseconds) noexcept {
+    if (ScriptedPlatform* const platform = ScriptedPlatform::CurrentOrNull()) {
+        platform->events.Wait(milliseconds);
+    }
     const std::shared_ptr<Signal> signal = m_pState->signal;
     std::unique_lock lock(signal->mutex);
     return signal->changed.wait_for(lock, std::chrono::milliseconds(milliseconds), [&] { return signal->set; });

@@ -269,6 +269,10 @@ TEST_F(ChannelAssignmentTests, MoreThan4Gases_TakesNoMore) {
 TEST_F(ChannelAssignmentTests, MoreThan4Humidifiers_TakesNoMore) {
     InitialisedWith({15, 15, 15, 15, 15});
     EXPECT_EQ(m_pDevice->GetHumidifierCount(), 4);
+    // The fifth is not begun: four of each command, not five.
+    for (const char* const command : {"readmin 15 0", "readmax 15 0", "bl-param-read 15 206", "bl-param-read 15 209"}) {
+        EXPECT_EQ(std::ranges::count(SetupCommands(), command), 4) << command;
+    }
 }
 
 TEST_F(ChannelAssignmentTests, DeletedChannels_AreMadeAnewByInit) {

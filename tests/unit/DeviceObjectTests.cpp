@@ -174,6 +174,11 @@ TEST_F(DeviceObjectTests, ApplyConnection_TakesThePortAndOpensTheSocket) {
     }
 }
 
+TEST_F(DeviceObjectTests, ApplyConnection_OfTheSimulator_OpensTheSocketToo) {
+    EXPECT_EQ(MakeDevice(oko::kSimulatorDevice).ApplyConnection(L"m_iComPort 3"), 0);
+    EXPECT_EQ(platform.server.Calls(), (std::vector<std::string>{"startup", "open", "connect 60000"}));
+}
+
 TEST_F(DeviceObjectTests, ApplyConnection_WithAProgressWindow_Reports5) {
     CDevApiInterface_Impl& device = MakeDevice(0);
     device.ApplyConnection(L"");

@@ -1,4 +1,5 @@
 #include "Fixture.h"
+#include "channels/ParameterRead.h"
 
 namespace {
 
@@ -132,6 +133,23 @@ TEST_F(EnumerationTests, EveryRun_StartsFromScratch) {
     device.EnumerateProducts();
     EXPECT_EQ(device.m_products.size(), 1U);
     EXPECT_EQ(device.m_products[0].m_devices.size(), 1U);
+}
+
+TEST_F(EnumerationTests, WhileTheServerIsAsked_TheEarlierCatalogueServes) {
+    platform.server.AnswerPayload("listconprod", "9");
+    platform.server.AnswerPayload("bl-param-list 9", "107");
+    CDevApiInterface_Impl& device = RealDevice();
+    device.EnumerateProducts();
+    // The first line of the second run comes with the answer to "listconprod", before the next question.
+    std::vector<bool> present;
+    HostLog::SetHook([&](std::int32_t, const wchar_t* line) {
+        if (std::wstring(line).find(L" listconprod ") != std::wstring::npos) {
+            present.push_back(IsDeviceParameterPresent(device, 9, 107, kNoCompanion));
+        }
+    });
+    device.m_bLogCommunication = true;
+    device.EnumerateProducts();
+    EXPECT_EQ(present, std::vector<bool>{true});
 }
 
 using EnumerationDeathTests = EnumerationTests;

@@ -1,5 +1,7 @@
 #include "core/Exports.h"
 
+#include <algorithm>
+
 #include "Fixture.h"
 
 namespace {
@@ -77,6 +79,22 @@ TEST_F(ExportsTests, QueryInterface_OtherIndexesAndNull_Fail) {
     EXPECT_EQ(LibQueryInterface(0xFFFFFFFF, nullptr, &device), -1);
     EXPECT_EQ(device, mark);
     EXPECT_EQ(LibQueryInterface(0, nullptr, nullptr), -1);
+}
+
+TEST_F(ExportsTests, Detach_DestroysTheRealDeviceFirst) {
+    // Whichever the host asked for first.
+    std::array<std::uintptr_t, 2> events{};
+    for (const std::uint32_t index : {1U, 0U}) {
+        CDevApiInterface* device = nullptr;
+        LibQueryInterface(index, nullptr, &device);
+        const auto& impl = *static_cast<CDevApiInterface_Impl*>(device);
+        events.at(index) = reinterpret_cast<std::uintptr_t>(&impl.m_hThreadStopped);
+    }
+    DetachModule();
+    const std::vector<std::uintptr_t> destroyed = platform.events.Destroyed();
+    const auto real = std::ranges::find(destroyed, events[0]);
+    ASSERT_NE(real, destroyed.end());
+    EXPECT_NE(std::find(real, destroyed.end(), events[1]), destroyed.end());
 }
 
 TEST_F(ExportsTests, Detach_DestroysTheDevicesAndAttachStartsAnew) {

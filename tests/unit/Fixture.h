@@ -16,6 +16,12 @@
 #include "fakes/ScriptedPlatform.h"
 #include "oko/LibQuery.h"
 
+/// Makes a channel stand for a sensor of a product.
+template <class Channel>
+void Assign(Channel& channel, int product, int number) {
+    Put(channel.m_address, {product, number});
+}
+
 /// A fresh scripted platform and host log for each test, and device objects on it.
 class DeviceTest : public ::testing::Test {
  protected:

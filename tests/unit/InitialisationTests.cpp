@@ -171,6 +171,43 @@ TEST_F(InitialisationTests, SilentServer_FailsWithOneBoxUntilClose) {
     EXPECT_EQ(platform.windows.ErrorBoxes().size(), 2U);
 }
 
+TEST_F(InitialisationTests, AnswerInBetween_DoesNotBringTheBoxBack) {
+    platform.server.AnswerInTurn("listprod", {kReceiveFails, "0_listprod_7\r", kReceiveFails});
+    CDevApiInterface_Impl& device = RealDevice();
+    EXPECT_EQ(device.Init(HostLog::Callback, nullptr), oko::kFailure);
+    EXPECT_EQ(device.Init(HostLog::Callback, nullptr), oko::kSuccess);
+    EXPECT_EQ(device.Init(HostLog::Callback, nullptr), oko::kFailure);
+    EXPECT_EQ(platform.windows.ErrorBoxes().size(), 1U);
+}
+
+TEST_F(InitialisationTests, AFailure_KeepsTheCallbackAndTheHostData) {
+    platform.server.Answer("listprod", kReceiveFails);
+    CDevApiInterface_Impl& device = RealDevice();
+    int hostData = 0;
+    EXPECT_EQ(device.Init(HostLog::Callback, &hostData), oko::kFailure);
+    EXPECT_EQ(device.m_pHostData, &hostData);
+    HostLog::Reset();
+    device.Log(L"still there");
+    EXPECT_EQ(HostLog::Lines(), std::vector<std::wstring>{L"still there"});
+}
+
+TEST_F(InitialisationTests, RefusalsOfLaterCommands_DoNotFailIt) {
+    platform.server.SetDefault([](std::string_view command) -> ServerReply {
+        return (command == "listprod" ? "0_" : "3_") + std::string(command) + "_9\r";
+    });
+    CDevApiInterface_Impl& device = RealDevice();
+    EXPECT_EQ(device.Init(HostLog::Callback, nullptr), oko::kSuccess);
+    EXPECT_EQ(device.GetTemperatureCount(), 1);
+    EXPECT_TRUE(platform.windows.ErrorBoxes().empty());
+}
+
+TEST_F(InitialisationTests, AppliedAlarmSettings_AreStillAppliedAfterIt) {
+    CDevApiInterface_Impl& device = RealDevice();
+    device.m_bSetupComplete = true;
+    EXPECT_EQ(device.Init(HostLog::Callback, nullptr), oko::kSuccess);
+    EXPECT_TRUE(device.m_bSetupComplete);
+}
+
 TEST_F(InitialisationTests, SuccessAfterAFailure_FreesTheLink) {
     platform.server.AnswerInTurn("listprod", {kReceiveFails, "0_listprod_7\r"});
     CDevApiInterface_Impl& device = RealDevice();

@@ -94,6 +94,18 @@ TEST_F(ServerDiscoveryTests, InstallLocation_ValuesLongerThan260Bytes_AreSkipped
     EXPECT_EQ(Location(), fits);
 }
 
+TEST_F(ServerDiscoveryTests, InstallLocation_KeyThatCannotBeOpened_IsSkipped) {
+    Install(kList32, L"A", L"OKO-Control Server", L"C:\\A\\");
+    Install(kList32, L"B", L"OKO-Control Server", L"C:\\OKO\\");
+    platform.registry.Deny(kList32 + L"\\A");
+    EXPECT_EQ(Location(), L"C:\\OKO\\");
+}
+
+TEST_F(ServerDiscoveryTests, InstallLocation_KeyWithTheLongestName_IsFound) {
+    Install(kList32, std::wstring(259, L'k'), L"OKO-Control Server", L"C:\\OKO\\");
+    EXPECT_EQ(Location(), L"C:\\OKO\\");
+}
+
 TEST_F(ServerDiscoveryTests, InstallLocation_NullFolder_OnlyTells) {
     Install(kList32, L"{1}", L"OKO-Control Server", L"C:\\OKO\\");
     EXPECT_TRUE(FindServerInstallLocation(nullptr));
@@ -117,6 +129,13 @@ TEST_F(ServerDiscoveryTests, Executable_SearchPattern_ReplacesAMissingSeparator)
         EXPECT_EQ(platform.files.Patterns().back(), row.pattern);
     }
     EXPECT_EQ(platform.files.OpenSearches(), 0U);
+}
+
+TEST_F(ServerDiscoveryTests, Executable_LongestFolder_IsSearchedWhole) {
+    const std::wstring folder = L"C:\\" + std::wstring(kFolderLength - 5, L'f') + L"\\";
+    ASSERT_EQ(folder.size(), kFolderLength - 1);
+    platform.files.Answer(folder + L"*", {{L"OKO-Control.exe"}});
+    EXPECT_EQ(Executable(folder.c_str()), L"OKO-Control.exe");
 }
 
 TEST_F(ServerDiscoveryTests, Executable_EmptyFolder_IsNotSearched) {

@@ -137,6 +137,20 @@ TEST_F(ServerLaunchTests, StartedServerThatRefuses_IsToldInABox) {
              L"OC Status error."}}));
 }
 
+TEST_F(ServerLaunchTests, EveryRefusal_IsToldWhateverWasToldBefore) {
+    platform.server.AnswerInTurn("listprod", {kReceiveFails, "3_listprod_\r"});
+    CDevApiInterface_Impl& device = RealDevice();
+    EXPECT_EQ(device.EnsureServerRunning(500), State::Silent);
+    EXPECT_EQ(device.EnsureServerRunning(500), State::Refusing);
+    EXPECT_EQ(device.EnsureServerRunning(500), State::Refusing);
+    std::vector<std::wstring> captions;
+    for (const RecordedWindows::ErrorBox& box : platform.windows.ErrorBoxes()) {
+        captions.push_back(box.caption);
+    }
+    EXPECT_EQ(captions,
+              (std::vector<std::wstring>{L"OKO-Control server error.", L"OC Status error.", L"OC Status error."}));
+}
+
 TEST_F(ServerLaunchTests, WithoutACallback_NothingIsLoggedAndItStillWorks) {
     InstallServer();
     AnswerFromProbe(3, kReceiveFails);

@@ -59,6 +59,22 @@ TEST_F(ShutdownTests, Simulator_WaitsForItsThreadAndGivesItTimeToReturn) {
                                          L"CDevApiInterface_Impl::DisconnectSocket: The descriptor is not a socket."}));
 }
 
+TEST_F(ShutdownTests, Simulator_WaitsForItsThread5SecondsAtMost) {
+    CDevApiInterface_Impl& device = Simulator();
+    device.Init(HostLog::Callback, nullptr);
+    device.Close();
+    EXPECT_EQ(platform.events.Waits(), std::vector<std::uint32_t>{5000});
+}
+
+TEST_F(ShutdownTests, Simulator_KeepsItsCounts) {
+    CDevApiInterface_Impl& device = Simulator();
+    device.Init(HostLog::Callback, nullptr);
+    device.Close();
+    EXPECT_EQ(device.GetTemperatureCount(), 10);
+    EXPECT_EQ(device.GetGasConcentrationCount(), 2);
+    EXPECT_EQ(device.GetHumidifierCount(), 1);
+}
+
 TEST_F(ShutdownTests, CloseTwiceAndCloseBeforeInit_AreHarmless) {
     CDevApiInterface_Impl& device = Simulator();
     device.Close();

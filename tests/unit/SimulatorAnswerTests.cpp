@@ -87,6 +87,16 @@ TEST_F(SimulatorAnswerTests, Init_UsesTheStoredProducts) {
     EXPECT_EQ(device.GetGasConcentrationCount(), 1);
 }
 
+TEST_F(SimulatorAnswerTests, EveryInit_UsesWhatIsStoredByThen) {
+    platform.registry.Set(kKey, kValue, RegistryValue::Text(L"0_listconprod_11"));
+    CDevApiInterface_Impl& device = Simulator();
+    EXPECT_EQ(device.Init(HostLog::Callback, nullptr), oko::kSuccess);
+    device.Close();
+    platform.registry.Set(kKey, kValue, RegistryValue::Text(L"0_listconprod_12"));
+    EXPECT_EQ(device.Init(HostLog::Callback, nullptr), oko::kSuccess);
+    EXPECT_EQ(device.GetGasConcentrationCount(), 2);
+}
+
 TEST_F(SimulatorAnswerTests, Init_GarbageAnswers_GiveChannelsOrNoneButNoHarm) {
     for (const std::wstring answer : {L"", L"garbage", L"_", L"__", L"0_listconprod_", L"0_listconprod_-5 x 9",
                                       L"0_listconprod_9999999", L"0_listconprod_9 9 9 9 9 9 9 9 9", L"0__7\r8", L"9"}) {
