@@ -127,6 +127,17 @@ TEST_F(FindAndConnectTests, InstalledServer_IsStartedForTheSearch) {
 /// Against a server of the test's own.
 class FindAndConnectServerTests : public IncubatorDialogTest {
  protected:
+    /// The icon of a message box; null when it has none.
+    static HICON IconOf(const OpenDialog& box) {
+        for (HWND control = GetWindow(box.Window(), GW_CHILD); control != nullptr;
+             control = GetWindow(control, GW_HWNDNEXT)) {
+            if ((GetWindowLongPtrW(control, GWL_STYLE) & SS_TYPEMASK) == SS_ICON) {
+                return reinterpret_cast<HICON>(SendMessageW(control, STM_GETICON, 0, 0));
+            }
+        }
+        return nullptr;
+    }
+
     /// Presses Find and Connect and answers the box that comes of it; gives its text.
     std::wstring BoxOf(const wchar_t* caption) {
         std::wstring shown;
@@ -138,6 +149,7 @@ class FindAndConnectServerTests : public IncubatorDialogTest {
                       constexpr int kBoxText = 0xFFFF;
                       shown = box->Text(kBoxText);
                       EXPECT_EQ(GetWindow(box->Window(), GW_OWNER), nullptr);
+                      EXPECT_EQ(IconOf(*box), LoadIconW(nullptr, IDI_ERROR));
                       box->Click(IDOK);
                   }),
                   oko::kSuccess);

@@ -1,9 +1,11 @@
 // The library finds the installed server in the real registry and on the real disk and starts it through the real
 // shell.
 
+#include <atomic>
 #include <optional>
 
 #include "InstalledEmulator.h"
+#include "LoopbackServer.h"
 
 namespace {
 
@@ -88,6 +90,25 @@ TEST_F(ServerLaunchTests, FolderWithAProgramsName_IsNotStarted) {
     Install(L"");
     std::filesystem::create_directories(Folder() / L"OKO-Control A folder.exe");
     ExpectStarted();
+}
+
+TEST_F(ServerLaunchTests, Program_IsOpenedWithAWindowOfNormalSize) {
+    Install(L"");
+    ASSERT_TRUE(CopyFileW((ProgramFolder() + L"oko-start-recorder.exe").c_str(), (Folder() / kProgram).c_str(), FALSE));
+    // Silent until the program has been started.
+    std::atomic<bool> probed = false;
+    LoopbackServer server([&probed](std::string_view command) {
+        return probed.exchange(true) ? LoopbackServer::Reply(command, "") : std::string();
+    });
+    CDevApiInterface& device = m_library.Device(0);
+    device.ApplyConnection(L"m_iComPort 3");
+    EXPECT_EQ(device.Init(HostRecord::Callback, nullptr), 0);
+    const std::filesystem::path record = Folder() / L"started.txt";
+    EXPECT_TRUE(WaitUntil([&record] { return std::filesystem::exists(record); }));
+    int showState = -1;
+    std::ifstream(record) >> showState;
+    EXPECT_EQ(showState, SW_SHOWNORMAL);
+    device.Close();
 }
 
 TEST_F(ServerLaunchTests, NothingInstalled_IsSaidAndFails) {
