@@ -91,6 +91,25 @@ TEST_F(AirModeTests, ChangeRightAfterAnAcceptedOne_IsBelievedAtOnce) {
     EXPECT_EQ(HostLog::AirModeChanges(), 2U);
 }
 
+TEST_F(AirModeTests, LinkThatBecameBusyMeanwhile_StartsTheCountAgain) {
+    auto& channel = Channel(11, 0);
+    ReportAirMode(11, "1");
+    Read(channel, 3);
+    platform.server.AnswerInTurn("bl-param-read 11 237", {});  // back to the handler
+    platform.server.SetDefault([this](std::string_view command) -> ServerReply {
+        m_pDevice->m_bBusy = true;
+        return ScriptedServer::BuiltInReply(command);
+    });
+    Read(channel);
+    m_pDevice->m_bBusy = false;
+    ReportAirMode(11, "1");
+    platform.server.SetDefault({});
+    Read(channel, 3);
+    EXPECT_EQ(m_pDevice->m_bAirMode, 0);
+    Read(channel);
+    EXPECT_EQ(m_pDevice->m_bAirMode, 1);
+}
+
 TEST_F(AirModeTests, FailedReads_CountNeitherWay) {
     auto& channel = Channel(11, 0);
     ReportAirMode(11, "1");
@@ -110,6 +129,16 @@ TEST_F(AirModeTests, Payloads_OnlyExactly1IsOn) {
         std::uint8_t status = 9;
         EXPECT_EQ(channel.ReadAirMode(&status), 0);
         EXPECT_EQ(status, std::string(payload) == "1" ? 1 : 0) << payload;
+    }
+}
+
+TEST_F(AirModeTests, PayloadThatIsNoNumber_Fails) {
+    auto& channel = Channel(11, 0);
+    for (const char* const payload : {"nan", "n", "not known", "error"}) {
+        ReportAirMode(11, payload);
+        std::uint8_t status = 9;
+        EXPECT_EQ(channel.ReadAirMode(&status), -1) << payload;
+        EXPECT_EQ(status, 9);
     }
 }
 

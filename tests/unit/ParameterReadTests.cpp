@@ -144,6 +144,17 @@ TEST_F(ParameterReadTests, Cache_FilledByAnyReply_SavesTheNextQuestion) {
     }
 }
 
+TEST_F(ParameterReadTests, Cache_InUse_AsksNoCompanionEither) {
+    CDevApiInterface_Impl& device = Device();
+    ParameterText value{};
+    ReadDeviceParameter(device, 9, 107, value.data(), true, true, 115);
+    platform.server.ClearCommands();
+    platform.server.Answer("bl-param-read 9 115", "0_bl-param-read 9 115_1\r");
+    // What equals its companion's value is present all the same when it is remembered.
+    EXPECT_TRUE(ReadDeviceParameter(device, 9, 107, value.data(), true, true, 115));
+    EXPECT_TRUE(platform.server.Commands().empty());
+}
+
 TEST_F(ParameterReadTests, Cache_IsFilledButNotUsedWithoutBeingAskedFor) {
     CDevApiInterface_Impl& device = Device();
     ParameterText value{};

@@ -57,6 +57,15 @@ TEST_F(SimulationTests, Temperature_ControlledZone_MovesByItsDistance) {
     }
 }
 
+TEST_F(SimulationTests, Temperature_EdgesOfTheDamping_BelongToTheSlowerSide) {
+    for (const auto& [current, moved] : {std::pair{36.5, 10.0 * 2 / 500}, std::pair{37.5, -10.0 * 2 / 500},
+                                         std::pair{35.0, 10.0 * 2 / 200}, std::pair{39.0, -10.0 * 2 / 200}}) {
+        auto& channel = Zone(9, 0, current);
+        Step(channel, 2.0);
+        EXPECT_NEAR(channel.m_dCurrent - current, moved, 1e-9) << current;
+    }
+}
+
 TEST_F(SimulationTests, Temperature_StepPastTheTarget_EndsOnItAtTheNextStep) {
     auto& heating = Zone(9, 0, 37.1, 10.0);  // within the band, above the target, still heating
     Step(heating, 0.0);
@@ -82,6 +91,34 @@ TEST_F(SimulationTests, Temperature_AtTheTarget_RestsAndTremblesNowAndThen) {
         EXPECT_NEAR(channel.m_dCurrent, row.current, 1e-9);
         EXPECT_EQ(platform.random.DrawCount() - before, row.draws.size());
     }
+}
+
+TEST_F(SimulationTests, Temperature_RestsWithinAHundredthOfADegree) {
+    struct Case {
+        double current;
+        bool rests;
+    };
+    for (const Case& row :
+         {Case{37.0 - 0.01, true}, Case{37.0 + 0.01, true}, Case{37.0 - 0.0101, false}, Case{37.0 + 0.0101, false}}) {
+        auto& channel = Zone(9, 0, row.current, std::nan(""));  // a rate that lets the guard be
+        platform.random.Script({0});
+        Step(channel, 0.0);
+        EXPECT_EQ(channel.m_dRate == 0.0, row.rests) << row.current - 37.0;
+    }
+}
+
+TEST_F(SimulationTests, Temperature_TimeAtRest_IsNotMadeUpForLater) {
+    auto& channel = Zone(9, 0, 37.0);
+    SimulateTemperature(channel);
+    for (int i = 0; i < 10; ++i) {
+        platform.random.Script({0});
+        platform.clock.Advance(1000);
+        SimulateTemperature(channel);
+    }
+    channel.m_dTarget = 40.0;
+    platform.clock.Advance(100);
+    SimulateTemperature(channel);
+    EXPECT_NEAR(channel.m_dCurrent, 37.0 + 10.0 * 0.1 / 60, 1e-9);
 }
 
 TEST_F(SimulationTests, Temperature_Product9Channel1AtRest_IsTheRoom) {
@@ -143,6 +180,16 @@ TEST_F(SimulationTests, Temperature_FollowerTakesTheFirstMainZone) {
     EXPECT_EQ(channel.m_dCurrent, 3.0);
 }
 
+TEST_F(SimulationTests, Temperature_FollowerBesideADeletedChannel_TakesTheNextMainZone) {
+    auto& channel = Zone(9, 107, 30.0);
+    m_pDevice->m_pTemperature[1]->DeletingDestructor(1);
+    Assign(*m_pDevice->m_pTemperature[2], 9, 0);
+    m_pDevice->m_pTemperature[2]->m_dCurrent = 33.0;
+    platform.random.Script({kStill});
+    Step(channel, 1.0);
+    EXPECT_EQ(channel.m_dCurrent, 33.0);
+}
+
 TEST_F(SimulationTests, Temperature_RateThatIsNoNumber_CountsAsMoving) {
     auto& channel = Zone(9, 132, 36.9, std::nan(""));
     platform.random.Script({kStill});
@@ -160,6 +207,16 @@ TEST_F(SimulationTests, Temperature_ToleranceMakesTheBand) {
     Step(channel, 0.0);
     EXPECT_EQ(channel.m_dRate, 10.0);
     EXPECT_EQ(channel.m_iState, 1);
+}
+
+TEST_F(SimulationTests, Temperature_EdgesOfTheBand_AreWithin) {
+    for (const double current : {36.5, 37.25}) {
+        auto& channel = Zone(9, 0, current, current < 37.0 ? 0.4 : -0.4);
+        channel.SetTolerance(0.5, 0.25);
+        Step(channel, 0.0);
+        EXPECT_EQ(channel.m_iState, 4) << current;
+        EXPECT_EQ(std::abs(channel.m_dRate), 0.4) << current;
+    }
 }
 
 TEST_F(SimulationTests, Temperature_PostsNoNotice) {
@@ -202,6 +259,33 @@ TEST_F(SimulationTests, Gas_TolerancesCountFromTheTargetToTheValue) {
     std::uint32_t state = 0;
     channel.GetGasConcentrationState(&state);
     EXPECT_EQ(state, 1U);
+}
+
+TEST_F(SimulationTests, GasAndHumidity_EdgesOfTheBand_AreWithin) {
+    struct Case {
+        double current;
+        int draw;
+        double reached;
+    };
+    constexpr int kDown = 0;
+    constexpr int kUp = 32767;
+    for (const Case& row : {Case{20.0, kDown, 19.5}, Case{20.0, kUp, 20.5}}) {
+        auto& channel = *MakeDevice(1).m_pGasConcentration[0];
+        channel.m_dCurrent = row.current;
+        platform.random.Script({row.draw});
+        SimulateGasConcentration(channel);
+        EXPECT_EQ(channel.m_dCurrent, row.reached);
+        EXPECT_EQ(channel.m_iState, 0) << row.reached;
+    }
+    for (const Case& row : {Case{54.0, kUp, 55.0}, Case{55.0, kDown, 54.0}}) {
+        auto& channel = *MakeDevice(1).m_pHumidifier[0];
+        channel.SetTolerance(0.0, 1.0);
+        channel.m_dCurrent = row.current;
+        platform.random.Script({row.draw});
+        SimulateHumidity(channel);
+        EXPECT_EQ(channel.m_dCurrent, row.reached);
+        EXPECT_EQ(channel.m_iState, 0) << row.reached;
+    }
 }
 
 TEST_F(SimulationTests, Humidity_SagsAndIsRounded) {

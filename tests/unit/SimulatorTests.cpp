@@ -189,6 +189,11 @@ TEST_F(SimulatorTests, ParameterRead_OfAChannelsNumber_GivesItsCurrentValue) {
     EXPECT_EQ(ReplyTo("bl-param-read 9 115"), "0_bl-param-read 9 115_24.900");
     EXPECT_EQ(ReplyTo("bl-param-read 8 115"), "0_bl-param-read 8 115_0");
     EXPECT_EQ(ReplyTo("bl-param-read"), "0_bl-param-read_");
+    // A channel of any kind is the whole answer; the table's "0" is not added to it.
+    m_state.channels.gasConcentrations[1] = {true, 12, 83, 5.0, 0.0};
+    m_state.channels.humidifiers[1] = {true, 15, 83, 55.0, 0.0};
+    EXPECT_EQ(ReplyTo("bl-param-read 12 83"), "0_bl-param-read 12 83_5.000");
+    EXPECT_EQ(ReplyTo("bl-param-read 15 83"), "0_bl-param-read 15 83_55.000");
 }
 
 TEST_F(SimulatorTests, Targets_OfTheFirstFourTemperaturesOnly) {

@@ -34,6 +34,44 @@ TEST_F(ValueThreadTests, Cycle_VisitsTheLiveChannelsEvery100Milliseconds) {
     EXPECT_EQ(platform.clock.OtherThreadSleeps().size(), 1U);
 }
 
+TEST_F(ValueThreadTests, FirstCycle_StepsTemperatureGasAndHumidityBeforeItSleeps) {
+    CDevApiInterface_Impl& device = MakeDevice(1);
+    device.m_nTemperatures = device.m_nGasConcentrations = device.m_nHumidifiers = 1;
+    auto& temperature = *device.m_pTemperature[0];
+    Assign(temperature, 9, 0);
+    temperature.m_dCurrent = 37.0;
+    device.m_pGasConcentration[0]->m_dCurrent = 20.0;
+    // Three draws have the temperature tremble upwards, one lifts the gas by half a point, one takes a point from the
+    // humidity. In any other order they mean something else.
+    platform.random.Script({1, 0, 1, 32767, 0});
+    std::vector<double> values;
+    platform.clock.onSleep = [&](std::uint32_t) {
+        if (values.empty()) {
+            values = {temperature.m_dCurrent, device.m_pGasConcentration[0]->m_dCurrent,
+                      device.m_pHumidifier[0]->m_dCurrent};
+        }
+    };
+    device.StartValueThread();
+    EXPECT_TRUE(platform.clock.WaitForOtherThreadSleeps(1));
+    device.StopValueThread();
+    ASSERT_EQ(values.size(), 3U);
+    EXPECT_NEAR(values[0], 37.1, 1e-9);
+    EXPECT_EQ(values[1], 20.5);
+    EXPECT_EQ(values[2], 54.0);
+}
+
+TEST_F(ValueThreadTests, CountsThatChangeLater_DoNotConcernARunningThread) {
+    CDevApiInterface_Impl& device = MakeDevice(1);
+    device.m_nTemperatures = device.m_nGasConcentrations = device.m_nHumidifiers = 1;
+    device.StartValueThread();
+    EXPECT_TRUE(platform.clock.WaitForOtherThreadSleeps(1));
+    device.m_nTemperatures = device.m_nGasConcentrations = device.m_nHumidifiers = 4;
+    EXPECT_TRUE(platform.clock.WaitForOtherThreadSleeps(2));
+    device.StopValueThread();
+    EXPECT_EQ(device.m_pTemperature[1]->m_llLastTick, 0);
+    EXPECT_EQ(platform.windows.OtherThreadNoticeCount(), platform.clock.OtherThreadSleeps()[100] * 2);
+}
+
 TEST_F(ValueThreadTests, DeletedChannels_AreLeftOut) {
     CDevApiInterface_Impl& device = MakeDevice(1);
     device.m_pTemperature[0]->DeletingDestructor(1);

@@ -1,0 +1,189 @@
+// Which operations wait for the data lock while another thread holds it, and which do not.
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <future>
+#include <mutex>
+#include <thread>
+
+#include "Fixture.h"
+#include "channels/Simulation.h"
+
+namespace {
+
+constexpr auto kPatience = std::chrono::seconds(20);
+
+/// What happened, in order, on whichever thread.
+class Events {
+ public:
+    void Add(std::string event) {
+        {
+            const std::scoped_lock lock(m_mutex);
+            m_events.push_back(std::move(event));
+        }
+        m_changed.notify_all();
+    }
+
+    /// Waits for the first event.
+    void AwaitFirst() {
+        std::unique_lock lock(m_mutex);
+        EXPECT_TRUE(m_changed.wait_for(lock, kPatience, [&] { return !m_events.empty(); }));
+    }
+
+    std::vector<std::string> Take() {
+        const std::scoped_lock lock(m_mutex);
+        return std::exchange(m_events, {});
+    }
+
+ private:
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::vector<std::string> m_events;
+};
+
+class LockTests : public DeviceTest {
+ protected:
+    /// A real device whose first channels are product 9, the O2 of product 11 and product 15.
+    CDevApiInterface_Impl& Device() {
+        CDevApiInterface_Impl& device = RealDevice();
+        device.m_products = {{11, {0}, {{237, {}}}}};
+        Assign(*device.m_pTemperature[0], 9, 0);
+        Assign(*device.m_pGasConcentration[0], 11, 0);
+        Assign(*device.m_pHumidifier[0], 15, 0);
+        platform.server.ClearCommands();
+        return device;
+    }
+
+    /// Runs `use` on another thread while this one holds the data lock, and tells whether it came to its end before the
+    /// lock was released.
+    bool EndsWhileTheLockIsHeld(CDevApiInterface_Impl& device, const std::function<void()>& use) {
+        Events events;
+        platform.locks.onWait = [&events] { events.Add("waits"); };
+        std::thread other;
+        {
+            const std::scoped_lock lock(device.m_csData);
+            other = std::thread([&] {
+                use();
+                events.Add("ends");
+            });
+            events.AwaitFirst();
+            m_commandsWhileHeld = platform.server.Commands();
+            events.Add("released");
+        }
+        other.join();
+        platform.locks.onWait = nullptr;
+        const std::vector<std::string> order = events.Take();
+        const bool waited = order == std::vector<std::string>{"waits", "released", "ends"};
+        EXPECT_TRUE(waited || order == (std::vector<std::string>{"ends", "released"})) << testing::PrintToString(order);
+        return !waited;
+    }
+
+    std::vector<std::string> m_commandsWhileHeld;
+};
+
+TEST_F(LockTests, StatesTargetsAndTolerances_WaitForTheDataLock) {
+    CDevApiInterface_Impl& device = Device();
+    auto& temperature = *device.m_pTemperature[0];
+    auto& gas = *device.m_pGasConcentration[0];
+    auto& humidity = *device.m_pHumidifier[0];
+    double first = 0.0;
+    double second = 0.0;
+    std::uint32_t state = 0;
+    struct Case {
+        const char* name;
+        std::function<void()> use;
+    };
+    for (const Case& row : std::vector<Case>{
+             {"temperature: state", [&] { temperature.GetTemperatureState(&state); }},
+             {"temperature: target", [&] { temperature.SetTargetTemperature(30.0); }},
+             {"temperature: rate", [&] { temperature.SetTemperatureRate(1.0); }},
+             {"temperature: step", [&] { temperature.GetTemperatureStep(&first); }},
+             {"temperature: limits", [&] { temperature.GetTemperatureLimits(&first, &second); }},
+             {"temperature: tolerance", [&] { temperature.SetTolerance(0.1, 0.2); }},
+             {"temperature: kept tolerance", [&] { temperature.GetTolerance(&first, &second); }},
+             {"temperature: simulation", [&] { SimulateTemperature(temperature); }},
+             {"gas: target", [&] { gas.SetTargetGasConcentration(5.0); }},
+             {"gas: watched target", [&] { gas.GetTargetGasConcentration(&first); }},
+             {"gas: tolerance", [&] { gas.SetTolerance(0.1, 0.2); }},
+             {"gas: kept tolerance", [&] { gas.GetTolerance(&first, &second); }},
+             {"humidity: target", [&] { humidity.SetTargetHumidity(55.0); }},
+             {"humidity: tolerance", [&] { humidity.SetTolerance(0.1, 0.2); }},
+             {"humidity: kept tolerance", [&] { humidity.GetTolerance(&first, &second); }},
+         }) {
+        EXPECT_FALSE(EndsWhileTheLockIsHeld(device, row.use)) << row.name;
+    }
+}
+
+TEST_F(LockTests, ReadsAndTheStatesOfGasAndHumidity_DoNotWaitForTheDataLock) {
+    CDevApiInterface_Impl& device = Device();
+    double value = 0.0;
+    std::uint32_t state = 0;
+    struct Case {
+        const char* name;
+        std::function<void()> use;
+    };
+    for (const Case& row : std::vector<Case>{
+             {"temperature: current", [&] { device.m_pTemperature[0]->GetCurrentTemperature(&value); }},
+             {"temperature: target", [&] { device.m_pTemperature[0]->GetTargetTemperature(&value); }},
+             {"gas: current", [&] { device.m_pGasConcentration[0]->GetCurrentGasConcentration(&value); }},
+             {"gas: state", [&] { device.m_pGasConcentration[0]->GetGasConcentrationState(&state); }},
+             {"gas: simulation", [&] { SimulateGasConcentration(*device.m_pGasConcentration[0]); }},
+             {"humidity: current", [&] { device.m_pHumidifier[0]->GetCurrentHumidity(&value); }},
+             {"humidity: target", [&] { device.m_pHumidifier[0]->GetTargetHumidity(&value); }},
+             {"humidity: state", [&] { device.m_pHumidifier[0]->GetHumidityState(&state); }},
+             {"humidity: simulation", [&] { SimulateHumidity(*device.m_pHumidifier[0]); }},
+         }) {
+        EXPECT_TRUE(EndsWhileTheLockIsHeld(device, row.use)) << row.name;
+    }
+}
+
+TEST_F(LockTests, NewTargets_AreSentBeforeTheDataLockIsTaken) {
+    CDevApiInterface_Impl& device = Device();
+    EXPECT_FALSE(EndsWhileTheLockIsHeld(device, [&device] { device.m_pTemperature[0]->SetTargetTemperature(30.0); }));
+    EXPECT_EQ(m_commandsWhileHeld, (std::vector<std::string>{"writesetpoint 9 0 30.0", "readsetpoint 9 0 -1"}));
+    EXPECT_EQ(device.m_pTemperature[0]->m_dTarget, 30.0);
+}
+
+TEST_F(LockTests, AirModeExchange_HoldsTheDataLock) {
+    CDevApiInterface_Impl& device = Device();
+    Events events;
+    platform.locks.onWait = [&events] { events.Add("waits"); };
+    std::thread other;
+    platform.server.SetDefault([&](std::string_view command) -> ServerReply {
+        if (command == "bl-param-read 11 237") {
+            other = std::thread([&] {
+                device.m_pTemperature[0]->SetTemperatureRate(1.0);
+                events.Add("ends");
+            });
+            events.AwaitFirst();
+            events.Add("answered");
+        }
+        return ScriptedServer::BuiltInReply(command);
+    });
+    std::uint8_t status = 0;
+    EXPECT_EQ(device.m_pGasConcentration[0]->ReadAirMode(&status), 0);
+    other.join();
+    EXPECT_EQ(events.Take(), (std::vector<std::string>{"waits", "answered", "ends"}));
+}
+
+TEST_F(LockTests, AirModeNotice_IsGivenWithoutTheDataLock) {
+    CDevApiInterface_Impl& device = Device();
+    platform.server.AnswerPayload("bl-param-read 11 237", "1");
+    std::future<void> other;
+    bool free = false;
+    HostLog::SetHook([&](std::int32_t code, const wchar_t*) {
+        if (code == oko::kCallbackAirModeChanged) {
+            other = std::async(std::launch::async, [&] { device.m_pTemperature[0]->SetTemperatureRate(1.0); });
+            free = other.wait_for(kPatience) == std::future_status::ready;
+        }
+    });
+    double value = 0.0;
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(device.m_pGasConcentration[0]->GetTargetGasConcentration(&value), 0);
+    }
+    EXPECT_TRUE(other.valid());
+    EXPECT_TRUE(free);
+}
+
+}  // namespace
