@@ -88,6 +88,14 @@ TEST(ScanTests, AfterAMismatch_NothingMatchesAnyMore) {
     EXPECT_EQ(value, 5);
 }
 
+TEST(ScanTests, AfterAMismatch_AWaitingNumberIsNotTaken) {
+    Scanner scanner(std::string_view("1"));
+    int value = 5;
+    EXPECT_FALSE(scanner.Literal("b"));
+    EXPECT_FALSE(scanner.Integer(value));
+    EXPECT_EQ(value, 5);
+}
+
 TEST(ScanTests, Double_OfAnyLengthThatPrintfPrints_IsTaken) {
     const std::wstring text = L"-1" + std::wstring(308, L'7') + L".000000 |";
     Scanner scanner{std::wstring_view(text)};
