@@ -9,6 +9,7 @@
 
 #include "Fixture.h"
 #include "channels/Simulation.h"
+#include "link/Exchange.h"
 
 namespace {
 
@@ -79,6 +80,31 @@ class LockTests : public DeviceTest {
         return !waited;
     }
 
+    /// Runs `use`, which sends `command`, and `other` on another thread while the server has not answered yet. Tells
+    /// whether that one waited until then.
+    bool WaitsForTheAnswer(std::string_view command, const std::function<void()>& use,
+                           const std::function<void()>& other) {
+        Events events;
+        platform.locks.onWait = [&events] { events.Add("waits"); };
+        std::thread thread;
+        platform.server.SetDefault([&](std::string_view sent) -> ServerReply {
+            if (sent == command) {
+                thread = std::thread([&] {
+                    other();
+                    events.Add("ends");
+                });
+                events.AwaitFirst();
+                events.Add("answered");
+            }
+            return ScriptedServer::BuiltInReply(sent);
+        });
+        use();
+        thread.join();
+        platform.server.SetDefault({});
+        platform.locks.onWait = nullptr;
+        return events.Take() == std::vector<std::string>{"waits", "answered", "ends"};
+    }
+
     std::vector<std::string> m_commandsWhileHeld;
 };
 
@@ -147,24 +173,17 @@ TEST_F(LockTests, NewTargets_AreSentBeforeTheDataLockIsTaken) {
 
 TEST_F(LockTests, AirModeExchange_HoldsTheDataLock) {
     CDevApiInterface_Impl& device = Device();
-    Events events;
-    platform.locks.onWait = [&events] { events.Add("waits"); };
-    std::thread other;
-    platform.server.SetDefault([&](std::string_view command) -> ServerReply {
-        if (command == "bl-param-read 11 237") {
-            other = std::thread([&] {
-                device.m_pTemperature[0]->SetTemperatureRate(1.0);
-                events.Add("ends");
-            });
-            events.AwaitFirst();
-            events.Add("answered");
-        }
-        return ScriptedServer::BuiltInReply(command);
-    });
     std::uint8_t status = 0;
-    EXPECT_EQ(device.m_pGasConcentration[0]->ReadAirMode(&status), 0);
-    other.join();
-    EXPECT_EQ(events.Take(), (std::vector<std::string>{"waits", "answered", "ends"}));
+    EXPECT_TRUE(WaitsForTheAnswer(
+        "bl-param-read 11 237", [&] { EXPECT_EQ(device.m_pGasConcentration[0]->ReadAirMode(&status), 0); },
+        [&] { device.m_pTemperature[0]->SetTemperatureRate(1.0); }));
+}
+
+TEST_F(LockTests, Exchange_HoldsTheSocketLockFromTheSendToTheReply) {
+    CDevApiInterface_Impl& device = Device();
+    EXPECT_TRUE(WaitsForTheAnswer(
+        "status", [&] { EXPECT_EQ(Ask(device, FormatCommand(command::kStatus)).bytes(), "0_status_1\r"); },
+        [&] { EXPECT_EQ(Ask(device, FormatCommand(command::kListProd)).bytes(), "0_listprod_1\r"); }));
 }
 
 TEST_F(LockTests, AirModeNotice_IsGivenWithoutTheDataLock) {
