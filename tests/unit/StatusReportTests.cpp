@@ -266,6 +266,13 @@ TEST(StatusSplitTests, LongerText_IsSplitAfterTheLastLineThatFits) {
     EXPECT_EQ(other.texts[1].size(), 30U);
 }
 
+TEST(StatusSplitTests, LineThatEndsOneCharacterTooLate_GoesToTheNextColumn) {
+    const StatusColumns columns = SplitStatusReport(Lines(32, 32));
+    EXPECT_EQ(columns.texts[0].size(), 31U * 32U);
+    EXPECT_EQ(columns.texts[1].size(), 32U);
+    EXPECT_EQ(columns.linesBefore, (std::array<int, 2>{30, 0}));
+}
+
 TEST(StatusSplitTests, VeryLongText_FillsThreeColumnsAndTheThirdTakesTheRest) {
     const StatusColumns columns = SplitStatusReport(Lines(140, 30));
     EXPECT_EQ(columns.texts[0].size(), 1020U);
