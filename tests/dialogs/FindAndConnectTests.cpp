@@ -69,8 +69,8 @@ class FindAndConnectTests : public DialogTest {
         std::filesystem::remove(record);
     }
 
-    const std::wstring scenario = ProgramFolder() + L"slow search.json";
-    const std::wstring record = ProgramFolder() + L"slow search.txt";
+    const std::wstring scenario = ScratchFolder() + L"slow search.json";
+    const std::wstring record = ScratchFolder() + L"slow search.txt";
 };
 
 TEST_F(FindAndConnectTests, SlowSearch_IsPolledShownAndLedOnToTheRunningDevice) {

@@ -21,7 +21,7 @@ class HostProgramTests : public testing::Test {
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
-    const std::wstring settingsFile = ProgramFolder() + L"host settings.ini";
+    const std::wstring settingsFile = ScratchFolder() + L"host settings.ini";
 };
 
 const std::string kRest =

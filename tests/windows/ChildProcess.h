@@ -4,7 +4,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "LoadedLibrary.h"
+#include "ScratchFolder.h"
 
 /// A program from this one's folder, with its output in a file. It ends with the object at the latest.
 class ChildProcess {
@@ -19,19 +19,27 @@ class ChildProcess {
         startup.hStdOutput = output;
         startup.hStdError = output;
         std::wstring command = L"\"" + ProgramFolder() + program + L"\" " + arguments;
-        EXPECT_TRUE(
-            CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &m_process));
+        const BOOL created =
+            CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &m_process);
+        const DWORD error = GetLastError();
+        EXPECT_TRUE(created) << "CreateProcessW: system error " << error << ", command "
+                             << std::string(command.begin(), command.end());
         CloseHandle(output);
     }
     ~ChildProcess() {
-        TerminateProcess(m_process.hProcess, 99);
-        WaitForSingleObject(m_process.hProcess, 10'000);
+        Kill();
         CloseHandle(m_process.hThread);
         CloseHandle(m_process.hProcess);
         DeleteFileW(m_outputFile.c_str());
     }
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
+
+    /// Ends it at once, without its leave.
+    void Kill() const {
+        TerminateProcess(m_process.hProcess, 99);
+        WaitForSingleObject(m_process.hProcess, 10'000);
+    }
 
     DWORD ThreadId() const { return m_process.dwThreadId; }
     bool HasEnded() const { return WaitForSingleObject(m_process.hProcess, 0) == WAIT_OBJECT_0; }
@@ -55,7 +63,7 @@ class ChildProcess {
  private:
     static std::wstring NewOutputFile() {
         static int count = 0;
-        return ProgramFolder() + L"output " + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++count) +
+        return ScratchFolder() + L"output " + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++count) +
                L".txt";
     }
 

@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "EmulatorProcess.h"
+#include "LoopbackClient.h"
 
 namespace {
 
@@ -215,7 +216,7 @@ TEST(EmulatorTests, FaultsDuringInit_LeaveOutWhatTheyHit) {
 }
 
 TEST(EmulatorTests, RecordOfARun_ReplaysToTheSameDevice) {
-    const std::wstring record = ProgramFolder() + L"recorded run.txt";
+    const std::wstring record = ScratchFolder() + L"recorded run.txt";
     std::vector<std::wstring> names;
     {
         const Running running(L"--scenario product-12 --record \"" + record + L"\"");
@@ -238,7 +239,7 @@ TEST(EmulatorTests, WrongInput_EndsWithAMessageAndItsCode) {
     EXPECT_EQ(RunEmulator(L"--scenario nowhere"), 1U);
     EXPECT_EQ(RunEmulator(L"--fault nonsense"), 1U);
     EXPECT_EQ(RunEmulator(L"--list-scenarios"), 0U);
-    const std::wstring file = ProgramFolder() + L"wrong.json";
+    const std::wstring file = ScratchFolder() + L"wrong.json";
     std::ofstream(std::filesystem::path(file)) << "{\"products\": 7}";
     EXPECT_EQ(RunEmulator(L"--scenario \"" + file + L"\""), 1U);
     std::filesystem::remove(file);
@@ -248,64 +249,17 @@ TEST(EmulatorTests, WrongInput_EndsWithAMessageAndItsCode) {
     EXPECT_EQ(RunEmulator(L"--for 1 server port=99999"), 1U);
 }
 
-/// A client of port 60000 that waits some seconds for its reply.
-class Client {
- public:
-    Client() {
-        WSADATA data{};
-        WSAStartup(MAKEWORD(2, 2), &data);
-        m_socket = socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP);
-        constexpr DWORD kPatienceMs = 20'000;
-        setsockopt(m_socket, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&kPatienceMs), sizeof kPatienceMs);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(60000);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        connect(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address);
-    }
-    ~Client() {
-        closesocket(m_socket);
-        WSACleanup();
-    }
-    Client(const Client&) = delete;
-    Client& operator=(const Client&) = delete;
-
-    void Send(std::string_view datagram) const {
-        send(m_socket, datagram.data(), static_cast<int>(datagram.size()), 0);
-    }
-
-    /// The reply; "(none)" when none comes.
-    std::string Ask(std::string_view datagram) const {
-        Send(datagram);
-        std::array<char, 100> reply;
-        const int length = recv(m_socket, reply.data(), static_cast<int>(reply.size()), 0);
-        return length >= 0 ? std::string(reply.data(), static_cast<std::size_t>(length)) : "(none)";
-    }
-
- private:
-    SOCKET m_socket = INVALID_SOCKET;
-};
-
-TEST(EmulatorTests, PlaceholderThatMakesRoom_StillAnswersWhoeverComesFirst) {
-    const EmulatorProcess placeholder(L"--placeholder");
-    const Client client;
-    EXPECT_EQ(client.Ask("listprod"), "");
-    EXPECT_EQ(client.Ask("oko-control-emulator: make room"), "oko-control-emulator: room made");
-    for (int i = 0; i < 20; ++i) {
-        EXPECT_EQ(client.Ask("listprod"), "");  // more probes than the handover has time slices
-    }
-}
-
 TEST(EmulatorTests, LateReply_DoesNotKeepAnEmulatorBeyondItsTime) {
     const ChildProcess emulator(L"oko-control-emulator.exe", L"--for 2 --fault \"*; always; late 600000\"");
     EXPECT_TRUE(WaitUntil([&] { return emulator.HasWritten("answering on "); }));
-    Client().Send("listprod");
+    LoopbackClient().Send("listprod");
     EXPECT_EQ(emulator.ExitCode(), 0U);
 }
 
 TEST(EmulatorTests, InstalledCopy_FindsFilesThatWereNamedFromAnotherFolder) {
-    const std::wstring scenario = L"an installed scenario.json";  // in the current folder
-    const std::filesystem::path folder = ProgramFolder() + L"installed";
+    const std::wstring scenario =
+        std::filesystem::relative(ScratchFolder() + L"an installed scenario.json").wstring();  // to the current folder
+    const std::filesystem::path folder = ScratchFolder() + L"installed copy";
     std::ofstream(std::filesystem::path(scenario)) << R"({"name": "installed", "products": []})";
     EXPECT_EQ(RunEmulator(L"--scenario \"" + scenario + L"\" --install \"" + folder.wstring() + L"\""), 0U);
     std::ifstream options(folder / L"OKO-Control Emulator.ini");

@@ -10,7 +10,7 @@ class InstalledEmulator {
     static constexpr const wchar_t* kProgram = L"OKO-Control Emulator.exe";
 
     explicit InstalledEmulator(const std::wstring& options) {
-        EXPECT_EQ(RunEmulator(L"--install \"" + Folder().wstring() + L"\" --quiet --for 60 " + options), 0U);
+        EXPECT_EQ(RunEmulator(L"--install \"" + Folder().wstring() + L"\" --quiet " + options), 0U);
     }
     ~InstalledEmulator() {
         EndProcesses(kProgram);
@@ -21,5 +21,5 @@ class InstalledEmulator {
     InstalledEmulator(const InstalledEmulator&) = delete;
     InstalledEmulator& operator=(const InstalledEmulator&) = delete;
 
-    static std::filesystem::path Folder() { return ProgramFolder() + L"installed server"; }
+    static std::filesystem::path Folder() { return ScratchFolder() + L"installed server"; }
 };

@@ -84,13 +84,14 @@ struct HostRecord {
 /// Polls until `condition` holds; false when it does not within a generous time.
 template <class Condition>
 bool WaitUntil(Condition condition) {
-    constexpr int kPolls = 3000;
+    constexpr ULONGLONG kPatienceMs = 60'000;  // within the time-out of a test, which would say nothing
     constexpr DWORD kPollMs = 10;
-    for (int i = 0; i < kPolls; ++i) {
-        if (condition()) {
-            return true;
+    const ULONGLONG end = GetTickCount64() + kPatienceMs;
+    while (!condition()) {
+        if (GetTickCount64() >= end) {
+            return false;
         }
         Sleep(kPollMs);
     }
-    return false;
+    return true;
 }

@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-#include "LoadedLibrary.h"
+#include "ServerPort.h"
 
 /// A server on port 60000 of the loopback address, on a thread of its own.
 class LoopbackServer {
@@ -16,14 +16,15 @@ class LoopbackServer {
     using Handler = std::function<std::string(std::string_view command)>;
 
     explicit LoopbackServer(Handler handler) : m_handler(std::move(handler)) {
+        ExpectFreeServerPort();
         WSADATA data{};
         WSAStartup(MAKEWORD(2, 2), &data);
         m_socket = socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP);
-        const sockaddr_in address = Address();
+        const sockaddr_in address = ServerAddress();
         if (bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
             m_thread = std::thread([this] { Run(); });
         } else {
-            ADD_FAILURE() << "somebody else has port 60000";
+            ADD_FAILURE() << "port " << kServerPort << " belongs to " << ServerPortOwners();
         }
     }
 
@@ -31,7 +32,7 @@ class LoopbackServer {
         if (m_thread.joinable()) {
             // A datagram of its own wakes the thread up.
             const SOCKET waker = socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP);
-            const sockaddr_in address = Address();
+            const sockaddr_in address = ServerAddress();
             sendto(waker, kStop.data(), static_cast<int>(kStop.size()), 0, reinterpret_cast<const sockaddr*>(&address),
                    sizeof address);
             m_thread.join();
@@ -55,14 +56,6 @@ class LoopbackServer {
 
  private:
     static constexpr std::string_view kStop = "stop the test server";
-
-    static sockaddr_in Address() {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(60000);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        return address;
-    }
 
     void Run() {
         for (;;) {

@@ -1,7 +1,7 @@
 // The simulator's value thread and its notices, and the library's coming and going, in real time.
 
 // clang-format off
-#include "LoadedLibrary.h"
+#include "ChildProcess.h"
 #include <tlhelp32.h>
 // clang-format on
 
@@ -89,18 +89,8 @@ TEST(ValueThreadTests, SetTargets_PostTheirNoticeToTheCallingThread) {
 
 TEST(ValueThreadTests, FreedWithoutClose_TheThreadKeepsItsCode) {
     // In a process of its own: the library stays there until the end.
-    std::wstring command = L"\"" + ProgramFolder() + L"oko-windows-tests.exe\" --gtest_filter=FreedEarlyTests.*";
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    ASSERT_TRUE(
-        CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process));
-    WaitForSingleObject(process.hProcess, 60'000);
-    DWORD exitCode = 99;
-    GetExitCodeProcess(process.hProcess, &exitCode);
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
-    EXPECT_EQ(exitCode, 0U);
+    const ChildProcess other(L"oko-windows-tests.exe", L"--gtest_filter=FreedEarlyTests.*");
+    EXPECT_EQ(other.ExitCode(), 0U) << other.Output();
 }
 
 TEST(FreedEarlyTests, ProcessGoesOnAndEndsWell) {
