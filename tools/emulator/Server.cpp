@@ -15,8 +15,11 @@ namespace {
 constexpr std::string_view kMakeRoom = "oko-control-emulator: make room";
 constexpr std::string_view kRoomMade = "oko-control-emulator: room made";
 
+// With this a placeholder finds out who gets what is sent to the port: itself, or already the server that asked.
+constexpr std::string_view kWhoIsThere = "oko-control-emulator: who is there?";
+
 constexpr long kPollMicroseconds = 50'000;
-constexpr std::chrono::milliseconds kOverlap{500};  // of a placeholder and the server that takes its place
+constexpr std::chrono::seconds kAskingPatience{10};  // a placeholder on a busy machine takes its time
 
 /// Owner of a datagram socket.
 class Socket {
@@ -98,8 +101,8 @@ std::optional<Received> ReceiveFrom(const Socket& socket) {
 bool AskForRoom(int port) {
     const Socket socket;
     SendTo(socket, kMakeRoom, Loopback(port));
-    constexpr int kPolls = 20;
-    for (int i = 0; i < kPolls; ++i) {
+    const auto end = std::chrono::steady_clock::now() + kAskingPatience;
+    while (std::chrono::steady_clock::now() < end) {
         if (const auto reply = ReceiveFrom(socket)) {
             return reply->datagram == kRoomMade;
         }
@@ -114,6 +117,13 @@ void ReceiveUntil(const Socket& socket, const std::function<bool()>& stop,
         if (const auto received = ReceiveFrom(socket)) {
             take(*received);
         }
+    }
+}
+
+/// Answers a command with nothing, and whoever asks for room with yes.
+void AnswerAsPlaceholder(const Socket& socket, const Received& received) {
+    if (received.datagram != kWhoIsThere) {
+        SendTo(socket, received.datagram == kMakeRoom ? kRoomMade : std::string_view(), received.peer);
     }
 }
 
@@ -139,7 +149,7 @@ void Serve(int port, const CommandHandler& handler, const std::function<void()>&
         if (!AskForRoom(port)) {
             FailInUse(port);
         }
-        // The placeholder answers a little longer, so that no command falls between the two.
+        // The placeholder answers until this socket does, so that no command falls between the two.
         ShareAddress(socket);
         if (!Bind(socket, port)) {
             FailInUse(port);
@@ -147,7 +157,7 @@ void Serve(int port, const CommandHandler& handler, const std::function<void()>&
     }
     onReady();
     ReceiveUntil(socket, stop, [&](const Received& received) {
-        if (received.datagram == kMakeRoom) {
+        if (received.datagram == kMakeRoom || received.datagram == kWhoIsThere) {
             SendTo(socket, {}, received.peer);  // no placeholder; and no command either
             return;
         }
@@ -167,18 +177,21 @@ void HoldPort(int port, const std::function<void()>& onReady, const std::functio
         FailInUse(port);
     }
     onReady();
+    // Whoever asked for room may be slow to take it, or never come to it: only what comes back tells.
+    const Socket scout;
     bool asked = false;
-    ReceiveUntil(
-        socket, [&] { return asked || stop(); },
-        [&](const Received& received) {
-            asked = received.datagram == kMakeRoom;
-            SendTo(socket, asked ? kRoomMade : std::string_view(), received.peer);
-        });
-    if (!asked) {
-        return;
+    bool taken = false;
+    while (!taken && !stop()) {
+        if (const auto received = ReceiveFrom(socket)) {
+            asked = asked || received->datagram == kMakeRoom;
+            AnswerAsPlaceholder(socket, *received);
+        } else if (asked) {
+            SendTo(scout, kWhoIsThere, Loopback(port));
+            taken = ReceiveFrom(scout).has_value();
+        }
     }
-    const auto end = std::chrono::steady_clock::now() + kOverlap;
-    ReceiveUntil(
-        socket, [end] { return std::chrono::steady_clock::now() >= end; },
-        [&](const Received& received) { SendTo(socket, {}, received.peer); });
+    // What came before the port had a new owner.
+    while (const auto received = taken ? ReceiveFrom(socket) : std::nullopt) {
+        AnswerAsPlaceholder(socket, *received);
+    }
 }
