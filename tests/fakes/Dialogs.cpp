@@ -1,6 +1,7 @@
 #include "fakes/Dialogs.h"
 
 #include <cstdint>
+#include <mutex>
 
 #include "core/CDevApiInterface_Impl.h"
 #include "platform/WaitCursor.h"
@@ -9,15 +10,32 @@
 #include "ui/ProgressWindow.h"
 #include "ui/ValuePanel.h"
 
+namespace {
+
+/// Over the records: a host may open dialogs on one thread while another one searches. A test scripts and reads them
+/// while nobody opens any.
+std::mutex s_mutex;
+
+void Record(std::vector<WindowHandle>& parents, WindowHandle parent) {
+    const std::scoped_lock lock(s_mutex);
+    parents.push_back(parent);
+}
+
+}  // namespace
+
 ScriptedDialogs& ScriptedDialogs::Current() {
     static ScriptedDialogs dialogs;
     return dialogs;
 }
 
-void ScriptedDialogs::Reset() { Current() = {}; }
+void ScriptedDialogs::Reset() {
+    const std::scoped_lock lock(s_mutex);
+    Current() = {};
+}
 
 WindowHandle ScriptedDialogs::Open(std::string name, WindowHandle parent, std::wstring caption) {
     constexpr std::uintptr_t kFirstHandle = 0x10000;
+    const std::scoped_lock lock(s_mutex);
     const auto window = reinterpret_cast<WindowHandle>(kFirstHandle + opened.size());
     opened.push_back({std::move(name), parent, std::move(caption), window});
     if (onOpened) {
@@ -28,13 +46,13 @@ WindowHandle ScriptedDialogs::Open(std::string name, WindowHandle parent, std::w
 
 DialogEnd RunConfigurationDialog(CDevApiInterface_Impl& device, WindowHandle parent) noexcept {
     ScriptedDialogs& dialogs = ScriptedDialogs::Current();
-    dialogs.configurationParents.push_back(parent);
+    Record(dialogs.configurationParents, parent);
     return dialogs.onConfiguration ? dialogs.onConfiguration(device) : DialogEnd::Cancelled;
 }
 
 DialogEnd RunConnectionDialog(CDevApiInterface_Impl& device, WindowHandle parent) noexcept {
     ScriptedDialogs& dialogs = ScriptedDialogs::Current();
-    dialogs.connectionParents.push_back(parent);
+    Record(dialogs.connectionParents, parent);
     return dialogs.onConnection ? dialogs.onConnection(device) : DialogEnd::CloseBox;
 }
 
