@@ -17,3 +17,7 @@ if(OKO_SANITIZE)
     add_compile_options(-fsanitize=${OKO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${OKO_SANITIZE})
 endif()
+if(OKO_FUZZ)
+    # Coverage for the fuzzer; its own main function is linked into the targets alone.
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
