@@ -86,11 +86,16 @@ bool IsSame(const ProductRecord& left, const ProductRecord& right) {
     return left.m_iProduct == right.m_iProduct && left.m_devices == right.m_devices;
 }
 
-void CheckOnDevice(std::vector<ProductRecord> products, const std::string& reply, const std::vector<Triple>& triples) {
-    ScriptedPlatform platform;
-    HostLog::Reset();
-    CDevApiInterface_Impl device(oko::kRealDevice);
+/// One for all runs: the check touches no more of it than the catalogue and the host's log.
+CDevApiInterface_Impl& TheDevice() {
+    static ScriptedPlatform platform;
+    static CDevApiInterface_Impl device(oko::kRealDevice);
     device.HostCallback = HostLog::Callback;
+    return device;
+}
+
+void CheckOnDevice(std::vector<ProductRecord> products, const std::string& reply, const std::vector<Triple>& triples) {
+    CDevApiInterface_Impl& device = TheDevice();
     device.m_products = products;
     device.CheckStatus(reply.c_str(), static_cast<int>(reply.size()));
 
@@ -99,6 +104,10 @@ void CheckOnDevice(std::vector<ProductRecord> products, const std::string& reply
     }
     Require(std::ranges::equal(device.m_products, products, IsSame), "the failing devices are gone, and no others");
     Require(HostLog::Lines().size() == triples.size(), "every error has its line");
+
+    // What stays behind looks like a leak, and looking for one takes long.
+    HostLog::Reset();
+    device.m_products = std::vector<ProductRecord>();
 }
 
 }  // namespace
