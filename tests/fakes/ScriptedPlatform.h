@@ -294,6 +294,11 @@ class RecordedThreads {
 
     std::size_t Started() const;
     std::size_t Running() const;
+
+    /// Waits until so many threads run: one that has said that it stops still needs its time to end. False when it does
+    /// not come to it.
+    bool WaitForRunning(std::size_t count);
+
     std::size_t OpenHandles() const { return m_handles.Open(); }
 
     // For the stand-ins.

@@ -5,6 +5,12 @@
 #include "fakes/ScriptedPlatform.h"
 #include "platform/Sync.h"
 
+namespace {
+
+constexpr auto kPatience = std::chrono::seconds(20);
+
+}  // namespace
+
 std::size_t RecordedThreads::Started() const {
     const std::scoped_lock lock(m_mutex);
     return m_threads.size();
@@ -32,8 +38,12 @@ void RecordedThreads::Run(Thread::Procedure procedure, void* argument) {
     m_ended.notify_all();
 }
 
+bool RecordedThreads::WaitForRunning(std::size_t count) {
+    std::unique_lock lock(m_mutex);
+    return m_ended.wait_for(lock, kPatience, [&] { return m_running == count; });
+}
+
 void RecordedThreads::JoinAll() {
-    constexpr auto kPatience = std::chrono::seconds(20);
     {
         std::unique_lock lock(m_mutex);
         if (!m_ended.wait_for(lock, kPatience, [&] { return m_running == 0; })) {

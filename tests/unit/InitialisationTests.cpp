@@ -258,7 +258,7 @@ TEST_F(InitialisationTests, Simulator_StartsItsValueThreadAndCloseStopsIt) {
     CDevApiInterface_Impl& device = Simulator();
     EXPECT_EQ(device.Init(HostLog::Callback, nullptr), oko::kSuccess);
     EXPECT_TRUE(platform.clock.WaitForOtherThreadSleeps(3));
-    EXPECT_EQ(platform.threads.Running(), 1U);
+    EXPECT_TRUE(platform.threads.WaitForRunning(1));
     device.Close();
     EXPECT_EQ(platform.threads.OpenHandles(), 0U);
     EXPECT_TRUE(platform.server.Commands().empty());
@@ -271,7 +271,7 @@ TEST_F(InitialisationTests, Simulator_InitTwiceWithoutClose_LeavesOneThread) {
     EXPECT_EQ(platform.threads.Started(), 2U);
     EXPECT_EQ(platform.threads.OpenHandles(), 1U);
     EXPECT_TRUE(platform.clock.WaitForOtherThreadSleeps(3));
-    EXPECT_EQ(platform.threads.Running(), 1U);
+    EXPECT_TRUE(platform.threads.WaitForRunning(1));
 }
 
 }  // namespace

@@ -144,7 +144,7 @@ TEST_F(ValueThreadTests, ThreadWhoseStopTimedOut_DoesNotComeBackWithTheNextInit)
     ASSERT_TRUE(device.m_bThreadRun);
     // The old one comes to its next look at the flag only now: it ends, and does not pass for the new one.
     EXPECT_EQ(SimulationThread(std::make_unique<ValueThreadStart>(device, oldRun).release()), 0U);
-    EXPECT_EQ(platform.threads.Running(), 1U);
+    EXPECT_TRUE(platform.threads.WaitForRunning(1));
     EXPECT_TRUE(platform.clock.WaitForOtherThreadSleeps(2));
     device.StopValueThread();
     EXPECT_EQ(platform.threads.Started(), 2U);
