@@ -3,6 +3,7 @@
 //   !          the receive fails
 //   0=9 12     a reply to whatever was asked: result code 0, its echo, the payload "9 12"
 //   +abc       "abc" over and over, 1100 bytes: too long for every buffer
+//   <0=9 12    the same reply as without the "<", but as a stray: the next line is the reply itself
 // and anything else as it stands, a vertical tab for a line feed. When the lines are used up every command is done.
 
 #include <algorithm>
@@ -26,7 +27,10 @@ constexpr char kAllReplies = 'a';  // lines also answer the commands whose repli
 constexpr char kLogs = 'l';        // the communication log is on
 constexpr char kInstalled = 'i';   // a server that does not answer can be started
 constexpr char kCallsBack = 'c';   // the host's callback reads a channel
+constexpr char kNests = 'n';       // the host's callback, the first times, initialises and searches
 constexpr char kShortSends = 's';  // the first sends are cut short
+constexpr char kTimeOut = 't';     // a wait for a reply ends, and some commands get none
+constexpr char kStrays = 'd';      // strays are delivered
 
 constexpr std::size_t kTooLong = 1100;
 
@@ -49,13 +53,21 @@ bool HasIgnoredReply(std::string_view command) {
            StartsWithAny(command, {"mode ", "checkcon ", "start ", "find ", "connect ", "alarm ", "bl-param-write "});
 }
 
+bool IsTooLongForList(std::string_view reply) {
+    return ParseIntegerList(reply, [](int) {}) == ListOutcome::NumberTooLong;
+}
+
+bool IsTooLongForStatus(std::string_view reply) {
+    return ParseStatus(reply, [](const StatusError&) {}) == StatusOutcome::NumberTooLong;
+}
+
 /// The replies that end the process on purpose: a number too long for its buffer. They are kept from the device by the
 /// readers' own word, so that whatever else ends the process is a finding.
 bool IsFatal(std::string_view command, std::string_view reply) {
     if (StartsWithAny(command, {"listconprod", "comport ", "listdev ", "bl-param-list "})) {
-        return ParseIntegerList(reply, [](int) {}) == ListOutcome::NumberTooLong;
+        return IsTooLongForList(reply);
     }
-    return command == "status" && ParseStatus(reply, [](const StatusError&) {}) == StatusOutcome::NumberTooLong;
+    return command == "status" && IsTooLongForStatus(reply);
 }
 
 std::string Repeat(std::string_view text) {
@@ -86,7 +98,8 @@ ServerReply Datagram(std::string_view line, std::string_view command) {
 /// The server of one run.
 class FuzzedServer {
  public:
-    FuzzedServer(InputLines lines, bool answersAll) : m_lines(lines), m_bAnswersAll(answersAll) {}
+    FuzzedServer(InputLines lines, ScriptedServer& server, bool answersAll, bool sendsStrays)
+        : m_lines(lines), m_server(server), m_bAnswersAll(answersAll), m_bSendsStrays(sendsStrays) {}
 
     ServerReply operator()(std::string_view command) {
         CheckCommand(command);
@@ -97,28 +110,52 @@ class FuzzedServer {
         if (HasIgnoredReply(command) && !m_bAnswersAll) {
             return ScriptedServer::BuiltInReply(command);
         }
-        ServerReply reply = Datagram(m_lines.Next(), command);
-        return reply && IsFatal(command, *reply) ? kReceiveFails : reply;
+        std::string_view line = m_lines.Next();
+        while (m_bSendsStrays && line.starts_with('<')) {
+            const ServerReply stray = Datagram(line.substr(1), command);
+            if (stray && !MayBeFatal(command, *stray)) {
+                m_server.Deliver(*stray);
+            }
+            line = m_lines.Next();
+        }
+        ServerReply reply = Datagram(line, command);
+        return reply && MayBeFatal(command, *reply) ? kReceiveFails : reply;
     }
 
  private:
+    /// Behind a stray a reply may reach another command than its own.
+    bool MayBeFatal(std::string_view command, std::string_view reply) const {
+        return m_bSendsStrays ? IsTooLongForList(reply) || IsTooLongForStatus(reply) : IsFatal(command, reply);
+    }
+
     InputLines m_lines;
+    ScriptedServer& m_server;
     bool m_bAnswersAll;
+    bool m_bSendsStrays;
 };
 
 // The host's callback has no argument of its own.
 CDevApiInterface_Impl* s_pCalledBack = nullptr;
+int s_nests = 0;
 
 void HostCalls(std::int32_t, const wchar_t* line) {
     constexpr std::size_t kLongestLine = 511;
     Require(line == nullptr || std::wstring_view(line).size() <= kLongestLine, "a line of the log is bounded");
-    if (CDevApiInterface_Impl* const device = std::exchange(s_pCalledBack, nullptr)) {
-        CDevApiInterface_Temperature* channel = nullptr;
-        device->GetTemperature(0, &channel);
-        double value = 0.0;
-        channel->GetCurrentTemperature(&value);
-        s_pCalledBack = device;
+    CDevApiInterface_Impl* const device = std::exchange(s_pCalledBack, nullptr);
+    if (device == nullptr) {
+        return;  // called from what the callback itself called, or never to call
     }
+    if (s_nests > 0) {
+        --s_nests;
+        std::wstring text(oko::kConnectionTextLength, L'\0');
+        device->Init(HostCalls, nullptr);
+        device->ShowConnection(text.data(), 0, nullptr);
+    }
+    CDevApiInterface_Temperature* channel = nullptr;
+    device->GetTemperature(0, &channel);
+    double value = 0.0;
+    channel->GetCurrentTemperature(&value);
+    s_pCalledBack = device;
 }
 
 void InstallServer(ScriptedPlatform& platform) {
@@ -173,11 +210,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string_view numberText = lines.Next();
     HostNumbers numbers(numberText);
 
-    FuzzedServer server(lines, has(kAllReplies));
     ScriptedPlatform platform;
+    FuzzedServer server(lines, platform.server, has(kAllReplies), has(kStrays));
     platform.server.SetDefault(std::ref(server));  // a handler is copied for every send
-    if (has(kLogs)) {
-        platform.registry.Set(L"Software\\Vellmark\\Misc", L"LogCommunication", RegistryValue::Dword(1));
+    const std::wstring switches = L"Software\\Vellmark\\Misc";
+    platform.registry.Set(switches, L"LogCommunication", RegistryValue::Dword(has(kLogs) ? 1 : 0));
+    if (has(kTimeOut)) {
+        platform.registry.Set(switches, L"ReplyTimeout", RegistryValue::Dword(200));
+        for (const char* const command : {"checkcon 8", "listdev 12", "readcurval 9", "readsetpoint 7 0 -1"}) {
+            platform.server.StaySilent(command);
+        }
     }
     if (has(kInstalled)) {
         InstallServer(platform);
@@ -188,7 +230,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     ScriptDialogs(std::wstring(numberText.begin(), numberText.end()));
 
     CDevApiInterface_Impl device(oko::kRealDevice);
-    s_pCalledBack = has(kCallsBack) ? &device : nullptr;
+    s_pCalledBack = has(kCallsBack) || has(kNests) ? &device : nullptr;
+    s_nests = has(kNests) ? 3 : 0;
     BringUp(device, connection, alarms, numbers);
     UseDialogs(device, connection);
     device.Close();

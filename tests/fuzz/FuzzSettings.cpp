@@ -63,13 +63,13 @@ void CheckAlarmText(std::wstring_view text) {
 }
 
 void CheckConnectionText(std::wstring_view text) {
-    std::int32_t port = -77;
-    ParseConnectionSettings(text, port);
-    const ConnectionSettingsText written = FormatConnectionSettings(port);
+    const auto port = ParseConnectionSettings(text);
+    if (!port) {
+        return;
+    }
+    const ConnectionSettingsText written = FormatConnectionSettings(*port);
     Require(!written.IsCut(), "the text holds any port");
-    std::int32_t again = port == 0 ? 1 : 0;
-    ParseConnectionSettings(written.view(), again);
-    Require(again == port, "the port comes back as it was written");
+    Require(ParseConnectionSettings(written.view()) == port, "the port comes back as it was written");
 }
 
 /// The first 64 bytes as numbers of any kind; what no host has is replaced.
