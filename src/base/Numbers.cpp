@@ -73,6 +73,9 @@ ScannedDouble ScanDouble(std::string_view text) noexcept {
     const bool hex = StartsHexNumber(rest);
     const Notation& notation = hex ? kHex : kDecimal;
     rest.remove_prefix(hex ? 2 : 0);
+    if (hex) {  // from_chars would take the second sign of an exponent, too
+        rest = rest.substr(0, std::min(rest.find("p+-"), rest.find("P+-")));
+    }
     double value = 0.0;
     const auto result = std::from_chars(rest.data(), rest.data() + rest.size(), value, notation.format);
     if (result.ec == std::errc::invalid_argument) {
