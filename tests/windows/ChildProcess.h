@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 
 #include "ScratchFolder.h"
@@ -19,11 +20,9 @@ class ChildProcess {
         startup.hStdOutput = output;
         startup.hStdError = output;
         std::wstring command = L"\"" + ProgramFolder() + program + L"\" " + arguments;
-        const BOOL created =
-            CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &m_process);
-        const DWORD error = GetLastError();
-        EXPECT_TRUE(created) << "CreateProcessW: system error " << error << ", command "
-                             << std::string(command.begin(), command.end());
+        const DWORD error = Start(command, startup);
+        EXPECT_EQ(error, DWORD{ERROR_SUCCESS})
+            << "CreateProcessW, command " << std::string(command.begin(), command.end());
         CloseHandle(output);
     }
     ~ChildProcess() {
@@ -61,6 +60,23 @@ class ChildProcess {
     bool HasWritten(std::string_view text) const { return Output().find(text) != std::string::npos; }
 
  private:
+    /// Gives the system's error. Once in thousands of times a process dies under Wine before its program begins, which
+    /// shows as an internal error: it is started again.
+    DWORD Start(std::wstring& command, STARTUPINFOW& startup) {
+        constexpr int kAttempts = 3;
+        for (int attempt = 1;; ++attempt) {
+            if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
+                               &m_process)) {
+                return ERROR_SUCCESS;
+            }
+            const DWORD error = GetLastError();
+            if (error != ERROR_INTERNAL_ERROR || attempt == kAttempts) {
+                return error;
+            }
+            std::cout << "CreateProcessW: internal error of the system, attempt " << attempt << std::endl;
+        }
+    }
+
     static std::wstring NewOutputFile() {
         static int count = 0;
         return ScratchFolder() + L"output " + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++count) +

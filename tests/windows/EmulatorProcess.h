@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <stdexcept>
 
 #include "ChildProcess.h"
 #include "ServerPort.h"
@@ -17,7 +18,10 @@ class EmulatorProcess {
         ExpectFreeServerPort();
         m_process.emplace(L"oko-control-emulator.exe", L"--quiet " + options);
         WaitUntil([this] { return HasThePort() || m_process->HasEnded(); });
-        EXPECT_TRUE(HasThePort()) << m_process->Output();
+        if (!HasThePort()) {
+            // Not a mere failure: the library would wait for ever for a server that is not there.
+            throw std::runtime_error("the emulator has not come up: " + m_process->Output());
+        }
     }
 
     /// What it has shown so far.

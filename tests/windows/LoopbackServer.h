@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -21,11 +22,11 @@ class LoopbackServer {
         WSAStartup(MAKEWORD(2, 2), &data);
         m_socket = socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP);
         const sockaddr_in address = ServerAddress();
-        if (bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
-            m_thread = std::thread([this] { Run(); });
-        } else {
-            ADD_FAILURE() << "port " << kServerPort << " belongs to " << ServerPortOwners();
+        if (bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+            // Not a mere failure: the library would wait for ever for a server that is not there.
+            throw std::runtime_error("port " + std::to_string(kServerPort) + " belongs to " + ServerPortOwners());
         }
+        m_thread = std::thread([this] { Run(); });
     }
 
     ~LoopbackServer() {
