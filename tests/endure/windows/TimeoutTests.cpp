@@ -1,0 +1,91 @@
+// With a time-out for replies: a server that is silent or late costs a call its answer, and nothing else.
+
+#include <thread>
+
+#include "Effort.h"
+#include "Incubator.h"
+#include "Report.h"
+
+namespace {
+
+/// The registry value that gives up a silent server, while the object lives.
+class ReplyTimeout {
+ public:
+    explicit ReplyTimeout(DWORD milliseconds) {
+        EXPECT_EQ(
+            RegSetKeyValueW(HKEY_LOCAL_MACHINE, kKey, L"ReplyTimeout", REG_DWORD, &milliseconds, sizeof milliseconds),
+            ERROR_SUCCESS);
+    }
+    ~ReplyTimeout() { RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kKey, L"ReplyTimeout"); }
+    ReplyTimeout(const ReplyTimeout&) = delete;
+    ReplyTimeout& operator=(const ReplyTimeout&) = delete;
+
+ private:
+    static constexpr const wchar_t* kKey = L"Software\\Vellmark\\Misc";
+};
+
+class TimeoutTests : public testing::Test {
+ protected:
+    void Endure(const std::string& what, const std::vector<std::string>& rules) {
+        std::vector<Call> calls;
+        const std::vector<Exchange> exchanges =
+            m_incubator.With(rules, [&] { calls = m_incubator.MakeCalls(CurrentEffort().timeoutCalls, what); });
+        WireJudge judge(m_incubator.Channels(), exchanges);
+        judge.AllowNoAnswer();
+        judge.JudgeAll(calls);
+        EXPECT_GT(m_incubator.Fired(), 0);
+        EXPECT_GT(judge.Failures(), 0);
+        EXPECT_GT(judge.Values(), 0);
+        ReportLine(what + ", with a time-out",
+                   std::to_string(calls.size()) + " calls, " + std::to_string(exchanges.size()) + " exchanges, " +
+                       std::to_string(m_incubator.Fired()) + " faults; " + std::to_string(judge.Values()) +
+                       " values, " + std::to_string(judge.Failures()) + " failures");
+    }
+
+    const ReplyTimeout m_timeout{200};
+    Incubator m_incubator;
+};
+
+TEST_F(TimeoutTests, SilentServer_CostsOnlyItsOwnAnswers) { Endure("silent", {"*; chance 0.2; silent"}); }
+
+TEST_F(TimeoutTests, LateServer_CostsOnlyItsOwnAnswers) { Endure("late 300", {"*; chance 0.2; late 300"}); }
+
+TEST_F(TimeoutTests, AnswerUnderARecentCommandsName_IsNotTaken) {
+    Endure("echo of a recent command", {"*; chance 0.2; echo " + m_incubator.Channels().front().currentCommand});
+}
+
+TEST_F(TimeoutTests, SilentLateAndTwiceTogether_GiveNoAnswerToAnother) {
+    Endure("silent, late and twice", {"*; chance 0.2; silent", "*; chance 0.2; late 300", "*; chance 0.2; twice"});
+}
+
+TEST_F(TimeoutTests, CloseFromASecondThread_GetsThroughToASilentServer) {
+    std::atomic<bool> closed = false;
+    int calls = 0;
+    const std::vector<Exchange> exchanges = m_incubator.With({"*; always; silent"}, [&] {
+        std::thread closer([&] {
+            Sleep(500);  // into the middle of the calls
+            m_incubator.Device().Close();
+            closed = true;
+        });
+        double value = 0.0;
+        while (!closed) {
+            NoteProgress("calls while another thread closes");
+            EXPECT_EQ(m_incubator.Channels().front().readCurrent(&value), oko::kFailure);
+            ++calls;
+        }
+        closer.join();
+    });
+    // And it comes up again.
+    m_incubator.With({}, [&] {
+        m_incubator.Device().ApplyConnection(L"m_iComPort 3");
+        EXPECT_EQ(m_incubator.Device().Init(nullptr, nullptr), oko::kSuccess);
+        double value = 0.0;
+        EXPECT_EQ(m_incubator.Channels().front().readCurrent(&value), oko::kSuccess);
+    });
+    EXPECT_GT(calls, 0);
+    ReportLine("Close from a second thread", "got through after " + std::to_string(calls) +
+                                                 " calls without an answer, " + std::to_string(exchanges.size()) +
+                                                 " commands sent");
+}
+
+}  // namespace
