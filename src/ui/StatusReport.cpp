@@ -80,8 +80,8 @@ StatusLayout LayOutStatusReport(int twoLinesHeight, int rows, const StatusColumn
     const int lineHeight = twoLinesHeight / 2 + 1;
     const int reportHeight = lineHeight * rows;
     StatusLayout layout{reportHeight, reportHeight - twoLinesHeight, {reportHeight, 0, 0}};
-    // A split column is one line short: its last line is hidden unless the font's lines are lower than this line height,
-    // by so much that the column's own lines make up for it. With 13-pixel lines they are not. Meant so.
+    // A split column is one line short: its last line is hidden unless the font's lines are lower than this line
+    // height, by so much that the column's own lines make up for it. With 13-pixel lines they are not. Meant so.
     if (!columns.texts[1].empty()) {
         layout.columnHeights[0] = lineHeight * columns.linesBefore[0];
         layout.columnHeights[1] = lineHeight * (rows - columns.linesBefore[0]);
