@@ -7,25 +7,35 @@
 
 #include "ScratchFolder.h"
 
-/// A program from this one's folder, with its output in a file. It ends with the object at the latest.
+/// A program from this one's folder, with its output in a file and an input that stays open while the object lives. It
+/// ends with the object at the latest.
 class ChildProcess {
  public:
-    ChildProcess(const std::wstring& program, const std::wstring& arguments) {
+    /// An emulator with the option --until-eof ends by itself when its input does. Any other program is killed then.
+    ChildProcess(const std::wstring& program, const std::wstring& arguments)
+        : m_bEndsWithItsInput(arguments.find(L"--until-eof") != std::wstring::npos) {
         SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
         const HANDLE output = CreateFileW(m_outputFile.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited,
                                           CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
         STARTUPINFOW startup{};
         startup.cb = sizeof startup;
         startup.dwFlags = STARTF_USESTDHANDLES;
+        CreatePipe(&startup.hStdInput, &m_hInput, &inherited, 0);
+        SetHandleInformation(m_hInput, HANDLE_FLAG_INHERIT, 0);
         startup.hStdOutput = output;
         startup.hStdError = output;
         std::wstring command = L"\"" + ProgramFolder() + program + L"\" " + arguments;
         const DWORD error = Start(command, startup);
         EXPECT_EQ(error, DWORD{ERROR_SUCCESS})
             << "CreateProcessW, command " << std::string(command.begin(), command.end());
+        CloseHandle(startup.hStdInput);
         CloseHandle(output);
     }
     ~ChildProcess() {
+        CloseHandle(m_hInput);
+        if (m_bEndsWithItsInput) {
+            WaitForSingleObject(m_process.hProcess, 10'000);
+        }
         Kill();
         CloseHandle(m_process.hThread);
         CloseHandle(m_process.hProcess);
@@ -83,6 +93,8 @@ class ChildProcess {
                L".txt";
     }
 
+    const bool m_bEndsWithItsInput;
     const std::wstring m_outputFile = NewOutputFile();
+    HANDLE m_hInput = nullptr;
     PROCESS_INFORMATION m_process{};
 };

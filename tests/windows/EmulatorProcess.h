@@ -16,7 +16,7 @@ class EmulatorProcess {
  public:
     explicit EmulatorProcess(const std::wstring& options) {
         ExpectFreeServerPort();
-        m_process.emplace(L"oko-control-emulator.exe", L"--quiet " + options);
+        m_process.emplace(L"oko-control-emulator.exe", L"--quiet --until-eof " + options);
         WaitUntil([this] { return HasThePort() || m_process->HasEnded(); });
         if (!HasThePort()) {
             // Not a mere failure: the library would wait for ever for a server that is not there.

@@ -30,7 +30,7 @@ TEST(PlaceholderTests, RoomThatIsTakenLateOrNever_IsKeptByThePlaceholder) {
 TEST(PlaceholderTests, HandoverToAnEmulator_LeavesNoCommandUnanswered) {
     const EmulatorProcess placeholder(L"--placeholder");
     const LoopbackClient client;
-    const ChildProcess emulator(L"oko-control-emulator.exe", L"--quiet --scenario product-9");
+    const ChildProcess emulator(L"oko-control-emulator.exe", L"--quiet --until-eof --scenario product-9");
     std::string reply;
     EXPECT_TRUE(WaitUntil([&] {
         reply = client.Ask("listprod");
@@ -80,7 +80,7 @@ class SharedPort {
 TEST(PlaceholderTests, AskerThatWaitsForItsRoom_IsPatient) {
     ExpectFreeServerPort();
     const SharedPort port;
-    const ChildProcess emulator(L"oko-control-emulator.exe", L"--quiet --scenario product-9");
+    const ChildProcess emulator(L"oko-control-emulator.exe", L"--quiet --until-eof --scenario product-9");
     EXPECT_EQ(port.AnswerLate(kRoomMade, 2000), kMakeRoom);
     EXPECT_TRUE(WaitUntil([&] { return emulator.HasWritten("answering on ") || emulator.HasEnded(); }));
     EXPECT_FALSE(emulator.HasEnded()) << emulator.Output();

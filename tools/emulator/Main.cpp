@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <CLI/CLI.hpp>
+#include <array>
 #include <atomic>
 #include <charconv>
 #include <chrono>
@@ -10,6 +11,7 @@
 #include <iostream>
 #include <iterator>
 #include <optional>
+#include <thread>
 
 #include "Command.h"
 #include "Faults.h"
@@ -46,6 +48,7 @@ struct Options {
     bool uninstall = false;
     bool placeholder = false;
     bool quiet = false;
+    bool untilEof = false;
 };
 
 /// Seconds since the program started.
@@ -56,6 +59,17 @@ double Elapsed() {
 
 bool ShallStop(const Options& options) {
     return g_bStop || (options.forSeconds > 0.0 && Elapsed() > options.forSeconds);
+}
+
+/// Reads its standard input to its end and then stops the program: whoever started it is gone, or has no more use for
+/// it. Under Wine a program that is killed instead can leave its port taken.
+void StopAtEndOfInput() {
+    std::array<char, 256> ignored;
+    DWORD length = 0;
+    const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
+    while (::ReadFile(input, ignored.data(), static_cast<DWORD>(ignored.size()), &length, nullptr) && length > 0) {
+    }
+    g_bStop = true;
 }
 
 std::string ReadFile(const std::string& name) {
@@ -128,6 +142,9 @@ void OpenRecord(std::ofstream& record, const std::string& name) {
 
 int Run(const Options& options) {
     const auto stop = [&options] { return ShallStop(options); };
+    if (options.untilEof) {
+        std::thread(StopAtEndOfInput).detach();
+    }
     if (options.placeholder) {
         const auto onHeld = [&options] {
             std::cout << "holding port " << options.port << " until an emulator starts" << std::endl;
@@ -205,6 +222,7 @@ void AddActions(CLI::App& app, Options& options) {
         ->configurable(false);
     app.add_option("--display-name", options.displayName, "The name that --install enters")->configurable(false);
     app.add_flag("--uninstall", options.uninstall, "Removes the installed copy")->configurable(false);
+    app.add_flag("--until-eof", options.untilEof, "Ends when its standard input does")->configurable(false);
     app.add_flag("--placeholder", options.placeholder, "Holds the port, without answers, until an emulator starts")
         ->configurable(false);
 }
