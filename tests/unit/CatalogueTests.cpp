@@ -129,15 +129,19 @@ TEST_F(CatalogueTests, InitOrSearchFromTheCallbackOfInit_IsRefused) {
             ConnectProducts(platform, {9, 7});
             platform.server.AnswerPayload("status", "9 5 1 ");
             std::int32_t inner = 99;
+            std::int32_t again = 99;
             std::size_t sentByInner = 99;
             OnLine(line, [&] {
                 const std::size_t before = platform.server.Calls().size();
                 inner = InnerCalls()[i]();
+                again = InnerCalls()[i]();
                 sentByInner = platform.server.Calls().size() - before;
             });
             EXPECT_EQ(device.Init(HostLog::Callback, nullptr), 0);
             EXPECT_EQ(inner, -1);
+            EXPECT_EQ(again, -1);
             EXPECT_EQ(sentByInner, 0U);
+            EXPECT_TRUE(ScriptedDialogs::Current().connectionParents.empty());  // no dialog for nothing
             EXPECT_EQ(device.GetTemperatureCount(), 9);
             EXPECT_EQ(device.GetGasConcentrationCount(), 0);
             HostLog::SetHook({});
