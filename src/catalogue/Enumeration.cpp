@@ -46,9 +46,8 @@ void EnumerateProduct(CDevApiInterface_Impl& device, std::size_t index, std::int
         return;
     }
     std::vector<ParamRecord> parameters;
-    TakeIntegers(device, Ask(device, FormatCommand(command::kListParams, {product}), kListReplySize), [&](int number) {
-        parameters.push_back({number, {}});
-    });
+    TakeIntegers(device, Ask(device, FormatCommand(command::kListParams, {product}), kListReplySize),
+                 [&](int number) { parameters.push_back({number, {}}); });
     SetParameters(device, index, product, std::move(parameters));
 }
 

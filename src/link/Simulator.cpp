@@ -42,7 +42,7 @@ void AppendValue(SimulatorText& reply, double value) noexcept {
 /// Appends one value of every addressed channel, without separators. Returns whether there was any.
 template <std::size_t Extent>
 bool AppendMatching(SimulatorText& reply, std::span<const ChannelView, Extent> views, Address address,
-                    double ChannelView::*value) noexcept {
+                    double ChannelView::* value) noexcept {
     bool found = false;
     for (const ChannelView& view : views) {
         if (view.exists && view.product == address.product && view.channel == address.channel) {
@@ -54,7 +54,7 @@ bool AppendMatching(SimulatorText& reply, std::span<const ChannelView, Extent> v
 }
 
 bool AppendFromAll(SimulatorText& reply, const ChannelViews& channels, std::size_t temperatureSlots, Address address,
-                   double ChannelView::*value) noexcept {
+                   double ChannelView::* value) noexcept {
     const std::span temperatures(channels.temperatures);
     const bool temperature = AppendMatching(reply, temperatures.first(temperatureSlots), address, value);
     const bool gas = AppendMatching(reply, std::span(channels.gasConcentrations), address, value);

@@ -9,8 +9,8 @@ namespace {
 /// One pair of the text: what stands before its number, and where the number belongs.
 struct Field {
     std::string_view literal;
-    Tolerance AlarmSettings::*tolerance;
-    double Tolerance::*value;
+    Tolerance AlarmSettings::* tolerance;
+    double Tolerance::* value;
 };
 
 constexpr std::array<Field, 8> kFields{{

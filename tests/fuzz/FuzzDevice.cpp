@@ -170,10 +170,7 @@ void ScriptDialogs(const std::wstring& typed) {
     ScriptedDialogs::Current().onConfiguration = [typed](CDevApiInterface_Impl& device) {
         DescribeConfiguration(device);
         ReadStatusReport(device);
-        return TakeConfiguration(
-                   device, [&](int) { return typed; }, true)
-                   ? DialogEnd::Ok
-                   : DialogEnd::Cancelled;
+        return TakeConfiguration(device, [&](int) { return typed; }, true) ? DialogEnd::Ok : DialogEnd::Cancelled;
     };
     ScriptedDialogs::Current().onConnection = [](CDevApiInterface_Impl&) { return DialogEnd::FindAndConnect; };
 }

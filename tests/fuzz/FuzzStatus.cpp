@@ -118,9 +118,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string reply(lines.Rest());
 
     std::vector<Triple> triples;
-    const StatusOutcome outcome = ParseStatus(reply, [&](const StatusError& status) {
-        triples.push_back({status.product, status.device, status.error});
-    });
+    const StatusOutcome outcome = ParseStatus(
+        reply, [&](const StatusError& status) { triples.push_back({status.product, status.device, status.error}); });
     const auto expected = ExpectedTriples(reply);
     Require(expected.has_value() == (outcome == StatusOutcome::Complete), "a number is too long from four digits on");
     if (expected) {

@@ -236,7 +236,7 @@ Answer Incubator::WriteSetPoint(const Command& command) {
     return kDone;
 }
 
-Answer Incubator::ReadLimit(const Command& command, double DeviceScenario::*limit) const {
+Answer Incubator::ReadLimit(const Command& command, double DeviceScenario::* limit) const {
     const ProductScenario* const product = FindProduct(command.Integer(0));
     const DeviceScenario* const device = product != nullptr ? FindDevice(*product, command.Integer(1)) : nullptr;
     return device != nullptr ? Answer{0, FormatValue(device->*limit)} : Refuse("no such device");

@@ -42,7 +42,7 @@ class Incubator {
     Answer ReadCurrent(const Command& command);
     Answer ReadSetPoint(const Command& command);
     Answer WriteSetPoint(const Command& command);
-    Answer ReadLimit(const Command& command, double DeviceScenario::*limit) const;
+    Answer ReadLimit(const Command& command, double DeviceScenario::* limit) const;
     Answer ReadParameter(const Command& command);
     Answer WriteParameter(const Command& command);
     static Answer Alarm(const Command& command);

@@ -77,10 +77,7 @@ void PreparePlatform(ScriptedPlatform& platform, std::atomic<unsigned>& turn) {
     ScriptedDialogs::Current().onConnection = [](CDevApiInterface_Impl&) { return DialogEnd::FindAndConnect; };
     ScriptedDialogs::Current().onConfiguration = [](CDevApiInterface_Impl& device) {
         DescribeConfiguration(device);
-        return TakeConfiguration(
-                   device, [](int) { return L"0.4"; }, true)
-                   ? DialogEnd::Ok
-                   : DialogEnd::Cancelled;
+        return TakeConfiguration(device, [](int) { return L"0.4"; }, true) ? DialogEnd::Ok : DialogEnd::Cancelled;
     };
 }
 
