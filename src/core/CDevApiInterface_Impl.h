@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "core/ChannelSlot.h"
-#include "link/RecentCommands.h"
+#include "core/RecentCommands.h"
 #include "oko/CDevApiInterface.h"
 #include "platform/Sync.h"
 #include "platform/UdpSocket.h"
@@ -118,7 +118,7 @@ class CDevApiInterface_Impl final : public CDevApiInterface {
     void StartValueThread() noexcept;
     void StopValueThread() noexcept;
 
-    // core/DeviceObject.cpp
+    // core/HostCalls.cpp
 
     /// Calls the host when there is a callback, which is looked at once. An exception that the host lets out ends here.
     void CallHost(std::int32_t code, const wchar_t* text) noexcept;

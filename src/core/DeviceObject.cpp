@@ -10,8 +10,6 @@
 #include "core/CDevApiInterface_Impl.h"
 #include "link/SimulatorTables.h"
 #include "oko/LibQuery.h"
-#include "platform/FailFast.h"
-#include "ui/ConnectionSettings.h"
 
 namespace {
 
@@ -82,15 +80,6 @@ void CDevApiInterface_Impl::DestroyChannels() noexcept {
     m_nHumidifiers = 0;
 }
 
-std::int32_t CDevApiInterface_Impl::ApplyConnection(const wchar_t* text) noexcept {
-    ReportProgress(5);
-    if (text != nullptr) {
-        m_iComPort = ParseConnectionSettings(text).value_or(m_iComPort);
-    }
-    ConnectSocket();
-    return oko::kSuccess;
-}
-
 std::int32_t CDevApiInterface_Impl::GetTemperatureCount() noexcept { return m_nTemperatures; }
 
 std::int32_t CDevApiInterface_Impl::GetTemperature(std::uint32_t index,
@@ -109,26 +98,4 @@ std::int32_t CDevApiInterface_Impl::GetHumidifierCount() noexcept { return m_nHu
 
 std::int32_t CDevApiInterface_Impl::GetHumidifier(std::uint32_t index, CDevApiInterface_Humidifier** channel) noexcept {
     return GetChannel(m_pHumidifier, index, channel);
-}
-
-void CDevApiInterface_Impl::CallHost(std::int32_t code, const wchar_t* text) noexcept try {
-    if (const ::HostCallback callback = HostCallback) {
-        callback(code, text);
-    }
-} catch (...) {
-    // The host's own trouble: it must not unwind through our locks and slots.
-}
-
-void CDevApiInterface_Impl::Log(const wchar_t* line) noexcept { CallHost(oko::kCallbackLog, line); }
-
-void CDevApiInterface_Impl::ReportProgress(int percent) noexcept {
-    if (const WindowHandle window = m_hProgressWnd) {
-        m_iProgress = percent;
-        SendProgress(window, percent);
-    }
-}
-
-void CDevApiInterface_Impl::FatalFault(const wchar_t* reason) noexcept {
-    Log(reason);
-    FailFast();
 }

@@ -6,6 +6,7 @@
 
 #include "core/CDevApiInterface_Impl.h"
 #include "oko/LibQuery.h"
+#include "platform/Module.h"
 
 namespace {
 
@@ -14,7 +15,6 @@ constexpr std::uint32_t kDevices = 2;
 constexpr std::string_view kDeviceType = "Incubator";
 constexpr std::array<std::string_view, kDevices> kDeviceNames{"OKO-Lab bold line", "OKO-Lab bold line Simulator"};
 
-void* g_hInstance = nullptr;
 std::array<CDevApiInterface_Impl*, kDevices> g_pDevices{};
 
 /// Copies as strncpy and wcsncpy do: a text that fills the buffer gets no terminator, a shorter one is padded with
@@ -49,8 +49,6 @@ void DetachModule() noexcept {
         device = nullptr;
     }
 }
-
-void* ModuleInstance() noexcept { return g_hInstance; }
 
 std::int32_t LibQueryPhysDevice(std::uint32_t index, void*, char* type, std::int32_t typeSize, char* name,
                                 std::int32_t nameSize, wchar_t* wideName, std::int32_t wideNameSize, wchar_t* wideName2,

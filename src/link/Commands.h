@@ -2,10 +2,7 @@
 
 #include <string_view>
 
-#include "base/Text.h"
-
-/// A command as it goes on the wire: at most 63 characters and a terminator that is not sent.
-using CommandText = BoundedText<char, 64>;
+#include "core/CommandText.h"
 
 /// The formats of all commands. "%d" takes an integer, "%0.<n>f" a number with n decimals.
 namespace command {

@@ -89,6 +89,12 @@ void DropWaiting(UdpSocket& socket, DroppedReplies& dropped) noexcept {
     }
 }
 
+/// An answer that came twice or late.
+bool IsAnswerToEarlier(const RecentCommands& recent, std::string_view reply) noexcept {
+    const auto echo = EchoOf(reply);
+    return echo && recent.HasEarlier(*echo);
+}
+
 /// Receives until something comes that is not the answer to an earlier command. Under the socket lock.
 Received ReceiveAnswer(CDevApiInterface_Impl& device, std::span<char> reply, DroppedReplies& dropped) noexcept {
     for (int i = 0; i < kMaxDropped; ++i) {
@@ -97,7 +103,7 @@ Received ReceiveAnswer(CDevApiInterface_Impl& device, std::span<char> reply, Dro
             device.m_bReopenLink = true;  // the answer may come yet, and must not meet the next command
         }
         const std::string_view bytes = BytesOf(received, reply);
-        if (!device.m_recentCommands.IsAnswerToEarlier(bytes)) {
+        if (!IsAnswerToEarlier(device.m_recentCommands, bytes)) {
             return received;
         }
         dropped.Note(bytes);

@@ -1,4 +1,4 @@
-// Slots 6 and 3: the connection dialog with what its two buttons do, and the value panel.
+// Slots 6, 7 and 3: the connection dialog with what its two buttons do, its settings text, and the value panel.
 
 #include <algorithm>
 
@@ -59,6 +59,15 @@ std::int32_t CDevApiInterface_Impl::ShowConnection(wchar_t* text, std::int32_t l
     }
 } catch (...) {
     return oko::kFailure;
+}
+
+std::int32_t CDevApiInterface_Impl::ApplyConnection(const wchar_t* text) noexcept {
+    ReportProgress(5);
+    if (text != nullptr) {
+        m_iComPort = ParseConnectionSettings(text).value_or(m_iComPort);
+    }
+    ConnectSocket();
+    return oko::kSuccess;
 }
 
 oko::WindowHandle CDevApiInterface_Impl::CreateValuePanel(oko::WindowHandle parent,

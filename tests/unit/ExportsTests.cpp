@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Fixture.h"
+#include "platform/Module.h"
 
 namespace {
 
@@ -103,7 +104,7 @@ TEST_F(ExportsTests, Detach_DestroysTheDevicesAndAttachStartsAnew) {
     DetachModule();
     DetachModule();
     EXPECT_EQ(LibQueryInterface(0, nullptr, &device), 0);
-    EXPECT_EQ(ModuleInstance(), &platform);
+    EXPECT_EQ(g_hInstance, &platform);
 }
 
 }  // namespace

@@ -2,8 +2,9 @@
 
 #include "Fixture.h"
 #include "ProductSets.h"
+#include "core/RecentCommands.h"
 #include "link/Exchange.h"
-#include "link/RecentCommands.h"
+#include "link/Reply.h"
 
 namespace {
 
@@ -181,19 +182,23 @@ TEST_F(StaleReplyTests, Init_WithEveryReplyTwice_KeepsAllChannels) {
     EXPECT_EQ(device.GetTemperatureCount(), 13);
 }
 
+bool IsAnswerToEarlier(const RecentCommands& recent, std::string_view reply) {
+    return recent.HasEarlier(EchoOf(reply).value_or(""));
+}
+
 TEST(RecentCommandsTests, EarlierCommands_AreKnownByTheirEcho) {
     RecentCommands recent;
-    EXPECT_FALSE(recent.IsAnswerToEarlier("0_status_1\r"));
+    EXPECT_FALSE(IsAnswerToEarlier(recent, "0_status_1\r"));
     recent.Add("status");
-    EXPECT_FALSE(recent.IsAnswerToEarlier("0_status_1\r"));  // the command itself
+    EXPECT_FALSE(IsAnswerToEarlier(recent, "0_status_1\r"));  // the command itself
     recent.Add("listprod");
-    EXPECT_TRUE(recent.IsAnswerToEarlier("0_status_1\r"));
-    EXPECT_TRUE(recent.IsAnswerToEarlier("3_status_"));
-    EXPECT_FALSE(recent.IsAnswerToEarlier("0_listprod_1\r"));
-    EXPECT_FALSE(recent.IsAnswerToEarlier("0_statu_1\r"));
-    EXPECT_FALSE(recent.IsAnswerToEarlier("0_status"));
-    EXPECT_FALSE(recent.IsAnswerToEarlier("0__1\r"));
-    EXPECT_FALSE(recent.IsAnswerToEarlier(""));
+    EXPECT_TRUE(IsAnswerToEarlier(recent, "0_status_1\r"));
+    EXPECT_TRUE(IsAnswerToEarlier(recent, "3_status_"));
+    EXPECT_FALSE(IsAnswerToEarlier(recent, "0_listprod_1\r"));
+    EXPECT_FALSE(IsAnswerToEarlier(recent, "0_statu_1\r"));
+    EXPECT_FALSE(IsAnswerToEarlier(recent, "0_status"));
+    EXPECT_FALSE(IsAnswerToEarlier(recent, "0__1\r"));
+    EXPECT_FALSE(IsAnswerToEarlier(recent, ""));
 }
 
 TEST(RecentCommandsTests, CommandsOfARoundAreKept_OlderOnesForgotten) {
@@ -201,10 +206,10 @@ TEST(RecentCommandsTests, CommandsOfARoundAreKept_OlderOnesForgotten) {
     recent.Add("status");
     for (std::size_t i = 1; i < RecentCommands::kCount; ++i) {
         recent.Add("find " + std::to_string(i));
-        EXPECT_TRUE(recent.IsAnswerToEarlier("0_status_1\r"));
+        EXPECT_TRUE(IsAnswerToEarlier(recent, "0_status_1\r"));
     }
     recent.Add("start 1");
-    EXPECT_FALSE(recent.IsAnswerToEarlier("0_status_1\r"));
+    EXPECT_FALSE(IsAnswerToEarlier(recent, "0_status_1\r"));
 }
 
 }  // namespace

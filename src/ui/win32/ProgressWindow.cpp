@@ -1,9 +1,7 @@
-// Windows code.
-
 #include "ui/ProgressWindow.h"
 
 // clang-format off
-#include "ui/DialogWindow.h"
+#include "ui/win32/DialogWindow.h"
 #include <commctrl.h>
 // clang-format on
 

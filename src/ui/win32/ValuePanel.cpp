@@ -1,8 +1,6 @@
-// Windows code.
-
 #include "ui/ValuePanel.h"
 
-#include "ui/DialogWindow.h"
+#include "ui/win32/DialogWindow.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
-// Windows code: the dialog's window. Its list of ports is in PortList.
+// The dialog's window. Its list of ports is in PortList.
 
 #include "ui/ConnectionDialog.h"
 
-#include "ui/DialogWindow.h"
 #include "ui/PortList.h"
 #include "ui/resources/ResourceIds.h"
+#include "ui/win32/DialogWindow.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
-// Windows code: the status report inside the configuration dialog. Its text and its arithmetic are in StatusReport.
+// The status report inside the configuration dialog. Its text and its arithmetic are in StatusReport.
 
 #include "ui/StatusReportView.h"
 #include "platform/WaitCursor.h"
-#include "ui/DialogWindow.h"
 #include "ui/StatusReport.h"
 #include "ui/resources/ResourceIds.h"
+#include "ui/win32/DialogWindow.h"
 
 namespace {
 

@@ -1,13 +1,13 @@
-// Windows code: the dialog's window. What it shows and takes is in ConfigurationFields and StatusReport.
+// The dialog's window. What it shows and takes is in ConfigurationFields and StatusReport.
 
 #include "ui/ConfigurationDialog.h"
 
 #include <string>
 
 #include "ui/ConfigurationFields.h"
-#include "ui/DialogWindow.h"
 #include "ui/StatusReportView.h"
 #include "ui/resources/ResourceIds.h"
+#include "ui/win32/DialogWindow.h"
 
 namespace {
 

@@ -1,14 +1,12 @@
 #pragma once
 
-// Windows code: included only by the dialogs' own sources.
-
 #include "core/CDevApiInterface_Impl.h"
-#include "core/Exports.h"
+#include "platform/Module.h"
 #include "platform/win32/Windows.h"
 #include "ui/DialogEnd.h"
 
 /// The instance whose resources hold the dialogs; the language is the system's choice.
-inline HINSTANCE DialogInstance() noexcept { return static_cast<HINSTANCE>(ModuleInstance()); }
+inline HINSTANCE DialogInstance() noexcept { return static_cast<HINSTANCE>(g_hInstance); }
 
 /// The device that a dialog was opened for, kept in its user data.
 inline CDevApiInterface_Impl* DeviceOf(HWND dialog) noexcept {

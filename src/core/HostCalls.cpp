@@ -1,0 +1,27 @@
+// What the device object tells the host and the progress window.
+
+#include "core/CDevApiInterface_Impl.h"
+#include "platform/FailFast.h"
+#include "platform/Window.h"
+
+void CDevApiInterface_Impl::CallHost(std::int32_t code, const wchar_t* text) noexcept try {
+    if (const ::HostCallback callback = HostCallback) {
+        callback(code, text);
+    }
+} catch (...) {
+    // The host's own trouble: it must not unwind through our locks and slots.
+}
+
+void CDevApiInterface_Impl::Log(const wchar_t* line) noexcept { CallHost(oko::kCallbackLog, line); }
+
+void CDevApiInterface_Impl::ReportProgress(int percent) noexcept {
+    if (const WindowHandle window = m_hProgressWnd) {
+        m_iProgress = percent;
+        SendProgress(window, percent);
+    }
+}
+
+void CDevApiInterface_Impl::FatalFault(const wchar_t* reason) noexcept {
+    Log(reason);
+    FailFast();
+}
