@@ -1,6 +1,7 @@
 #include "base/Numbers.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -48,15 +49,17 @@ bool StartsHexNumber(std::string_view text) noexcept {
 
 }  // namespace
 
-int FormatFixed(std::span<char> buffer, double value, int decimals) noexcept {
-    char* const end = buffer.data() + buffer.size();
-    const auto result = std::to_chars(buffer.data(), end, value, std::chars_format::fixed, decimals);
-    return result.ec == std::errc{} ? static_cast<int>(result.ptr - buffer.data()) : -1;
+NumberText FormatFixed(double value, int decimals) noexcept {
+    std::array<char, NumberText::kCapacity> digits;
+    const auto result =
+        std::to_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::fixed, decimals);
+    return NumberText({digits.data(), result.ptr});
 }
 
-int FormatInteger(std::span<char> buffer, int value) noexcept {
-    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
-    return result.ec == std::errc{} ? static_cast<int>(result.ptr - buffer.data()) : -1;
+IntegerText FormatInteger(int value) noexcept {
+    std::array<char, IntegerText::kCapacity> digits;
+    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), value);
+    return IntegerText({digits.data(), result.ptr});
 }
 
 ScannedDouble ScanDouble(std::string_view text) noexcept {

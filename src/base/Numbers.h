@@ -1,18 +1,24 @@
 #pragma once
 
 #include <optional>
-#include <span>
 #include <string_view>
+
+#include "base/Text.h"
 
 /// Numbers with the meaning of the C run-time's printf and atof, but always with the decimal point: a host that has
 /// called setlocale shares its run-time with this library, and a German one would make the wire say "37,5".
 
-/// Writes `value` as "%0.<decimals>f" would in the C locale, without a terminator. Returns the length, or -1 when the
-/// buffer is too small (the largest double needs 309 digits, a point and the decimals).
-int FormatFixed(std::span<char> buffer, double value, int decimals) noexcept;
+inline constexpr int kMaxDecimals = 9;
 
-/// Writes `value` as "%d" would, without a terminator. Returns the length, or -1 when the buffer is too small.
-int FormatInteger(std::span<char> buffer, int value) noexcept;
+/// Room for every number: a sign, the 309 digits of the largest double, a point and the decimals.
+using NumberText = BoundedText<char, 1 + 309 + 1 + kMaxDecimals + 1>;
+using IntegerText = BoundedText<char, 12>;
+
+/// `value` as "%0.<decimals>f" prints it in the C locale; `decimals` is 0 to kMaxDecimals.
+NumberText FormatFixed(double value, int decimals) noexcept;
+
+/// `value` as "%d" prints it.
+IntegerText FormatInteger(int value) noexcept;
 
 /// A number found at the start of a text, and how many characters it took, leading blanks included; 0 when there is
 /// none.

@@ -6,14 +6,13 @@
 #include <span>
 #include <string_view>
 
-#include "base/Numbers.h"
-
 /// A text of at most `Capacity - 1` characters that always ends in a zero. What does not fit is cut: these texts are
 /// log lines and commands, and a long reply in a line must never overrun it.
 template <class Char, std::size_t Capacity>
 class BoundedText {
  public:
     using View = std::basic_string_view<Char>;
+    static constexpr std::size_t kCapacity = Capacity;
 
     constexpr BoundedText() noexcept = default;
     constexpr explicit BoundedText(View text) noexcept { Append(text); }
@@ -50,17 +49,11 @@ class BoundedText {
 
 /// Copies as much of `text` as fits before a terminator. `buffer` holds at least one character.
 inline void CopyCut(std::string_view text, std::span<char> buffer) noexcept {
-    const std::size_t length = std::min(text.size(), buffer.size() - 1);
-    std::copy_n(text.begin(), length, buffer.begin());
-    buffer[length] = '\0';
+    *std::ranges::copy(text.substr(0, buffer.size() - 1), buffer.begin()).out = '\0';
+}
+inline void CopyCut(std::wstring_view text, std::span<wchar_t> buffer) noexcept {
+    *std::ranges::copy(text.substr(0, buffer.size() - 1), buffer.begin()).out = L'\0';
 }
 
 /// One line for the host's log: 511 wide characters and the terminator.
 using LogLine = BoundedText<wchar_t, 512>;
-
-/// Appends `value` as "%d" prints it.
-inline LogLine& AppendInteger(LogLine& line, int value) noexcept {
-    std::array<char, 16> digits;
-    const int length = FormatInteger(digits, value);
-    return line.AppendBytes({digits.data(), static_cast<std::size_t>(length)});
-}

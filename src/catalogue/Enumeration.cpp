@@ -6,6 +6,7 @@
 #include "catalogue/Catalogue.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "link/Exchange.h"
+#include "link/Products.h"
 #include "link/ResultCode.h"
 #include "platform/Clock.h"
 
@@ -13,10 +14,6 @@ namespace {
 
 constexpr int kListConProdRepeats = 4;
 constexpr std::uint32_t kListConProdDelayMs = 1000;
-
-// Only these products have parameters to list.
-constexpr int kFirstProductWithParams = 8;
-constexpr int kLastProductWithParams = 17;
 
 void TakeIntegers(CDevApiInterface_Impl& device, const Reply& reply, const std::function<void(int)>& take) {
     if (ParseIntegerList(reply.bytes(), take) == ListOutcome::NumberTooLong) {
@@ -42,7 +39,7 @@ void EnumerateProduct(CDevApiInterface_Impl& device, std::size_t index, std::int
     TakeIntegers(device, Ask(device, FormatCommand(command::kListDev, {product}), kListReplySize),
                  [&](int number) { devices.push_back(number); });
     SetDevices(device, index, product, std::move(devices));
-    if (product < kFirstProductWithParams || product > kLastProductWithParams) {
+    if (!TraitsOf(product).listsParameters) {
         return;
     }
     std::vector<ParamRecord> parameters;

@@ -15,9 +15,9 @@ constexpr std::size_t kMaxStatusDigits = 3;
 
 void LogStatusError(CDevApiInterface_Impl& device, const StatusError& status) noexcept {
     LogLine line(L"OKO-Lab bold line status error: product ");
-    AppendInteger(line, status.product).Append(L", device ");
-    AppendInteger(line, status.device).Append(L", error: ");
-    AppendInteger(line, status.error);
+    line.AppendBytes(FormatInteger(status.product).view()).Append(L", device ");
+    line.AppendBytes(FormatInteger(status.device).view()).Append(L", error: ");
+    line.AppendBytes(FormatInteger(status.error).view());
     device.Log(line.c_str());
 }
 

@@ -3,8 +3,11 @@
 #include <mutex>
 #include <string_view>
 
+#include "channels/ChannelExchange.h"
 #include "channels/ChannelNames.h"
+#include "channels/DeletingSlot.h"
 #include "channels/ParameterRead.h"
+#include "channels/TargetBand.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "link/Exchange.h"
 #include "platform/Clock.h"
@@ -25,7 +28,7 @@ constexpr WriteRules kWriteRules{L"CDevApiInterface_GasConcentration_Impl::SetTa
 constexpr std::uint32_t kStatusRepeats = 3;
 
 bool IsO2Controller(const CDevApiInterface_GasConcentration_Impl& channel) noexcept {
-    return GasKindOf(channel) == GasKind::O2;
+    return GasKindOf(Get(channel.m_address)) == GasKind::O2;
 }
 
 }  // namespace
@@ -41,7 +44,7 @@ CDevApiInterface_GasConcentration_Impl::CDevApiInterface_GasConcentration_Impl(C
 std::int32_t CDevApiInterface_GasConcentration_Impl::SetEnabled(std::uint8_t) noexcept { return oko::kSuccess; }
 
 std::int32_t CDevApiInterface_GasConcentration_Impl::GetName(wchar_t* buffer, std::int32_t length) noexcept {
-    return CopyChannelName(GasName(GasKindOf(*this)), buffer, length);
+    return CopyChannelName(GasName(GasKindOf(Get(m_address))), buffer, length);
 }
 
 std::int32_t CDevApiInterface_GasConcentration_Impl::NoOperation() noexcept { return oko::kSuccess; }
@@ -108,13 +111,12 @@ std::int32_t CDevApiInterface_GasConcentration_Impl::ReadAirMode(std::uint8_t* s
     if (!HasAirMode(product)) {
         return oko::kFailure;
     }
-    ParameterText text{};
     const std::scoped_lock lock(m_pDevice->m_csData);
-    if (!ReadDeviceParameter(*m_pDevice, static_cast<std::uint32_t>(product), kAirModeParameter, text.data(), true,
-                             false, kNoCompanion)) {
+    const auto state = ReadAirModeState(*m_pDevice, product);
+    if (!state) {
         return oko::kFailure;
     }
-    *status = std::string_view(text.data()) == "1" ? 1 : 0;
+    *status = std::string_view(state->data()) == "1" ? 1 : 0;
     return oko::kSuccess;
 }
 

@@ -2,8 +2,7 @@
 
 #include <optional>
 
-#include "channels/ChannelRoads.h"
-#include "channels/GasKind.h"
+#include "channels/SharedValues.h"
 #include "oko/CDevApiInterface_GasConcentration.h"
 
 class CDevApiInterface_Impl;
@@ -46,8 +45,3 @@ class CDevApiInterface_GasConcentration_Impl final : public CDevApiInterface_Gas
  private:
     void WatchAirMode() noexcept;
 };
-
-inline GasKind GasKindOf(const CDevApiInterface_GasConcentration_Impl& channel) noexcept {
-    const auto [product, number] = Get(channel.m_address);
-    return GasKindOf(product, number);
-}

@@ -2,8 +2,12 @@
 
 #include <mutex>
 
+#include "channels/ChannelExchange.h"
 #include "channels/ChannelNames.h"
+#include "channels/DeletingSlot.h"
+#include "channels/TargetBand.h"
 #include "core/CDevApiInterface_Impl.h"
+#include "link/Products.h"
 #include "platform/Clock.h"
 #include "platform/Random.h"
 
@@ -33,7 +37,7 @@ std::int32_t CDevApiInterface_Humidifier_Impl::SetEnabled(std::uint8_t flag) noe
 }
 
 std::int32_t CDevApiInterface_Humidifier_Impl::GetName(wchar_t* buffer, std::int32_t length) noexcept {
-    const auto name = Get(m_address).m_iProduct == kHumidifierProduct ? kHumidifierName : std::wstring_view{};
+    const auto name = Get(m_address).m_iProduct == product::kActiveHumidifier ? kHumidifierName : std::wstring_view{};
     return CopyChannelName(name, buffer, length);
 }
 

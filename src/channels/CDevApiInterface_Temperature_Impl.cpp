@@ -4,15 +4,16 @@
 #include <memory>
 #include <mutex>
 
+#include "channels/ChannelExchange.h"
 #include "channels/ChannelNames.h"
+#include "channels/DeletingSlot.h"
+#include "channels/TargetBand.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "link/Exchange.h"
+#include "link/Products.h"
 #include "platform/Clock.h"
 
 namespace {
-
-constexpr std::int32_t kTwoZoneProduct = 16;
-constexpr std::int32_t kTwoZoneSensor = 2;  // product 16: the sensor behind its two zones
 
 constexpr double kTemperatureStep = 0.2;
 
@@ -25,22 +26,15 @@ constexpr ReadRules kCurrentRules{L"CDevApiInterface_Temperature_Impl::GetCurren
 constexpr WriteRules kWriteRules{L"CDevApiInterface_Temperature_Impl::GetCurrentTemperature",
                                  command::kWriteTemperature, LogGate::Always};
 
-/// Only a product's zones have a set point, not its sensors.
-bool HasSetPoint(ChannelAddress address) noexcept {
-    return address.m_iChannel == 0 || (address.m_iProduct == kTwoZoneProduct && address.m_iChannel == 1);
-}
-
 CommandText CurrentCommand(ChannelAddress address) noexcept {
-    const auto [product, channel] = address;
-    constexpr std::int32_t kFirstParameterProduct = 8;
-    constexpr std::int32_t kLastParameterProduct = 15;
-    if (product >= kFirstParameterProduct && product <= kLastParameterProduct && channel >= 1) {
+    const ProductTraits& traits = TraitsOf(address.m_iProduct);
+    if (traits.parameterSensors && address.m_iChannel >= 1) {
         return FormatFor(command::kReadParam, address);
     }
-    if (product == kTwoZoneProduct || channel > 0) {
+    if (traits.setPointZones > 1 || address.m_iChannel > 0) {
         return FormatFor(command::kReadCurrent, address);
     }
-    return FormatCommand(command::kReadCurrentOnly, {product});
+    return FormatCommand(command::kReadCurrentOnly, {address.m_iProduct});
 }
 
 }  // namespace
@@ -159,7 +153,9 @@ bool CDevApiInterface_Temperature_Impl::HasFeature(std::int32_t feature) noexcep
         return false;
     }
     const ChannelAddress address = Get(m_address);
-    return address.m_iProduct == kTwoZoneProduct ? address.m_iChannel == kTwoZoneSensor : address.m_iChannel > 0;
+    // The H401's one sensor, and nothing behind it.
+    constexpr std::int32_t kH401Sensor = 2;
+    return address.m_iProduct == product::kH401 ? address.m_iChannel == kH401Sensor : address.m_iChannel > 0;
 }
 
 void* CDevApiInterface_Temperature_Impl::DeletingDestructor(unsigned flags) noexcept {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "channels/ChannelRoads.h"
+#include "channels/SharedValues.h"
 #include "oko/CDevApiInterface_Temperature.h"
 
 class CDevApiInterface_Impl;

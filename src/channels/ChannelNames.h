@@ -5,7 +5,7 @@
 #include <span>
 #include <string_view>
 
-#include "channels/GasKind.h"
+#include "link/Products.h"
 
 /// The channels' display names.
 
@@ -72,7 +72,7 @@ inline constexpr std::array<ChannelName, 3> kH401Names{{
     {1, L"H401-T Device 2"},
     {132, L"T sensor"},
 }};
-inline constexpr std::array<ChannelName, 7> kProduct17Names{{
+inline constexpr std::array<ChannelName, 7> kSevenZonesNames{{
     {0, L"Main"},
     {1, L"Chamber"},
     {2, L"Lid"},
@@ -83,19 +83,19 @@ inline constexpr std::array<ChannelName, 7> kProduct17Names{{
 }};
 
 inline constexpr std::array<ProductNames, 10> kTemperatureNames{{
-    {7, kH501Names},
-    {8, kH201Names},
-    {9, kH301Names},
-    {10, kH101GasNames},
-    {12, kH101GasNames},
-    {13, kH101GasNames},
-    {14, kH101Names},
-    {15, kH301HmNames},
-    {16, kH401Names},
-    {17, kProduct17Names},
+    {product::kH501, kH501Names},
+    {product::kH201, kH201Names},
+    {product::kH301, kH301Names},
+    {product::kCo2, kH101GasNames},
+    {product::kMixer12, kH101GasNames},
+    {product::kMixer13, kH101GasNames},
+    {product::kH101, kH101Names},
+    {product::kActiveHumidifier, kH301HmNames},
+    {product::kH401, kH401Names},
+    {product::kSevenZones, kSevenZonesNames},
 }};
 
-/// Gas channels are named by their gas, which products 10 and 11 have but one of whatever the channel.
+/// Gas channels are named by their gas.
 constexpr std::wstring_view GasName(GasKind kind) noexcept {
     switch (kind) {
         case GasKind::Co2:
@@ -108,8 +108,7 @@ constexpr std::wstring_view GasName(GasKind kind) noexcept {
     return {};
 }
 
-/// Humidifiers are named by their product alone.
-inline constexpr std::int32_t kHumidifierProduct = 15;
+/// Humidifiers are named by their product alone, product::kActiveHumidifier.
 inline constexpr std::wstring_view kHumidifierName = L"H301-HM-ACTIVE";
 
 /// The name of a channel, empty when the tables have none.

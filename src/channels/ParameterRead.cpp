@@ -7,6 +7,7 @@
 #include "catalogue/Catalogue.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "link/Exchange.h"
+#include "link/Products.h"
 #include "link/ResultCode.h"
 
 namespace {
@@ -67,7 +68,8 @@ Payload TakePayload(std::string_view reply, std::uint32_t parameter, bool check,
         return Payload::Accepted;
     }
     const auto number = ParseDouble(value);
-    const bool missing = !number || (parameter != kAirModeParameter && *number - companion == 0.0);
+    const bool missing =
+        !number || (parameter != static_cast<std::uint32_t>(parameter::kAirMode) && *number - companion == 0.0);
     return missing ? Payload::Rejected : Payload::Accepted;
 }
 
@@ -104,6 +106,13 @@ bool ReadDeviceParameter(CDevApiInterface_Impl& device, std::uint32_t product, s
     }
     LogResultCode(device, kMethod, code);
     return code != kCommandNotExecuted;
+}
+
+std::optional<ParameterText> ReadAirModeState(CDevApiInterface_Impl& device, std::int32_t product) noexcept {
+    ParameterText state{};
+    const bool told = ReadDeviceParameter(device, static_cast<std::uint32_t>(product), parameter::kAirMode,
+                                          state.data(), true, false, kNoCompanion);
+    return told ? std::optional(state) : std::nullopt;
 }
 
 bool IsDeviceParameterPresent(CDevApiInterface_Impl& device, std::uint32_t product, std::uint32_t parameter,

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 class CDevApiInterface_Impl;
@@ -11,9 +12,6 @@ class CDevApiInterface_Impl;
 
 /// The text of a parameter's value: 63 characters and a terminator.
 using ParameterText = std::array<char, 64>;
-
-/// Whether a gas product works in air mode: 1 or 0. A zero is a value here, not a missing sensor.
-inline constexpr std::uint32_t kAirModeParameter = 237;
 
 /// No companion parameter.
 inline constexpr std::int32_t kNoCompanion = -1;
@@ -25,6 +23,9 @@ inline constexpr std::int32_t kNoCompanion = -1;
 /// number, or kNoCompanion.
 bool ReadDeviceParameter(CDevApiInterface_Impl& device, std::uint32_t product, std::uint32_t parameter, char* value,
                          bool check, bool useCache, std::int32_t second) noexcept;
+
+/// What a product tells of its air mode, asked afresh: "1" when it is on. Nothing when it does not tell.
+std::optional<ParameterText> ReadAirModeState(CDevApiInterface_Impl& device, std::int32_t product) noexcept;
 
 /// Whether a product has a parameter with a value that is present, finite and not zero, nor that of its companion.
 bool IsDeviceParameterPresent(CDevApiInterface_Impl& device, std::uint32_t product, std::uint32_t parameter,

@@ -1,6 +1,7 @@
 #include "channels/Simulation.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <memory>
 #include <mutex>
@@ -9,6 +10,7 @@
 #include "channels/CDevApiInterface_Humidifier_Impl.h"
 #include "channels/CDevApiInterface_Temperature_Impl.h"
 #include "core/CDevApiInterface_Impl.h"
+#include "link/Products.h"
 #include "platform/Clock.h"
 #include "platform/Random.h"
 
@@ -16,7 +18,13 @@ namespace {
 
 constexpr double kRoomTemperature = 25.0;  // degrees Celsius
 constexpr double kWarmSensor = 60.0;       // degrees Celsius
-constexpr std::int32_t kRoomParameter = 132;
+
+/// Whose sensors, when nothing else moves them, show a warm place: an odd set, and kept.
+constexpr std::array kWarmProducts{product::kCo2, product::kO2, product::kMixer12, product::kActiveHumidifier,
+                                   product::kSevenZones};
+
+/// Trembles about the room's temperature when it is at its target. No product has such a channel; kept.
+constexpr ChannelAddress kRoomAtRest{product::kH301, 1};
 
 /// Half of the time nothing, else a tenth of a degree up or down.
 double Jitter() noexcept {
@@ -31,18 +39,15 @@ enum class ZoneKind { Follower, Room, Warm, Controlled };
 
 /// The order decides: a product's further channels follow its first one before anything else is asked.
 ZoneKind KindOf(ChannelAddress address) noexcept {
-    const auto [product, channel] = address;
-    const bool hasRoomSensor = product == 9 || product == 14;
-    const bool follows = ((product == 7 || product == 8) && channel > 0) ||
-                         (hasRoomSensor && channel >= 1 && channel != kRoomParameter) ||
-                         (product == 16 && channel >= 2) || (product == 17 && channel >= 1);
-    if (follows) {
+    const ProductTraits& traits = TraitsOf(address.m_iProduct);
+    const bool room = traits.roomSensor && address.m_iChannel == parameter::kRoomTemperature;
+    if (traits.kind == ChannelKind::Temperature && address.m_iChannel >= traits.setPointZones && !room) {
         return ZoneKind::Follower;
     }
-    if (hasRoomSensor && channel == kRoomParameter) {
+    if (room) {
         return ZoneKind::Room;
     }
-    const bool warm = (product >= 10 && product <= 12) || product == 15 || product == 17;
+    const bool warm = std::ranges::find(kWarmProducts, address.m_iProduct) != kWarmProducts.end();
     return warm ? ZoneKind::Warm : ZoneKind::Controlled;
 }
 
@@ -107,7 +112,7 @@ void RestTemperature(CDevApiInterface_Temperature_Impl& channel, const Band& ban
         Put(channel.m_iState, static_cast<std::int32_t>(oko::kTemperatureNone));
         return;
     }
-    if (Get(channel.m_address) == ChannelAddress{9, 1}) {
+    if (Get(channel.m_address) == kRoomAtRest) {
         Put(channel.m_dCurrent, kRoomTemperature + Jitter());
     } else if (NextRandom() % 5 == 1) {
         Put(channel.m_dCurrent, target + Jitter());

@@ -23,8 +23,7 @@ ChannelView ViewOf(const Channel* channel) noexcept {
     if (channel == nullptr) {
         return {};
     }
-    const auto [product, number] = Get(channel->m_address);
-    return {true, product, number, Get(channel->m_dCurrent), Get(channel->m_dTarget)};
+    return {true, Get(channel->m_address), Get(channel->m_dCurrent), Get(channel->m_dTarget)};
 }
 
 }  // namespace

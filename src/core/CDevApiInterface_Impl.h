@@ -191,8 +191,8 @@ class CDevApiInterface_Impl final : public CDevApiInterface {
     std::atomic<bool> m_bServerErrorShown = false;
     std::vector<ProductRecord> m_products;  // the catalogue, guarded by m_csCatalogue: go through catalogue/Catalogue.h
     std::atomic<std::uint8_t> m_bAirMode = 0;
-    const std::int32_t m_iFirstProduct = 7;
-    const std::int32_t m_iLastProduct = 17;  // inclusive
+    const std::int32_t m_iFirstProduct;      // "each product" of Init and of the search: from here ...
+    const std::int32_t m_iLastProduct;       // ... to here, inclusive
     std::atomic<bool> m_bBusy = false;       // an operation holds the link: channel reads answer from memory
     std::atomic<bool> m_bSettingUp = false;  // an Init or a search is under way: a second one is refused
 

@@ -13,6 +13,7 @@
 #include "core/ChannelTable.h"
 #include "core/RangeReply.h"
 #include "link/Exchange.h"
+#include "link/Products.h"
 
 namespace {
 
@@ -100,16 +101,17 @@ bool WantsHumidifierSensors(CDevApiInterface_Impl& device, HumidifierSensors whe
     if (when != HumidifierSensors::WithoutHumidifier) {
         return when == HumidifierSensors::Always;
     }
-    return !AnyProduct(device, [](std::int32_t product) noexcept { return product == kActiveHumidifier; });
+    return !AnyProduct(device, [](std::int32_t product) noexcept { return product == product::kActiveHumidifier; });
 }
 
 void AddProduct(CDevApiInterface_Impl& device, std::int32_t product) noexcept {
     const ProductSetup& setup = SetupOf(product);
-    if (!HasRoom(device, setup.kind)) {
+    const ChannelKind kind = TraitsOf(product).kind;
+    if (!HasRoom(device, kind)) {
         return;
     }
     for (const ZoneSetup& zone : setup.zones) {
-        AddZone(device, setup.kind, product, zone);
+        AddZone(device, kind, product, zone);
     }
     AddProbedSensors(device, product, setup.probes);
     if (WantsHumidifierSensors(device, setup.humidifierSensors)) {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "link/Products.h"
+
 namespace {
 
 constexpr RangeSetup kUpTo60{{0.0, 60.0}, std::nullopt};
@@ -10,22 +12,22 @@ constexpr RangeSetup k25To50{{0.0, 0.0}, ChannelRange{25.0, 50.0}};
 constexpr RangeSetup k25To60{{0.0, 0.0}, ChannelRange{25.0, 60.0}};
 
 // zone, written, only if present, range
-constexpr std::array<ZoneSetup, 5> kZones7{{
+constexpr std::array<ZoneSetup, 5> kH501Zones{{
     {0, false, false, kUpTo60},
     {1, true, true, std::nullopt},
     {2, true, true, std::nullopt},
     {3, true, true, std::nullopt},
     {4, true, true, std::nullopt},
 }};
-constexpr std::array<ZoneSetup, 1> kZones8And9{{{0, true, false, kUpTo60}}};
-constexpr std::array<ZoneSetup, 1> kZones14{{{0, false, false, kUpTo60}}};
-constexpr std::array<ZoneSetup, 1> kZones15{{{0, false, false, kHumidityRange}}};
-constexpr std::array<ZoneSetup, 3> kZones16{{
+constexpr std::array<ZoneSetup, 1> kSingleZone{{{0, true, false, kUpTo60}}};
+constexpr std::array<ZoneSetup, 1> kH101Zones{{{0, false, false, kUpTo60}}};
+constexpr std::array<ZoneSetup, 1> kHumidifierZones{{{0, false, false, kHumidityRange}}};
+constexpr std::array<ZoneSetup, 3> kH401Zones{{
     {0, true, true, k25To50},
     {1, true, true, k25To50},
     {2, true, true, std::nullopt},
 }};
-constexpr std::array<ZoneSetup, 7> kZones17{{
+constexpr std::array<ZoneSetup, 7> kZonesOfSeven{{
     {0, true, false, k25To60},
     {1, true, true, std::nullopt},
     {2, true, true, std::nullopt},
@@ -38,10 +40,10 @@ constexpr std::array<ZoneSetup, 1> kGasZone{{{0, true, false, kUpTo60}}};
 constexpr std::array<ZoneSetup, 2> kMixerZones{{{0, true, false, kUpTo60}, {1, true, false, kUpTo60}}};
 
 // parameter, companion
-constexpr std::array<SensorProbe, 3> kProbes8{{{74, -1}, {87, -1}, {88, -1}}};
-constexpr std::array<SensorProbe, 7> kProbes9{
+constexpr std::array<SensorProbe, 3> kH201Probes{{{74, -1}, {87, -1}, {88, -1}}};
+constexpr std::array<SensorProbe, 7> kH301Probes{
     {{107, 115}, {119, -1}, {109, 117}, {110, -1}, {108, 116}, {189, 192}, {132, -1}}};
-constexpr std::array<SensorProbe, 5> kProbes14{{{107, 115}, {119, -1}, {189, 192}, {132, -1}, {259, -1}}};
+constexpr std::array<SensorProbe, 5> kH101Probes{{{107, 115}, {119, -1}, {189, 192}, {132, -1}, {259, -1}}};
 
 struct SetupRow {
     std::int32_t product;
@@ -49,20 +51,20 @@ struct SetupRow {
 };
 
 constexpr std::array<SetupRow, 10> kSetupRows{{
-    {7, {ChannelKind::Temperature, kZones7, {}}},
-    {8, {ChannelKind::Temperature, kZones8And9, kProbes8}},
-    {9, {ChannelKind::Temperature, kZones8And9, kProbes9}},
-    {14, {ChannelKind::Temperature, kZones14, kProbes14}},
-    {15, {ChannelKind::Humidity, kZones15, {}, HumidifierSensors::Always}},
-    {16, {ChannelKind::Temperature, kZones16, {}}},
-    {17, {ChannelKind::Temperature, kZones17, {}}},
-    {10, {ChannelKind::Gas, kGasZone, {}, HumidifierSensors::WithoutHumidifier}},
-    {12, {ChannelKind::Gas, kMixerZones, {}, HumidifierSensors::WithoutHumidifier}},
-    {13, {ChannelKind::Gas, kMixerZones, {}, HumidifierSensors::WithoutHumidifier}},
+    {product::kH501, {kH501Zones, {}}},
+    {product::kH201, {kSingleZone, kH201Probes}},
+    {product::kH301, {kSingleZone, kH301Probes}},
+    {product::kH101, {kH101Zones, kH101Probes}},
+    {product::kActiveHumidifier, {kHumidifierZones, {}, HumidifierSensors::Always}},
+    {product::kH401, {kH401Zones, {}}},
+    {product::kSevenZones, {kZonesOfSeven, {}}},
+    {product::kCo2, {kGasZone, {}, HumidifierSensors::WithoutHumidifier}},
+    {product::kMixer12, {kMixerZones, {}, HumidifierSensors::WithoutHumidifier}},
+    {product::kMixer13, {kMixerZones, {}, HumidifierSensors::WithoutHumidifier}},
 }};
 
-// Product 11, and any number that the server may come up with: one gas controller.
-constexpr ProductSetup kAnyOtherProduct{ChannelKind::Gas, kGasZone, {}};
+// product::kO2, and any number that the server may come up with: one controller.
+constexpr ProductSetup kAnyOtherProduct{kGasZone, {}};
 
 }  // namespace
 

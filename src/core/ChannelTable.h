@@ -7,8 +7,6 @@
 
 /// Which channels each product gives the host.
 
-enum class ChannelKind { Temperature, Gas, Humidity };
-
 /// The lowest and highest target of a channel, in its unit.
 struct ChannelRange {
     double min;
@@ -40,9 +38,9 @@ struct SensorProbe {
 /// gas product.
 enum class HumidifierSensors { None, Always, WithoutHumidifier };
 
-/// What one product gives. Its kind's array must have room when the product is begun; each addition is guarded as well.
+/// What one product gives: channels of its kind for its zones, whose array must have room when the product is begun
+/// (each addition is guarded as well), and temperature channels for its sensors.
 struct ProductSetup {
-    ChannelKind kind;
     std::span<const ZoneSetup> zones;
     std::span<const SensorProbe> probes;  // further temperature channels
     HumidifierSensors humidifierSensors = HumidifierSensors::None;
@@ -50,8 +48,6 @@ struct ProductSetup {
 
 /// The row of a product; the last one serves all numbers that the table does not name.
 const ProductSetup& SetupOf(std::int32_t product) noexcept;
-
-inline constexpr std::int32_t kActiveHumidifier = 15;
 
 /// Probed for HumidifierSensors.
 inline constexpr std::array<SensorProbe, 2> kHumidifierProbes{{{206, -1}, {209, -1}}};

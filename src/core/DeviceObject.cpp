@@ -8,6 +8,7 @@
 #include "channels/CDevApiInterface_Humidifier_Impl.h"
 #include "channels/CDevApiInterface_Temperature_Impl.h"
 #include "core/CDevApiInterface_Impl.h"
+#include "link/Products.h"
 #include "link/SimulatorTables.h"
 #include "oko/LibQuery.h"
 
@@ -52,7 +53,9 @@ std::int32_t GetChannel(const std::array<ChannelSlot<Channel>, Count>& channels,
 CDevApiInterface_Impl::CDevApiInterface_Impl(std::uint32_t index)
     : m_iDeviceIndex(index),
       m_iComPort(index == oko::kSimulatorDevice ? kSimulatorComPort : 0),
-      m_bSimulator(index == oko::kSimulatorDevice) {
+      m_bSimulator(index == oko::kSimulatorDevice),
+      m_iFirstProduct(kFirstProduct),
+      m_iLastProduct(kLastProduct) {
     std::ranges::copy(kDefaultListConProdReply, m_szSimListconprod.begin());
     try {
         CreateChannels();

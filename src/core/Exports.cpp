@@ -20,7 +20,7 @@ std::array<CDevApiInterface_Impl*, kDevices> g_pDevices{};
 /// Copies as strncpy and wcsncpy do: a text that fills the buffer gets no terminator, a shorter one is padded with
 /// zeros.
 template <class Char>
-void CopyText(std::string_view text, Char* buffer, std::int32_t size) noexcept {
+void CopyPadded(std::string_view text, Char* buffer, std::int32_t size) noexcept {
     if (buffer == nullptr || size <= 0) {
         return;
     }
@@ -56,10 +56,10 @@ std::int32_t LibQueryPhysDevice(std::uint32_t index, void*, char* type, std::int
     if (index >= kDevices) {
         return oko::kFailure;
     }
-    CopyText(kDeviceType, type, typeSize);
-    CopyText(kDeviceNames[index], name, nameSize);
-    CopyText(kDeviceNames[index], wideName, wideNameSize);
-    CopyText(kDeviceNames[index], wideName2, wideName2Size);
+    CopyPadded(kDeviceType, type, typeSize);
+    CopyPadded(kDeviceNames[index], name, nameSize);
+    CopyPadded(kDeviceNames[index], wideName, wideNameSize);
+    CopyPadded(kDeviceNames[index], wideName2, wideName2Size);
     return oko::kSuccess;
 }
 

@@ -5,6 +5,7 @@
 #include "core/Flags.h"
 #include "link/Exchange.h"
 #include "link/ProductModes.h"
+#include "link/Products.h"
 #include "platform/Registry.h"
 
 namespace {
@@ -50,9 +51,11 @@ void SendComPorts(CDevApiInterface_Impl& device) noexcept {
     for (int product = device.m_iFirstProduct; product <= device.m_iLastProduct; ++product) {
         Tell(device, FormatCommand(command::kSetComPort, {product, port}));
     }
-    // The two mixers have a second link.
-    Tell(device, FormatCommand(command::kSetComPortSecondLink, {12, port}));
-    Tell(device, FormatCommand(command::kSetComPortSecondLink, {13, port}));
+    for (const ProductTraits& traits : kProducts) {
+        if (traits.secondLink) {
+            Tell(device, FormatCommand(command::kSetComPortSecondLink, {traits.product, port}));
+        }
+    }
     for (int product = device.m_iFirstProduct; product <= device.m_iLastProduct; ++product) {
         Tell(device, FormatCommand(command::kCheckConnection, {product}));
     }

@@ -5,8 +5,8 @@
 #include "base/Text.h"
 #include "core/CDevApiInterface_Impl.h"
 
-void LogExchange(CDevApiInterface_Impl& device, std::wstring_view prefix, const char* command, char* reply,
-                 int length) noexcept {
+void LogExchangeAndEndReply(CDevApiInterface_Impl& device, std::wstring_view prefix, const char* command, char* reply,
+                            int length) noexcept {
     if (!device.m_bLogCommunication) {
         return;
     }

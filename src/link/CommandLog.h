@@ -6,5 +6,5 @@ class CDevApiInterface_Impl;
 
 /// Hands "<prefix> <command> -> <reply>" to the host's log while the communication log is on, and only then ends the
 /// reply with a zero: at `length`, or at its start when the exchange failed. `reply` needs a byte behind `length`.
-void LogExchange(CDevApiInterface_Impl& device, std::wstring_view prefix, const char* command, char* reply,
-                 int length) noexcept;
+void LogExchangeAndEndReply(CDevApiInterface_Impl& device, std::wstring_view prefix, const char* command, char* reply,
+                            int length) noexcept;

@@ -14,7 +14,7 @@ inline constexpr std::string_view kListDev = "listdev %d";                      
 inline constexpr std::string_view kListParams = "bl-param-list %d";                 // product
 inline constexpr std::string_view kMode = "mode %d %d";                             // product, 1 for the simulator
 inline constexpr std::string_view kSetComPort = "comport %d 0 %d";                  // product, port
-inline constexpr std::string_view kSetComPortSecondLink = "comport %d 1 %d";        // product 12 or 13, port
+inline constexpr std::string_view kSetComPortSecondLink = "comport %d 1 %d";        // product, port
 inline constexpr std::string_view kCheckConnection = "checkcon %d";                 // product
 inline constexpr std::string_view kStart = "start %d";                              // 1 start, 0 stop
 inline constexpr std::string_view kStatus = "status";                               // triples of product, device, error
@@ -30,7 +30,7 @@ inline constexpr std::string_view kWriteHumidity = "writesetpoint %d %d %0.0f"; 
 inline constexpr std::string_view kReadMin = "readmin %d %d";                       // product, device
 inline constexpr std::string_view kReadMax = "readmax %d %d";                       // product, device
 inline constexpr std::string_view kReadParam = "bl-param-read %d %d";               // product, parameter
-inline constexpr std::string_view kWriteAirMode = "bl-param-write %d 238 %d";       // product, 1 or 0
+inline constexpr std::string_view kWriteParam = "bl-param-write %d %d %d";          // product, parameter, value
 inline constexpr std::string_view kTemperatureAlarm = "alarm %d %0.1f";             // product, degrees Celsius
 inline constexpr std::string_view kGasAlarm = "alarm %d %0.2f";                     // product, percent
 

@@ -16,7 +16,6 @@ inline constexpr std::array<std::wstring_view, 4> kResultCodeTexts{{
 
 /// Codes with a text of their own, and the one that means that nothing was done.
 inline constexpr int kServerProblem = 1;
-inline constexpr int kProductProblem = 2;
 inline constexpr int kCommandNotExecuted = 3;
 
 /// Hands "<method> <text>" of a result code to the host's log; nothing for the codes without a text.

@@ -61,12 +61,6 @@ bool IsServerProgram(const FileEntry& entry) noexcept {
            entry.name.starts_with(kProgramStart) && entry.name.ends_with(kProgramEnd);
 }
 
-/// Copies what fits before a terminator.
-void CopyText(std::wstring_view text, std::span<wchar_t> buffer) noexcept {
-    std::ranges::fill(buffer, L'\0');
-    std::ranges::copy(text.substr(0, buffer.size() - 1), buffer.begin());
-}
-
 }  // namespace
 
 bool FindServerInstallLocation(FolderText* folder) noexcept {
@@ -84,7 +78,7 @@ bool FindServerInstallLocation(FolderText* folder) noexcept {
         ValueText buffer{};
         if (const auto location = ReadServerLocation(*program, buffer)) {
             if (folder != nullptr) {
-                CopyText(*location, *folder);
+                CopyCut(*location, *folder);
             }
             return true;
         }
@@ -106,7 +100,7 @@ bool FindServerExecutable(const wchar_t* folder, ExecutableText& name) noexcept 
     FileSearch search(pattern.c_str());
     while (const auto entry = search.Next()) {
         if (IsServerProgram(*entry)) {
-            CopyText(entry->name, name);
+            CopyCut(entry->name, name);
             return true;
         }
     }

@@ -41,13 +41,9 @@ bool StartServer(CDevApiInterface_Impl& device) noexcept {
 /// loops, and the connection dialog, which waits a second a loop, shows half of its time.
 void LogStarted(CDevApiInterface_Impl& device, int loops) noexcept {
     constexpr double kSecondsPerLoop = 0.5;
-    std::array<char, 16> count;
-    std::array<char, 16> seconds;
-    const int countLength = FormatInteger(count, loops);
-    const int secondsLength = FormatFixed(seconds, loops * kSecondsPerLoop, 6);
     LogLine line(L"Server started on ");
-    line.AppendBytes({count.data(), static_cast<std::size_t>(countLength)}).Append(L" loops (");
-    line.AppendBytes({seconds.data(), static_cast<std::size_t>(secondsLength)}).Append(L" seconds)");
+    line.AppendBytes(FormatInteger(loops).view()).Append(L" loops (");
+    line.AppendBytes(FormatFixed(loops * kSecondsPerLoop, 6).view()).Append(L" seconds)");
     device.Log(line.c_str());
 }
 

@@ -18,12 +18,6 @@ struct Question {
     std::string_view command;
 };
 
-/// Two numbers that address a channel.
-struct Address {
-    int product = 0;
-    int channel = 0;
-};
-
 std::string_view From(std::string_view command, std::size_t position) noexcept {
     return command.substr(std::min(position, command.size()));
 }
@@ -33,19 +27,15 @@ void Echo(const Question& question, SimulatorText& reply) noexcept {
     reply.Append("0_").Append(question.command).Append("_");
 }
 
-void AppendValue(SimulatorText& reply, double value) noexcept {
-    std::array<char, 320> buffer;
-    const int length = FormatFixed(buffer, value, 3);
-    reply.Append({buffer.data(), static_cast<std::size_t>(length)});
-}
+void AppendValue(SimulatorText& reply, double value) noexcept { reply.Append(FormatFixed(value, 3).view()); }
 
 /// Appends one value of every addressed channel, without separators. Returns whether there was any.
 template <std::size_t Extent>
-bool AppendMatching(SimulatorText& reply, std::span<const ChannelView, Extent> views, Address address,
+bool AppendMatching(SimulatorText& reply, std::span<const ChannelView, Extent> views, ChannelAddress address,
                     double ChannelView::* value) noexcept {
     bool found = false;
     for (const ChannelView& view : views) {
-        if (view.exists && view.product == address.product && view.channel == address.channel) {
+        if (view.exists && view.address == address) {
             AppendValue(reply, view.*value);
             found = true;
         }
@@ -53,8 +43,8 @@ bool AppendMatching(SimulatorText& reply, std::span<const ChannelView, Extent> v
     return found;
 }
 
-bool AppendFromAll(SimulatorText& reply, const ChannelViews& channels, std::size_t temperatureSlots, Address address,
-                   double ChannelView::* value) noexcept {
+bool AppendFromAll(SimulatorText& reply, const ChannelViews& channels, std::size_t temperatureSlots,
+                   ChannelAddress address, double ChannelView::* value) noexcept {
     const std::span temperatures(channels.temperatures);
     const bool temperature = AppendMatching(reply, temperatures.first(temperatureSlots), address, value);
     const bool gas = AppendMatching(reply, std::span(channels.gasConcentrations), address, value);
@@ -91,12 +81,12 @@ void AnswerReadCurrent(const Question& question, SimulatorText& reply) noexcept 
     constexpr std::size_t kArguments = std::string_view("readcurval ").size();
     constexpr std::size_t kLongestWithoutDevice = 14;
     const std::string_view arguments = From(question.command, kArguments);
-    Address address;
+    ChannelAddress address;
     if (question.command.size() > kLongestWithoutDevice) {
         Scanner scanner(arguments);
-        scanner.Integer(address.product) && scanner.Literal("(") && scanner.Integer(address.channel);
+        scanner.Integer(address.m_iProduct) && scanner.Literal("(") && scanner.Integer(address.m_iChannel);
     } else {
-        address.product = ParseInteger(arguments);
+        address.m_iProduct = ParseInteger(arguments);
     }
     Echo(question, reply);
     AppendFromAll(reply, question.state.channels, question.state.channels.temperatures.size(), address,
@@ -105,21 +95,20 @@ void AnswerReadCurrent(const Question& question, SimulatorText& reply) noexcept 
 
 /// The parameter number is tried as a device number first: sensors that are read as parameters have it as theirs.
 void AnswerReadParam(const Question& question, SimulatorText& reply) noexcept {
-    constexpr int kAirModeParameter = 237;
-    Address address;
+    ChannelAddress address;
     Scanner scanner(From(question.command, std::string_view("bl-param-read ").size()));
-    scanner.Integer(address.product) && scanner.Integer(address.channel);
+    scanner.Integer(address.m_iProduct) && scanner.Integer(address.m_iChannel);
     Echo(question, reply);
     if (AppendFromAll(reply, question.state.channels, question.state.channels.temperatures.size(), address,
                       &ChannelView::current)) {
         return;
     }
-    if (address.channel == kAirModeParameter) {
+    if (address.m_iChannel == parameter::kAirMode) {
         reply.Append(question.state.airMode ? "1" : "0");
         return;
     }
     const auto row = std::ranges::find_if(kParameterValues, [&](const ParameterValue& value) {
-        return std::ranges::find(value.parameters, address.channel) != value.parameters.end();
+        return std::ranges::find(value.parameters, address.m_iChannel) != value.parameters.end();
     });
     if (row != kParameterValues.end()) {
         reply.Append(row->payload);
@@ -129,9 +118,9 @@ void AnswerReadParam(const Question& question, SimulatorText& reply) noexcept {
 /// Temperature channels behind the first four slots have no target here, on purpose.
 void AnswerReadTarget(const Question& question, SimulatorText& reply) noexcept {
     constexpr std::size_t kTemperaturesWithTarget = 4;
-    Address address;
+    ChannelAddress address;
     Scanner scanner(question.command);
-    scanner.Literal("readsetpoint ") && scanner.Integer(address.product) && scanner.Integer(address.channel);
+    scanner.Literal("readsetpoint ") && scanner.Integer(address.m_iProduct) && scanner.Integer(address.m_iChannel);
     Echo(question, reply);
     AppendFromAll(reply, question.state.channels, kTemperaturesWithTarget, address, &ChannelView::target);
 }
@@ -205,5 +194,5 @@ void CDevApiInterface_Impl::CommandSendSim(const char* command, [[maybe_unused]]
     if (replyLength != nullptr) {
         *replyLength = length;
     }
-    LogExchange(*this, L"OKO-Lab bold line CommandSendSim:", command, reply, length);
+    LogExchangeAndEndReply(*this, L"OKO-Lab bold line CommandSendSim:", command, reply, length);
 }

@@ -5,24 +5,25 @@
 #include <string_view>
 
 #include "base/Text.h"
+#include "link/Products.h"
 #include "link/Reply.h"
+#include "oko/CDevApiInterface.h"
 
 /// The simulated server: answers every command from canned texts and from the channels' own values.
 
 /// What the simulator sees of one channel slot.
 struct ChannelView {
     bool exists = false;
-    std::int32_t product = 0;
-    std::int32_t channel = 0;
+    ChannelAddress address;
     double current = 0.0;
     double target = 0.0;
 };
 
 /// All channel slots of the device object.
 struct ChannelViews {
-    std::array<ChannelView, 16> temperatures{};
-    std::array<ChannelView, 4> gasConcentrations{};
-    std::array<ChannelView, 4> humidifiers{};
+    std::array<ChannelView, oko::kTemperatureChannels> temperatures{};
+    std::array<ChannelView, oko::kGasChannels> gasConcentrations{};
+    std::array<ChannelView, oko::kHumidityChannels> humidifiers{};
 };
 
 /// Everything that the answers depend on.

@@ -6,6 +6,7 @@
 #include <span>
 #include <string_view>
 
+#include "base/Numbers.h"
 #include "base/Text.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "link/CommandLog.h"
@@ -145,7 +146,7 @@ void OpenLink(CDevApiInterface_Impl& device) noexcept {
 void LogDropped(CDevApiInterface_Impl& device, const DroppedReplies& dropped) noexcept {
     LogLine line(kLogPrefix);
     line.Append(L" late replies dropped: ");
-    AppendInteger(line, dropped.count).Append(L", the last one: ").AppendBytes(dropped.last.view());
+    line.AppendBytes(FormatInteger(dropped.count).view()).Append(L", the last one: ").AppendBytes(dropped.last.view());
     device.Log(line.c_str());
 }
 
@@ -197,7 +198,7 @@ void CDevApiInterface_Impl::CommandSend(const char* command, int commandLength, 
     if (received.outcome == ReceiveOutcome::TimedOut && m_bLogCommunication) {
         Log(L"OKO-Lab bold line CommandSend: no answer within the time of ReplyTimeout.");
     }
-    LogExchange(*this, kLogPrefix, command, reply, received.length);
+    LogExchangeAndEndReply(*this, kLogPrefix, command, reply, received.length);
 }
 
 void CDevApiInterface_Impl::DisconnectSocket() noexcept {

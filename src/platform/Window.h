@@ -7,7 +7,10 @@ using WindowHandle = void*;
 /// a null window it goes to the calling thread's message queue. Does not wait; the result is ignored.
 void PostValuesChanged(WindowHandle window) noexcept;
 
-/// Sends the progress message, WM_USER + 32 with the percentage, and waits until the window has taken it.
+/// The progress window's own message, WM_USER + 32: its first parameter is the percentage.
+inline constexpr unsigned kProgressMessage = 0x400 + 32;
+
+/// Sends the progress message and waits until the window has taken it.
 void SendProgress(WindowHandle window, int percent) noexcept;
 
 /// Destroys a window of the calling thread. A dead handle is ignored.

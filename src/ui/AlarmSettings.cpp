@@ -42,9 +42,8 @@ AlarmSettings ParseAlarmSettings(std::wstring_view text) noexcept {
 AlarmSettingsText FormatAlarmSettings(const AlarmSettings& settings) noexcept {
     AlarmSettingsText text;
     for (const Field& field : kFields) {
-        std::array<char, 330> number;
-        const int length = FormatFixed(number, settings.*field.tolerance.*field.value, kDecimals);
-        text.AppendBytes(field.literal).AppendBytes({number.data(), static_cast<std::size_t>(length)});
+        const NumberText number = FormatFixed(settings.*field.tolerance.*field.value, kDecimals);
+        text.AppendBytes(field.literal).AppendBytes(number.view());
     }
     return text;
 }

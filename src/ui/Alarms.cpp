@@ -11,6 +11,7 @@
 #include "channels/ParameterRead.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "link/Exchange.h"
+#include "link/Products.h"
 #include "ui/AlarmSettings.h"
 
 namespace {
@@ -31,10 +32,8 @@ void SendAlarm(CDevApiInterface_Impl& device, std::string_view format, std::int3
 bool AskAirMode(CDevApiInterface_Impl& device) noexcept {
     int airMode = -1;
     for (std::size_t i = 0; const auto product = ProductAt(device, i); ++i) {
-        ParameterText text{};
-        if (HasAirMode(*product) && ReadDeviceParameter(device, static_cast<std::uint32_t>(*product), kAirModeParameter,
-                                                        text.data(), true, false, kNoCompanion)) {
-            airMode = ParseInteger(text.data());
+        if (const auto state = HasAirMode(*product) ? ReadAirModeState(device, *product) : std::nullopt) {
+            airMode = ParseInteger(state->data());
         }
     }
     return airMode == 1;
@@ -45,7 +44,7 @@ void ApplyGasTolerance(CDevApiInterface_Impl& device, CDevApiInterface_GasConcen
     if (channel == nullptr) {
         return;
     }
-    const GasKind kind = GasKindOf(*channel);
+    const GasKind kind = GasKindOf(Get(channel->m_address));
     if (kind == GasKind::Neither) {
         return;
     }

@@ -6,13 +6,11 @@
 #include "channels/CDevApiInterface_Humidifier_Impl.h"
 #include "channels/CDevApiInterface_Temperature_Impl.h"
 #include "core/CDevApiInterface_Impl.h"
+#include "link/Products.h"
 #include "ui/AlarmSettings.h"
 #include "ui/ConfigurationDialog.h"
 
 namespace {
-
-/// The products whose temperature alarms are not set here: they have controllers of their own.
-bool HasOwnAlarms(std::int32_t product) noexcept { return product == 16 || product == 17; }
 
 template <class Channel>
 Tolerance ToleranceOf(const Channel& channel) noexcept {
@@ -28,7 +26,7 @@ AlarmSettings GatherSettings(const CDevApiInterface_Impl& device) noexcept {
     }
     for (const std::size_t i : {0U, 1U}) {
         const auto* const channel = device.m_pGasConcentration[i].Get();
-        const GasKind kind = channel != nullptr ? GasKindOf(*channel) : GasKind::Neither;
+        const GasKind kind = channel != nullptr ? GasKindOf(Get(channel->m_address)) : GasKind::Neither;
         if (kind == GasKind::Co2) {
             settings.co2 = ToleranceOf(*channel);
         } else if (kind == GasKind::O2) {
@@ -46,7 +44,7 @@ AlarmSettings GatherSettings(const CDevApiInterface_Impl& device) noexcept {
 std::int32_t CDevApiInterface_Impl::ShowConfiguration(wchar_t* text, std::int32_t size,
                                                       oko::WindowHandle parent) noexcept {
     const auto* const temperature = m_pTemperature[0].Get();
-    if (text == nullptr || (temperature != nullptr && HasOwnAlarms(Get(temperature->m_address).m_iProduct))) {
+    if (text == nullptr || (temperature != nullptr && TraitsOf(Get(temperature->m_address).m_iProduct).ownAlarms)) {
         return oko::kFailure;
     }
     m_pszConfigText = text;

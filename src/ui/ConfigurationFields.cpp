@@ -11,6 +11,7 @@
 #include "channels/CDevApiInterface_Temperature_Impl.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "link/Exchange.h"
+#include "link/Products.h"
 #include "ui/resources/ResourceIds.h"
 
 namespace {
@@ -27,14 +28,6 @@ constexpr FieldPair kCo2Fields{IDC_CO2_BELOW, IDC_CO2_ABOVE, 2};
 constexpr FieldPair kO2Fields{IDC_O2_BELOW, IDC_O2_ABOVE, 2};
 constexpr FieldPair kHumidityFields{IDC_HUMIDITY_BELOW, IDC_HUMIDITY_ABOVE, 0};
 
-constexpr std::int32_t kAirModeWriteParameter = 238;
-
-bool IsTemperatureProduct(std::int32_t product) noexcept {
-    return (product >= 7 && product <= 9) || product == 14 || product == 16 || product == 17;
-}
-
-bool IsCo2Product(std::int32_t product) noexcept { return product == 10 || product == 12 || product == 13; }
-
 /// Asked product by product, and so only where there is one.
 bool IsHumidityPresent(const CDevApiInterface_Impl& device) noexcept {
     const auto live = std::clamp(device.m_nHumidifiers.load(), 0, CDevApiInterface_Impl::kHumidifiers);
@@ -46,9 +39,8 @@ bool IsHumidityPresent(const CDevApiInterface_Impl& device) noexcept {
 }
 
 std::wstring FormatField(double value, int decimals) {
-    std::array<char, 320> digits;
-    const int length = FormatFixed(digits, value, decimals);
-    return {digits.begin(), digits.begin() + length};
+    const NumberText digits = FormatFixed(value, decimals);
+    return {digits.view().begin(), digits.view().end()};
 }
 
 FieldView& FieldOf(ConfigurationView& view, int id) { return *std::ranges::find(view.fields, id, &FieldView::id); }
@@ -61,7 +53,7 @@ void ShowTolerance(ConfigurationView& view, const FieldPair& pair, const Channel
 
 /// The fields of a gas channel; none when it controls neither gas.
 std::optional<FieldPair> FieldsOf(const CDevApiInterface_GasConcentration_Impl& channel) noexcept {
-    switch (GasKindOf(channel)) {
+    switch (GasKindOf(Get(channel.m_address))) {
         case GasKind::Co2:
             return kCo2Fields;
         case GasKind::O2:
@@ -121,8 +113,9 @@ bool TakeTolerances(CDevApiInterface_Impl& device, const FieldReader& fieldText)
 
 void WriteAirMode(CDevApiInterface_Impl& device) noexcept {
     for (std::size_t i = 0; const auto product = ProductAt(device, i); ++i) {
-        if (HasAirMode(*product) && ListsParameter(device, i, kAirModeWriteParameter)) {
-            Tell(device, FormatCommand(command::kWriteAirMode, {*product, int{device.m_bAirMode}}));
+        if (HasAirMode(*product) && ListsParameter(device, i, parameter::kAirModeSwitch)) {
+            Tell(device,
+                 FormatCommand(command::kWriteParam, {*product, parameter::kAirModeSwitch, int{device.m_bAirMode}}));
         }
     }
 }
@@ -131,8 +124,9 @@ void WriteAirMode(CDevApiInterface_Impl& device) noexcept {
 
 ConfigurationView DescribeConfiguration(const CDevApiInterface_Impl& device) {
     const bool temperature = AnyProduct(device, IsTemperatureProduct);
-    const bool co2 = AnyProduct(device, IsCo2Product);
-    const bool o2 = AnyProduct(device, HasAirMode);  // the products with an O2 controller are those with an air mode
+    const bool co2 = AnyProduct(device, HasCo2);
+    const bool o2 = AnyProduct(device, HasO2);
+    const bool airMode = AnyProduct(device, HasAirMode);
     const bool humidity = IsHumidityPresent(device);
     ConfigurationView view{{{
                                {kTemperatureFields.below, temperature, {}},
@@ -144,8 +138,8 @@ ConfigurationView DescribeConfiguration(const CDevApiInterface_Impl& device) {
                                {kHumidityFields.below, humidity, {}},
                                {kHumidityFields.above, humidity, {}},
                            }},
-                           o2,
-                           o2 && device.m_bAirMode != 0,
+                           airMode,
+                           airMode && device.m_bAirMode != 0,
                            AnyParameter(device)};
 
     // Fields are filled where there is a channel, whether or not they are enabled.

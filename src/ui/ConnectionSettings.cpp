@@ -1,7 +1,5 @@
 #include "ui/ConnectionSettings.h"
 
-#include <array>
-
 #include "base/Scan.h"
 
 namespace {
@@ -18,8 +16,6 @@ std::optional<std::int32_t> ParseConnectionSettings(std::wstring_view text) noex
 }
 
 ConnectionSettingsText FormatConnectionSettings(std::int32_t port) noexcept {
-    std::array<char, 16> number;
-    const int length = FormatInteger(number, port);
     ConnectionSettingsText text;
-    return text.AppendBytes(kKey).AppendBytes({number.data(), static_cast<std::size_t>(length)});
+    return text.AppendBytes(kKey).AppendBytes(FormatInteger(port).view());
 }

@@ -5,6 +5,8 @@
 #include <span>
 #include <string_view>
 
+#include "link/Products.h"
+
 /// The rows of the status report. Labels and units are printed as they stand; "Ralay", the missing "#2" and the
 /// "Humidity #2" without a "#1" are known to the users of these reports and stay.
 
@@ -165,12 +167,12 @@ struct ProductRows {
 };
 
 inline constexpr std::array<ProductRows, 8> kProductRows{{
-    {8, kH201Rows},
-    {9, kH301Rows},
-    {10, kCo2Rows},
-    {11, kO2Rows},
-    {12, kCo2O2Rows},
-    {13, kCo2O2Rows},
-    {14, kH101Rows},
-    {15, kH301HmRows},
+    {product::kH201, kH201Rows},
+    {product::kH301, kH301Rows},
+    {product::kCo2, kCo2Rows},
+    {product::kO2, kO2Rows},
+    {product::kMixer12, kCo2O2Rows},
+    {product::kMixer13, kCo2O2Rows},
+    {product::kH101, kH101Rows},
+    {product::kActiveHumidifier, kH301HmRows},
 }};

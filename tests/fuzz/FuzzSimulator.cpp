@@ -20,8 +20,10 @@ void FillView(ChannelView& view, InputLines& lines) {
     const std::string_view line = lines.Next();
     constexpr std::array kValues{0.0, 37.0, 19.9996, 0.0005, -0.0004, 1e15, 1.7e308, -1.7e308, 5e-324};
     const auto byteAt = [&](std::size_t i) { return i < line.size() ? static_cast<unsigned char>(line[i]) : 0U; };
-    view = {!line.empty(), static_cast<std::int32_t>(byteAt(0) % 32), static_cast<std::int32_t>(byteAt(1)),
-            kValues[byteAt(2) % kValues.size()], kValues[byteAt(3) % kValues.size()]};
+    view = {!line.empty(),
+            {static_cast<std::int32_t>(byteAt(0) % 32), static_cast<std::int32_t>(byteAt(1))},
+            kValues[byteAt(2) % kValues.size()],
+            kValues[byteAt(3) % kValues.size()]};
 }
 
 ChannelViews ReadViews(InputLines lines) {

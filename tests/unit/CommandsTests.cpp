@@ -41,7 +41,7 @@ TEST(CommandsTests, EveryFormat_GivesTheCommandOnTheWire) {
         {FormatCommand(command::kReadMin, {7, 0}), "readmin 7 0"},
         {FormatCommand(command::kReadMax, {12, 1}), "readmax 12 1"},
         {FormatCommand(command::kReadParam, {9, 107}), "bl-param-read 9 107"},
-        {FormatCommand(command::kWriteAirMode, {11, 1}), "bl-param-write 11 238 1"},
+        {FormatCommand(command::kWriteParam, {11, 238, 1}), "bl-param-write 11 238 1"},
         {FormatCommand(command::kTemperatureAlarm, {8, 0.24}), "alarm 8 0.2"},
         {FormatCommand(command::kGasAlarm, {10, 0.4}), "alarm 10 0.40"},
     };

@@ -266,7 +266,7 @@ TEST_F(SimulatorTests, View_ShowsEveryChannelAndSkipsMissingOnes) {
     EXPECT_FALSE(views.temperatures[2].exists);
     EXPECT_EQ(views.temperatures[1].target, 37.0);
     EXPECT_EQ(views.gasConcentrations[0].current, 5.0);
-    EXPECT_EQ(views.humidifiers[3].product, 15);
+    EXPECT_EQ(views.humidifiers[3].address.m_iProduct, 15);
 }
 
 }  // namespace

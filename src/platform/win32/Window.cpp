@@ -6,7 +6,7 @@ namespace {
 
 constexpr WORD kValuesChangedCommand = 1003;  // IDC_VALUES_CHANGED
 constexpr WORD kValuesChangedCode = 1;
-constexpr UINT kProgressMessage = WM_USER + 32;
+static_assert(kProgressMessage == WM_USER + 32);
 
 HWND Handle(WindowHandle window) noexcept { return static_cast<HWND>(window); }
 

@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr UINT kProgressMessage = WM_USER + 32;
-
 /// A host need not have loaded the class of the progress bar.
 void LoadProgressBarClass() noexcept {
     const INITCOMMONCONTROLSEX classes{sizeof classes, ICC_PROGRESS_CLASS};
@@ -24,10 +22,8 @@ void DrawNow(HWND window) noexcept { RedrawWindow(window, nullptr, nullptr, RDW_
 
 /// "40 %"
 void ShowPercent(HWND dialog, int percent) noexcept {
-    std::array<char, 16> digits;
-    const int length = FormatInteger(digits, percent);
     BoundedText<wchar_t, 24> text;
-    text.AppendBytes({digits.data(), static_cast<std::size_t>(length)}).Append(L" %");
+    text.AppendBytes(FormatInteger(percent).view()).Append(L" %");
     SetDlgItemTextW(dialog, IDC_PROGRESS_TEXT, text.c_str());
     SendDlgItemMessageW(dialog, IDC_PROGRESS_BAR, PBM_SETPOS, static_cast<WPARAM>(percent), 0);
     DrawNow(dialog);

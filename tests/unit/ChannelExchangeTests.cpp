@@ -69,7 +69,7 @@ const std::vector<Operation> kWrites{
      ""},
 };
 
-class ChannelRoadsTests : public DeviceTest {
+class ChannelExchangeTests : public DeviceTest {
  protected:
     /// One live channel of each kind, everything at 20 inside and 30 wanted.
     CDevApiInterface_Impl& Device(bool channelsLog) {
@@ -95,7 +95,7 @@ class ChannelRoadsTests : public DeviceTest {
     }
 };
 
-TEST_F(ChannelRoadsTests, Reads_EachResultCode_GivesItsResultValueAndLine) {
+TEST_F(ChannelExchangeTests, Reads_EachResultCode_GivesItsResultValueAndLine) {
     for (const Operation& read : kReads) {
         for (const bool channelsLog : {false, true}) {
             for (const char code : std::string("0123456789x ")) {
@@ -116,7 +116,7 @@ TEST_F(ChannelRoadsTests, Reads_EachResultCode_GivesItsResultValueAndLine) {
     }
 }
 
-TEST_F(ChannelRoadsTests, Reads_ErrorPayloads_FailAndAreLoggedByTheirMarks) {
+TEST_F(ChannelExchangeTests, Reads_ErrorPayloads_FailAndAreLoggedByTheirMarks) {
     for (const Operation& read : kReads) {
         for (const bool channelsLog : {false, true}) {
             for (const char mark : std::string("eNn")) {
@@ -137,7 +137,7 @@ TEST_F(ChannelRoadsTests, Reads_ErrorPayloads_FailAndAreLoggedByTheirMarks) {
     }
 }
 
-TEST_F(ChannelRoadsTests, Reads_Code3WithAnErrorPayload_OnlyReportTheCode) {
+TEST_F(ChannelExchangeTests, Reads_Code3WithAnErrorPayload_OnlyReportTheCode) {
     for (const Operation& read : kReads) {
         CDevApiInterface_Impl& device = Device(true);
         platform.server.Answer(read.command, "3_" + read.command + "_error\r");
@@ -147,7 +147,7 @@ TEST_F(ChannelRoadsTests, Reads_Code3WithAnErrorPayload_OnlyReportTheCode) {
     }
 }
 
-TEST_F(ChannelRoadsTests, Reads_RepliesWithoutAValue_SucceedAndChangeNothing) {
+TEST_F(ChannelExchangeTests, Reads_RepliesWithoutAValue_SucceedAndChangeNothing) {
     for (const Operation& read : kReads) {
         for (const std::string& reply :
              {"0_" + read.command + "_37.0", "0_" + read.command + "_\r", "0_" + read.command + "_", std::string("0"),
@@ -164,7 +164,7 @@ TEST_F(ChannelRoadsTests, Reads_RepliesWithoutAValue_SucceedAndChangeNothing) {
     }
 }
 
-TEST_F(ChannelRoadsTests, Reads_NumbersThatAreNotFinite_AreNoValue) {
+TEST_F(ChannelExchangeTests, Reads_NumbersThatAreNotFinite_AreNoValue) {
     for (const Operation& read : kReads) {
         for (const char* const payload : {"-nan", "+NaN", "inf", "-Infinity", "1e999", "-1e999", "0x1p5000"}) {
             for (const char code : std::string("012")) {
@@ -183,7 +183,7 @@ TEST_F(ChannelRoadsTests, Reads_NumbersThatAreNotFinite_AreNoValue) {
     }
 }
 
-TEST_F(ChannelRoadsTests, Reads_ReplyOfExactly64Bytes_IsReadWhole) {
+TEST_F(ChannelExchangeTests, Reads_ReplyOfExactly64Bytes_IsReadWhole) {
     for (const Operation& read : kReads) {
         const std::string start = "0_" + read.command + "_36.25 ";
         CDevApiInterface_Impl& device = Device(true);
@@ -195,7 +195,7 @@ TEST_F(ChannelRoadsTests, Reads_ReplyOfExactly64Bytes_IsReadWhole) {
     }
 }
 
-TEST_F(ChannelRoadsTests, Reads_NoAnswer_FailSilently) {
+TEST_F(ChannelExchangeTests, Reads_NoAnswer_FailSilently) {
     for (const Operation& read : kReads) {
         for (const ServerReply& reply :
              {ServerReply(kReceiveFails), ServerReply(""), ServerReply(std::string(65, '1'))}) {
@@ -209,7 +209,7 @@ TEST_F(ChannelRoadsTests, Reads_NoAnswer_FailSilently) {
     }
 }
 
-TEST_F(ChannelRoadsTests, Reads_WhileBusy_AnswerFromMemoryButHumidityAsks) {
+TEST_F(ChannelExchangeTests, Reads_WhileBusy_AnswerFromMemoryButHumidityAsks) {
     for (const Operation& read : kReads) {
         CDevApiInterface_Impl& device = Device(true);
         device.m_bBusy = true;
@@ -221,7 +221,7 @@ TEST_F(ChannelRoadsTests, Reads_WhileBusy_AnswerFromMemoryButHumidityAsks) {
     }
 }
 
-TEST_F(ChannelRoadsTests, Reads_NullPointer_FailWithoutAsking) {
+TEST_F(ChannelExchangeTests, Reads_NullPointer_FailWithoutAsking) {
     for (const Operation& read : kReads) {
         CDevApiInterface_Impl& device = Device(true);
         EXPECT_EQ(read.run(device, nullptr), -1);
@@ -229,7 +229,7 @@ TEST_F(ChannelRoadsTests, Reads_NullPointer_FailWithoutAsking) {
     }
 }
 
-TEST_F(ChannelRoadsTests, Reads_WithoutACallback_GiveTheSameResults) {
+TEST_F(ChannelExchangeTests, Reads_WithoutACallback_GiveTheSameResults) {
     for (const Operation& read : kReads) {
         CDevApiInterface_Impl& device = Device(true);
         device.HostCallback = nullptr;
@@ -241,7 +241,7 @@ TEST_F(ChannelRoadsTests, Reads_WithoutACallback_GiveTheSameResults) {
     }
 }
 
-TEST_F(ChannelRoadsTests, Writes_EachResultCode_GivesItsResultTargetAndLine) {
+TEST_F(ChannelExchangeTests, Writes_EachResultCode_GivesItsResultTargetAndLine) {
     for (const Operation& write : kWrites) {
         for (const bool channelsLog : {false, true}) {
             for (const char code : std::string("0123456789x")) {
@@ -263,7 +263,7 @@ TEST_F(ChannelRoadsTests, Writes_EachResultCode_GivesItsResultTargetAndLine) {
     }
 }
 
-TEST_F(ChannelRoadsTests, Writes_NoAnswer_FailSilentlyAndKeepTheTarget) {
+TEST_F(ChannelExchangeTests, Writes_NoAnswer_FailSilentlyAndKeepTheTarget) {
     for (const Operation& write : kWrites) {
         for (const ServerReply& reply : {ServerReply(kReceiveFails), ServerReply("")}) {
             CDevApiInterface_Impl& device = Device(true);
@@ -278,7 +278,7 @@ TEST_F(ChannelRoadsTests, Writes_NoAnswer_FailSilentlyAndKeepTheTarget) {
     }
 }
 
-TEST_F(ChannelRoadsTests, Writes_WhileBusy_AreSent) {
+TEST_F(ChannelExchangeTests, Writes_WhileBusy_AreSent) {
     for (const Operation& write : kWrites) {
         CDevApiInterface_Impl& device = Device(false);
         device.m_bBusy = true;
@@ -288,7 +288,7 @@ TEST_F(ChannelRoadsTests, Writes_WhileBusy_AreSent) {
     }
 }
 
-TEST_F(ChannelRoadsTests, Writes_NumbersThatAreNone_GoToTheLowestTarget) {
+TEST_F(ChannelExchangeTests, Writes_NumbersThatAreNone_GoToTheLowestTarget) {
     for (const Operation& write : kWrites) {
         CDevApiInterface_Impl& device = Device(false);
         device.m_pTemperature[0]->m_dMin = 21.0;

@@ -1,0 +1,90 @@
+#include "channels/ChannelExchange.h"
+
+#include "base/Text.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "link/Exchange.h"
+#include "link/ResultCode.h"
+
+namespace {
+
+bool IsOneOf(std::string_view marks, char mark) noexcept {
+    return mark != '\0' && marks.find(mark) != std::string_view::npos;
+}
+
+bool Passes(LogGate gate, bool channelLogs, int code) noexcept {
+    switch (gate) {
+        case LogGate::WhenChannelLogs:
+            return channelLogs;
+        case LogGate::ServerProblemWhenLogging:
+            return channelLogs || code != kServerProblem;
+        case LogGate::Always:
+            break;
+    }
+    return true;
+}
+
+/// Logs a result code's line and turns the code into the host's result.
+std::int32_t Judge(CDevApiInterface_Impl& device, std::wstring_view method, LogGate gate, bool channelLogs,
+                   int code) noexcept {
+    if (Passes(gate, channelLogs, code)) {
+        LogResultCode(device, method, code);
+    }
+    return code == kCommandNotExecuted ? oko::kFailure : oko::kSuccess;
+}
+
+void LogErrorReply(CDevApiInterface_Impl& device, std::wstring_view method, const Reply& reply) noexcept {
+    device.Log(LogLine(method).Append(L" error: ").AppendBytes(reply.c_str()).c_str());
+}
+
+}  // namespace
+
+CommandText FormatFor(std::string_view format, ChannelAddress address) noexcept {
+    return FormatCommand(format, {address.m_iProduct, address.m_iChannel});
+}
+
+std::int32_t ReadChannelValue(CDevApiInterface_Impl& device, const ReadRules& rules, bool channelLogs,
+                              const CommandText& command, SharedDouble& cache, double* value) noexcept {
+    if (value != nullptr && rules.answersWhileBusy && device.m_bBusy) {
+        *value = Get(cache);
+        return oko::kSuccess;
+    }
+    return AskChannelValue(device, rules, channelLogs, command, cache, value);
+}
+
+std::int32_t AskChannelValue(CDevApiInterface_Impl& device, const ReadRules& rules, bool channelLogs,
+                             const CommandText& command, SharedDouble& cache, double* value) noexcept {
+    if (value == nullptr) {
+        return oko::kFailure;
+    }
+    const Reply reply = Ask(device, command);
+    if (!reply.IsAnswer()) {
+        return oko::kFailure;
+    }
+    const int code = ResultCodeOf(reply.bytes());
+    if (code < kCommandNotExecuted) {
+        const ValueToken token = ParseValue(reply.bytes());
+        if (IsOneOf(rules.errorMarks, token.mark)) {
+            if (Passes(rules.gate, channelLogs, code)) {
+                LogErrorReply(device, rules.method, reply);
+            }
+            return oko::kFailure;
+        }
+        if (IsOneOf(rules.silentMarks, token.mark)) {
+            return oko::kFailure;
+        }
+        if (token.value) {
+            *value = *token.value;
+            Put(cache, *token.value);
+        }
+    }
+    return Judge(device, rules.method, rules.gate, channelLogs, code);
+}
+
+std::int32_t WriteSetPoint(CDevApiInterface_Impl& device, const WriteRules& rules, bool channelLogs,
+                           ChannelAddress address, double value) noexcept {
+    const Reply reply = Ask(device, FormatCommand(rules.format, {address.m_iProduct, address.m_iChannel, value}));
+    if (!reply.IsAnswer()) {
+        return oko::kFailure;
+    }
+    return Judge(device, rules.method, rules.gate, channelLogs, ResultCodeOf(reply.bytes()));
+}

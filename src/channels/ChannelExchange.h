@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "channels/SharedValues.h"
+#include "link/Commands.h"
+#include "link/Products.h"
+
+class CDevApiInterface_Impl;
+
+/// The two exchanges that every channel has with the server: reading a value and writing a set point. What differs
+/// between the channels is data.
+
+/// A command that names a channel by its product and its number in it.
+CommandText FormatFor(std::string_view format, ChannelAddress address) noexcept;
+
+/// Which log lines an exchange sends.
+enum class LogGate {
+    Always,
+    WhenChannelLogs,          // only when the channel's m_bLogCommunication is set
+    ServerProblemWhenLogging  // result code 1 only then, everything else always
+};
+
+/// How a read operation differs from the others.
+struct ReadRules {
+    std::wstring_view method;      // full name, the start of its log lines
+    std::string_view errorMarks;   // payloads that begin with one of these are logged and fail
+    std::string_view silentMarks;  // payloads that begin with one of these fail without a line
+    bool answersWhileBusy;         // from the last known value, without asking the server
+    LogGate gate;
+};
+
+/// Sends `command` and reads the value of its reply into `value` and `cache`. A reply without a value leaves both as
+/// they were and succeeds. `channelLogs`: the channel's own log flag. Returns the host's result, -1 when `value` is
+/// null. Any thread; blocks until the server answers; allocates nothing.
+std::int32_t AskChannelValue(CDevApiInterface_Impl& device, const ReadRules& rules, bool channelLogs,
+                             const CommandText& command, SharedDouble& cache, double* value) noexcept;
+
+/// The same, but answers from `cache` while the device is busy, where the rules say so.
+std::int32_t ReadChannelValue(CDevApiInterface_Impl& device, const ReadRules& rules, bool channelLogs,
+                              const CommandText& command, SharedDouble& cache, double* value) noexcept;
+
+/// How a write operation differs from the others.
+struct WriteRules {
+    std::wstring_view method;
+    std::string_view format;
+    LogGate gate;
+};
+
+/// Sends a set point and judges the reply. Returns the host's result. Any thread; blocks until the server answers;
+/// allocates nothing.
+std::int32_t WriteSetPoint(CDevApiInterface_Impl& device, const WriteRules& rules, bool channelLogs,
+                           ChannelAddress address, double value) noexcept;
