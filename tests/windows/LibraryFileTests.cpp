@@ -1,4 +1,4 @@
-// The library as a file: what it exports and imports, its size and its version.
+// The library as a file: what it exports and imports, and its size.
 
 #include <algorithm>
 #include <cstring>
@@ -60,20 +60,6 @@ TEST(LibraryFileTests, Imports_AreSystemLibrariesOnly) {
 
 TEST(LibraryFileTests, Size_IsAtMost600Kilobytes) {
     EXPECT_LE(std::filesystem::file_size(LibraryFile()), 600U * 1024U);
-}
-
-TEST(LibraryFileTests, VersionResource_NamesTheLibrary) {
-    DWORD ignored = 0;
-    const DWORD size = GetFileVersionInfoSizeW(LibraryFile().c_str(), &ignored);
-    ASSERT_GT(size, 0U);
-    std::vector<char> block(size);
-    ASSERT_TRUE(GetFileVersionInfoW(LibraryFile().c_str(), 0, size, block.data()));
-    void* text = nullptr;
-    UINT length = 0;
-    ASSERT_TRUE(VerQueryValueW(block.data(), L"\\StringFileInfo\\040904B0\\OriginalFilename", &text, &length));
-    EXPECT_STREQ(static_cast<const wchar_t*>(text), L"OkoLabBoldLine.dll");
-    ASSERT_TRUE(VerQueryValueW(block.data(), L"\\", &text, &length));
-    EXPECT_EQ(HIWORD(static_cast<const VS_FIXEDFILEINFO*>(text)->dwFileVersionMS), 1);
 }
 
 }  // namespace

@@ -17,6 +17,7 @@
 #include "Faults.h"
 #include "Incubator.h"
 #include "Installation.h"
+#include "OkoVersion.h"
 #include "Scenario.h"
 #include "Server.h"
 #include "Transcript.h"
@@ -217,6 +218,7 @@ void AddOptions(CLI::App& app, Options& options) {
 
 /// What only a person asks for. Not part of the stored options.
 void AddActions(CLI::App& app, Options& options) {
+    app.set_version_flag("--version", std::string("oko-control-emulator ") + kOkoVersion)->configurable(false);
     app.add_flag("--list-scenarios", options.listScenarios, "Shows the ready-made scenarios")->configurable(false);
     app.add_option("--install", options.install, "Installs a copy, with the other options, in this folder")
         ->configurable(false);

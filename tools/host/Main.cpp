@@ -13,6 +13,7 @@
 #include "Library.h"
 #include "ListCommand.h"
 #include "MonitorCommand.h"
+#include "OkoVersion.h"
 #include "SettingsFile.h"
 #include "Text.h"
 
@@ -181,6 +182,7 @@ int Fail(const std::exception& error, ExitCode code) {
 int wmain(int argc, wchar_t** argv) {
     const Utf8Console console;
     CLI::App app{"Loads the OKO-Lab bold line plug-in as an imaging application would.", "oko-host"};
+    app.set_version_flag("--version", std::string("oko-host ") + kOkoVersion);
     app.require_subcommand(1);
     app.footer(
         "Examples:\n"
