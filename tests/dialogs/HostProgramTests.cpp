@@ -1,6 +1,9 @@
 // oko-host opens the dialogs as an imaging application would, keeps both settings texts and says what changed.
 
+#include <algorithm>
+
 #include "OpenDialog.h"
+#include "windows/DialogTexts.h"
 #include "windows/EmulatorProcess.h"
 
 namespace {
@@ -106,9 +109,24 @@ TEST_F(HostProgramTests, OtherLanguage_IsShownOrRefusedButNeverPretended) {
     EXPECT_EQ(host.ExitCode(), dialog ? 0U : 5U);
 }
 
-TEST_F(HostProgramTests, UnknownLanguage_IsAMistakeOfTheCommandLine) {
-    EXPECT_GE(HostProgram(L"configure --language sv").ExitCode(), 100U);
+/// With no library there the language is all that the command line can be wrong about.
+DWORD ExitCodeWithLanguage(std::string_view name) {
+    return HostProgram(L"configure --library nowhere.dll --language " + std::wstring(name.begin(), name.end()))
+        .ExitCode();
 }
+
+TEST_F(HostProgramTests, EachLanguageOfTheDialogs_MayBeNamed) {
+    for (const DialogTexts& texts : kDialogTexts) {
+        std::string name = texts.name;
+        const std::string_view language = std::string_view(name).substr(0, name.find('_'));
+        // Where two languages begin alike, by its whole name.
+        std::ranges::replace(name, '_', '-');
+        const bool known = ExitCodeWithLanguage(language) == 4 || ExitCodeWithLanguage(name) == 4;
+        EXPECT_TRUE(known) << name;
+    }
+}
+
+TEST_F(HostProgramTests, UnknownLanguage_IsAMistakeOfTheCommandLine) { EXPECT_GE(ExitCodeWithLanguage("fo"), 100U); }
 
 TEST_F(HostProgramTests, List_NamesBothDevices) {
     const HostProgram host(L"list");

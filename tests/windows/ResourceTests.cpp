@@ -2,6 +2,7 @@
 // fit.
 
 #include <algorithm>
+#include <set>
 
 #include "DialogTemplate.h"
 #include "DialogTexts.h"
@@ -68,16 +69,16 @@ const std::vector<Planned> kPanel{
     {-1, L"Static", kLabel, 32, 21, 41, 11},
 };
 
+constexpr std::array kDialogNames{L"IDD_PROGRESS", L"INCUBATOR_CONFIGURATION", L"INCUBATOR_CONNECTION",
+                                  L"INCUBATOR_DIALOG1"};
+
 constexpr int kEnglish = 1033;
-constexpr int kJapanese = 1041;
-constexpr int kRussian = 1049;
-constexpr int kChinese = 2052;
 
 /// The configuration dialog's texts, control by control.
 std::vector<std::wstring> ConfigurationTexts(const DialogTexts& texts) {
     const auto& t = texts.configuration;
-    const std::wstring colon = texts.language == kChinese ? L"\uFF1A" : L":";
-    const std::wstring percent = texts.language == kJapanese ? L"%" : L"[%]";
+    const std::wstring colon = texts.colon;
+    const std::wstring percent = texts.percent;
     return {t[1], t[2],    t[3],  t[4],          t[5],    L"",     L"[\u00B0C]", L"",       L"CO2" + colon,
             L"",  percent, L"",   L"O2" + colon, L"",     percent, L"",          t[6],      t[7],
             t[8], t[9],    t[10], L"",           percent, L"",     L"Static",    L"Static", t[11]};
@@ -170,7 +171,7 @@ TEST_F(ResourceTests, Panel_OfEveryLanguage) {
         const DialogTemplate dialog = Read(L"INCUBATOR_DIALOG1", texts.language);
         EXPECT_EQ(dialog.caption, L"");
         EXPECT_EQ(dialog.style, static_cast<DWORD>(DS_SETFONT | WS_CHILD));
-        EXPECT_EQ(dialog.width, texts.language == kRussian ? 170 : 159);
+        EXPECT_EQ(dialog.width, texts.panelWidth);
         EXPECT_EQ(dialog.height, 71);
         Expect(dialog, kPanel, {texts.panel[0], texts.panel[1], L"", texts.panel[2]}, texts.language);
     }
@@ -182,8 +183,25 @@ TEST_F(ResourceTests, GermanConnection_HasItsGivenPlaces) {
     EXPECT_EQ(dialog.controls[3].place.right - dialog.controls[3].place.left, 74);
 }
 
-TEST_F(ResourceTests, OtherLanguages_HaveNoTemplates) {
-    EXPECT_FALSE(ReadTemplate(m_hModule, L"INCUBATOR_CONFIGURATION", 1053));
+/// The identifiers of the languages that a dialog exists in.
+std::set<int> LanguagesOf(HMODULE module, const wchar_t* dialog) {
+    std::set<int> languages;
+    const auto note = [](HMODULE, LPCWSTR, LPCWSTR, WORD language, LONG_PTR result) -> BOOL {
+        reinterpret_cast<std::set<int>*>(result)->insert(language);
+        return TRUE;
+    };
+    EnumResourceLanguagesW(module, MAKEINTRESOURCEW(5), dialog, note, reinterpret_cast<LONG_PTR>(&languages));
+    return languages;
+}
+
+TEST_F(ResourceTests, EveryDialog_IsInEachOfTheLanguagesAndInNoOther) {
+    std::set<int> expected;
+    for (const DialogTexts& texts : kDialogTexts) {
+        expected.insert(texts.language);
+    }
+    for (const wchar_t* const name : kDialogNames) {
+        EXPECT_EQ(LanguagesOf(m_hModule, name), expected) << testing::PrintToString(name);
+    }
 }
 
 /// How wide texts are, and what a width in dialog units comes to.
@@ -278,9 +296,6 @@ void ExpectTextsFit(const DialogTemplate& dialog, int language, const TextMeasur
             << control.place.right - control.place.left;
     }
 }
-
-constexpr std::array kDialogNames{L"IDD_PROGRESS", L"INCUBATOR_CONFIGURATION", L"INCUBATOR_CONNECTION",
-                                  L"INCUBATOR_DIALOG1"};
 
 TEST_F(ResourceTests, EveryText_FitsItsControlInThisSystemsFont) {
     for (const DialogTexts& texts : kDialogTexts) {
