@@ -43,6 +43,13 @@ TEST_F(AirModeTests, Watch_IsForO2ControllersOnly) {
     }
 }
 
+TEST_F(AirModeTests, CurrentReads_DoNotWatch) {
+    auto& channel = Channel(11, 0);
+    double value = 0.0;
+    EXPECT_EQ(channel.GetCurrentGasConcentration(&value), 0);
+    EXPECT_EQ(platform.server.Commands(), std::vector<std::string>{"readcurval 11(0)"});
+}
+
 TEST_F(AirModeTests, DeviceThatBecomesBusyDuringTheWatch_StillReadsTheTarget) {
     auto& channel = Channel(11, 0);
     platform.server.SetDefault([this](std::string_view command) -> ServerReply {

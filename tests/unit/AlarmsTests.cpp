@@ -123,6 +123,15 @@ TEST_F(AlarmsTests, GasChannels_AreClassifiedByProductAndChannel) {
     }
 }
 
+TEST_F(AlarmsTests, TemperatureChannelThatStandsForNothing_IsAlarmedAsProduct0) {
+    CDevApiInterface_Impl& device = RealDevice();
+    platform.server.AnswerPayload("listconprod", "");
+    ASSERT_EQ(device.Init(HostLog::Callback, nullptr), 0);
+    platform.server.ClearCommands();
+    EXPECT_EQ(device.ApplyConfiguration(L""), 0);
+    EXPECT_EQ(platform.server.Commands(), std::vector<std::string>{"alarm 0 0.2"});
+}
+
 TEST_F(AlarmsTests, MissingChannels_AreLeftOut) {
     CDevApiInterface_Impl& device = Device();
     device.m_pTemperature[0]->DeletingDestructor(1);

@@ -190,6 +190,27 @@ TEST_F(ConnectionTests, FindAndConnect_SilentOrRefusingServer_StopsAndStillWrite
     EXPECT_EQ(platform.windows.ErrorBoxes().size(), 2U);
 }
 
+TEST_F(ConnectionTests, FindAndConnect_ListProdCodes1And2_AreLoggedUnderTheNameOfInit) {
+    struct Case {
+        const char* reply;
+        const wchar_t* line;
+    };
+    for (const Case& row :
+         {Case{"1_listprod_7\r",
+               L"CDevApiInterface_Impl::Init Some problems within OC, not with the Product the current command "
+               L"refers to."},
+          Case{"2_listprod_7\r",
+               L"CDevApiInterface_Impl::Init There is a problem with the Product the current command refers to. "
+               L"The command will be however executed correctly."}}) {
+        HostLog::Reset();
+        CDevApiInterface_Impl& device = RealDevice();
+        SearchTakes(1);
+        platform.server.Answer("listprod", row.reply);
+        EXPECT_EQ(Show(device, DialogEnd::FindAndConnect), 0);
+        EXPECT_EQ(HostLog::Lines(), std::vector<std::wstring>{row.line});
+    }
+}
+
 TEST_F(ConnectionTests, FindAndConnect_FailingPolls_AreRepeated) {
     CDevApiInterface_Impl& device = MakeDevice(0);
     SearchTakes(1);

@@ -51,6 +51,24 @@ TEST_F(GasChannelTests, SetTarget_PostsTheChangeNotice) {
     EXPECT_EQ(platform.windows.NoticeCount(&window), 1U);
 }
 
+TEST_F(GasChannelTests, LogSwitchThatInitReads_DoesNotReachTheChannelsThatAreThere) {
+    platform.registry.Set(L"Software\\Vellmark\\Misc", L"LogCommunication", RegistryValue::Dword(1));
+    platform.server.AnswerPayload("listconprod", "10 11");
+    CDevApiInterface_Impl& device = RealDevice();
+    device.m_pGasConcentration[1]->DeletingDestructor(1);
+    ASSERT_EQ(device.Init(HostLog::Callback, nullptr), 0);
+    EXPECT_TRUE(device.m_bLogCommunication);
+    // Made with the library, before any Init; the second one was made anew by this one.
+    EXPECT_EQ(device.m_pGasConcentration[0]->m_bLogCommunication, 0);
+    EXPECT_EQ(device.m_pGasConcentration[1]->m_bLogCommunication, 1);
+
+    HostLog::Reset();
+    double value = 0.0;
+    platform.server.Answer("readcurval 10(0)", "2_readcurval 10(0)_5.0\r");
+    EXPECT_EQ(device.m_pGasConcentration[0]->GetCurrentGasConcentration(&value), 0);
+    EXPECT_EQ(HostLog::Lines().size(), 1U);  // the exchange, and nothing of the channel's own
+}
+
 TEST_F(GasChannelTests, SetTarget_AnyChannel_IsSent) {
     EXPECT_EQ(Channel(12, 5).SetTargetGasConcentration(5.0), 0);
     EXPECT_EQ(platform.server.Commands(), std::vector<std::string>{"writesetpoint 12 5 5.00"});

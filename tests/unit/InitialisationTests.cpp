@@ -254,6 +254,20 @@ TEST_F(InitialisationTests, StatusErrors_PruneTheCatalogueBeforeChannelsAreMade)
     EXPECT_EQ(HostLog::Lines().back(), L"OKO-Lab bold line status error: product 8, device 0, error: 4");
 }
 
+TEST_F(InitialisationTests, StatusOfMoreThan64Bytes_IsNoStatus) {
+    platform.server.AnswerPayload("listconprod", "11");
+    platform.server.AnswerPayload("listdev 11", "0");
+    const std::string status = "0_status_" + std::string("11 0 4 ") + std::string(47, ' ') + "\r";
+    ASSERT_EQ(status.size(), 64U);
+    for (const bool longer : {false, true}) {
+        HostLog::Reset();
+        platform.server.Answer("status", longer ? status + " " : status);
+        CDevApiInterface_Impl& device = RealDevice();
+        EXPECT_EQ(device.Init(HostLog::Callback, nullptr), oko::kSuccess);
+        EXPECT_EQ(device.GetGasConcentrationCount(), longer ? 1 : 0);
+    }
+}
+
 TEST_F(InitialisationTests, Simulator_StartsItsValueThreadAndCloseStopsIt) {
     CDevApiInterface_Impl& device = Simulator();
     EXPECT_EQ(device.Init(HostLog::Callback, nullptr), oko::kSuccess);
