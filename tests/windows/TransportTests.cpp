@@ -1,11 +1,11 @@
 // The real device against a server on a real socket.
 
-#include "LoopbackServer.h"
-
 #include <algorithm>
 #include <atomic>
 #include <clocale>
 #include <cstdio>
+
+#include "LoopbackServer.h"
 
 namespace {
 

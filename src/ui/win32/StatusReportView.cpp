@@ -1,6 +1,7 @@
 // The status report inside the configuration dialog. Its text and its arithmetic are in StatusReport.
 
 #include "ui/StatusReportView.h"
+
 #include "platform/WaitCursor.h"
 #include "ui/StatusReport.h"
 #include "ui/resources/ResourceIds.h"
