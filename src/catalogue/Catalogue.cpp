@@ -11,6 +11,7 @@ namespace {
 
 /// The lists are ascending: the search ends at the first larger number. Null when the parameter is not listed. Under
 /// the lock.
+// kept: docs/oddities.md#ascending-lists
 template <class Params>
 auto FindIn(Params& params, std::uint32_t parameter) noexcept {
     const auto found = std::ranges::find_if(
@@ -98,14 +99,14 @@ void RemoveDevice(CDevApiInterface_Impl& device, std::int32_t product, std::int3
     if (record == products.end()) {
         return;
     }
-    // The index moves on after an erasure too, so that the element that moved into the gap is not compared. The server
-    // never lists a device twice; kept as it is.
+    // kept: docs/oddities.md#skipped-neighbour
     auto& devices = record->m_devices;
     for (std::size_t i = 0; i < devices.size(); ++i) {
         if (devices[i] == deviceNumber) {
             devices.erase(devices.begin() + static_cast<std::ptrdiff_t>(i));
         }
     }
+    // kept: docs/oddities.md#product-without-devices
     if (devices.empty()) {
         products.erase(record);
     }

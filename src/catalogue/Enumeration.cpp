@@ -17,6 +17,7 @@ constexpr std::uint32_t kListConProdDelayMs = 1000;
 
 void TakeIntegers(CDevApiInterface_Impl& device, const Reply& reply, const std::function<void(int)>& take) {
     if (ParseIntegerList(reply.bytes(), take) == ListOutcome::NumberTooLong) {
+        // kept: docs/oddities.md#long-number-is-fatal
         device.FatalFault(L"OKO-Lab bold line ParseIntegerList: a number in the server's reply is too long.");
     }
 }
@@ -53,6 +54,7 @@ void EnumerateProduct(CDevApiInterface_Impl& device, std::size_t index, std::int
 void CDevApiInterface_Impl::EnumerateProducts() {
     const Reply reply = AskForProducts(*this);
     std::vector<ProductRecord> products;
+    // kept: docs/oddities.md#duplicate-products
     TakeIntegers(*this, reply, [&](int number) { products.push_back({number, {}, {}}); });
     ReplaceProducts(*this, std::move(products));
 
@@ -61,7 +63,7 @@ void CDevApiInterface_Impl::EnumerateProducts() {
         return;
     }
     TakeIntegers(*this, Ask(*this, FormatCommand(command::kReadComPort, {*first}), kListReplySize),
-                 [&](int number) { m_iComPort = number; });  // the last one wins
+                 [&](int number) { m_iComPort = number; });  // kept: docs/oddities.md#last-port-wins
     for (std::size_t i = 0; const auto product = ProductAt(*this, i); ++i) {
         EnumerateProduct(*this, i, *product);
     }

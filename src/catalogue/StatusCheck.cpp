@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr std::size_t kStatusPrefixLength = 9;  // "0_status_"
+constexpr std::size_t kStatusPrefixLength = 9;  // "0_status_"; kept: docs/oddities.md#nine-characters-unread
 constexpr std::size_t kMaxStatusDigits = 3;
 
 void LogStatusError(CDevApiInterface_Impl& device, const StatusError& status) noexcept {
@@ -30,6 +30,7 @@ StatusOutcome ParseStatus(std::string_view reply, const std::function<void(const
     std::array<int, 3> triple{};
     std::size_t numbers = 0;
     std::size_t begin = kStatusPrefixLength;
+    // kept: docs/oddities.md#unfinished-triple
     for (std::size_t i = begin; i < reply.size() && reply[i] != kReplyEnd; ++i) {
         if (IsDigit(reply[i])) {
             if (i - begin >= kMaxStatusDigits) {
@@ -37,7 +38,7 @@ StatusOutcome ParseStatus(std::string_view reply, const std::function<void(const
             }
             continue;
         }
-        // Anything else ends a number, even an empty one, which counts as 0.
+        // kept: docs/oddities.md#empty-numbers-in-a-status
         triple[numbers % triple.size()] = ParseInteger(reply.substr(begin, i - begin));
         ++numbers;
         begin = i + 1;
@@ -52,9 +53,11 @@ void CDevApiInterface_Impl::CheckStatus(const char* reply, int replyLength) noex
     const std::size_t length = replyLength > 0 ? static_cast<std::size_t>(replyLength) : 0;
     const auto outcome = ParseStatus({reply, length}, [&](const StatusError& status) {
         LogStatusError(*this, status);
+        // kept: docs/oddities.md#error-0-is-an-error
         RemoveDevice(*this, status.product, status.device);
     });
     if (outcome == StatusOutcome::NumberTooLong) {
+        // kept: docs/oddities.md#long-number-is-fatal
         FatalFault(L"OKO-Lab bold line CheckStatus: a number in the server's reply is too long.");
     }
 }

@@ -20,7 +20,7 @@ constexpr ReadRules kTargetRules{L"CDevApiInterface_GasConcentration_Impl::GetTa
 constexpr ReadRules kCurrentRules{L"CDevApiInterface_GasConcentration_Impl::GetCurrentGasConcentration", "e", "", true,
                                   LogGate::WhenChannelLogs};
 
-// Uneven on purpose: a server's own trouble is only worth a line to those who log, a product's trouble to everyone.
+// kept: docs/oddities.md#uneven-gas-log
 constexpr WriteRules kWriteRules{L"CDevApiInterface_GasConcentration_Impl::SetTargetGasConcentration",
                                  command::kWriteGas, LogGate::ServerProblemWhenLogging};
 
@@ -36,11 +36,14 @@ bool IsO2Controller(const CDevApiInterface_GasConcentration_Impl& channel) noexc
 CDevApiInterface_GasConcentration_Impl::CDevApiInterface_GasConcentration_Impl(CDevApiInterface_Impl& device,
                                                                                std::int32_t index) noexcept
     : m_pDevice(&device), m_iIndex(index) {
+    // kept: docs/oddities.md#seeded-again
     SeedRandom(CurrentTimeSeconds());
     const std::scoped_lock lock(device.m_csData);
+    // kept: docs/oddities.md#log-flag-of-birth
     m_bLogCommunication = device.m_bLogCommunication ? 1 : 0;
 }
 
+// kept: docs/oddities.md#switch-that-does-nothing
 std::int32_t CDevApiInterface_GasConcentration_Impl::SetEnabled(std::uint8_t) noexcept { return oko::kSuccess; }
 
 std::int32_t CDevApiInterface_GasConcentration_Impl::GetName(wchar_t* buffer, std::int32_t length) noexcept {
@@ -50,6 +53,7 @@ std::int32_t CDevApiInterface_GasConcentration_Impl::GetName(wchar_t* buffer, st
 std::int32_t CDevApiInterface_GasConcentration_Impl::NoOperation() noexcept { return oko::kSuccess; }
 
 std::int32_t CDevApiInterface_GasConcentration_Impl::SetTargetGasConcentration(double value) noexcept {
+    // kept: docs/oddities.md#gas-target-of-any-channel
     const SetPointPlace place = PlaceOf(*this);
     const double clamped = ClampPercentTarget(value, place.min, place.max);
     if (WriteSetPoint(*m_pDevice, kWriteRules, m_bLogCommunication != 0, place.address, clamped) != oko::kSuccess) {
@@ -67,6 +71,7 @@ std::int32_t CDevApiInterface_GasConcentration_Impl::GetTargetGasConcentration(d
         *value = Get(m_dTarget);
         return oko::kSuccess;
     }
+    // kept: docs/oddities.md#air-mode-with-the-target
     if (IsO2Controller(*this)) {
         WatchAirMode();
     }
@@ -111,11 +116,13 @@ std::int32_t CDevApiInterface_GasConcentration_Impl::ReadAirMode(std::uint8_t* s
     if (!HasAirMode(product)) {
         return oko::kFailure;
     }
+    // kept: docs/oddities.md#air-mode-holds-the-data-lock
     const std::scoped_lock lock(m_pDevice->m_csData);
     const auto state = ReadAirModeState(*m_pDevice, product);
     if (!state) {
         return oko::kFailure;
     }
+    // kept: docs/oddities.md#air-mode-of-two-kinds
     *status = std::string_view(state->data()) == "1" ? 1 : 0;
     return oko::kSuccess;
 }
@@ -131,7 +138,7 @@ void CDevApiInterface_GasConcentration_Impl::WatchAirMode() noexcept {
         if (status == m_pDevice->m_bAirMode || m_pDevice->m_bBusy) {
             m_uStatusCount = 0;
         } else if (m_uStatusCount >= kStatusRepeats) {
-            // The counter stays: a change that follows at once is believed at once.
+            // kept: docs/oddities.md#air-mode-count-stays
             m_pDevice->m_bAirMode = status;
             changed = true;
         } else {

@@ -13,7 +13,7 @@
 
 namespace {
 
-// Unlike the other channels a humidifier asks the server even while the device is busy; hosts rely on fresh humidity.
+// kept: docs/oddities.md#humidity-asks-while-busy
 constexpr ReadRules kTargetRules{L"CDevApiInterface_Humidifier_Impl::GetTargetHumidity", "e", "", false,
                                  LogGate::Always};
 constexpr ReadRules kCurrentRules{L"CDevApiInterface_Humidifier_Impl::GetCurrentHumidity", "e", "", false,
@@ -26,11 +26,13 @@ constexpr WriteRules kWriteRules{L"CDevApiInterface_Humidifier_Impl::SetTargetHu
 CDevApiInterface_Humidifier_Impl::CDevApiInterface_Humidifier_Impl(CDevApiInterface_Impl& device,
                                                                    std::int32_t index) noexcept
     : m_pDevice(&device), m_iIndex(index) {
+    // kept: docs/oddities.md#seeded-again
     SeedRandom(CurrentTimeSeconds());
     const std::scoped_lock lock(device.m_csData);
     m_bLogCommunication = device.m_bLogCommunication ? 1 : 0;
 }
 
+// kept: docs/oddities.md#switch-that-does-nothing
 std::int32_t CDevApiInterface_Humidifier_Impl::SetEnabled(std::uint8_t flag) noexcept {
     m_bEnabled = flag;
     return oko::kSuccess;
@@ -49,7 +51,7 @@ std::int32_t CDevApiInterface_Humidifier_Impl::SetTargetHumidity(double value) n
     if (WriteSetPoint(*m_pDevice, kWriteRules, m_bLogCommunication != 0, place.address, clamped) != oko::kSuccess) {
         return oko::kFailure;
     }
-    StoreTarget(*m_pDevice, m_dTarget, clamped);  // not the whole percent that was sent
+    StoreTarget(*m_pDevice, m_dTarget, clamped);  // kept: docs/oddities.md#humidity-keeps-its-fraction
     return oko::kSuccess;
 }
 

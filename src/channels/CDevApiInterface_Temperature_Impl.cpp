@@ -17,12 +17,13 @@ namespace {
 
 constexpr double kTemperatureStep = 0.2;
 
+// kept: docs/oddities.md#error-marks-differ
 constexpr ReadRules kTargetRules{L"CDevApiInterface_Temperature_Impl::GetTargetTemperature", "eNn", "", true,
                                  LogGate::Always};
 constexpr ReadRules kCurrentRules{L"CDevApiInterface_Temperature_Impl::GetCurrentTemperature", "e", "n", true,
                                   LogGate::Always};
 
-// The write reports under the name of the current-value read. Hosts' log filters know these lines; kept.
+// kept: docs/oddities.md#write-logs-as-read
 constexpr WriteRules kWriteRules{L"CDevApiInterface_Temperature_Impl::GetCurrentTemperature",
                                  command::kWriteTemperature, LogGate::Always};
 
@@ -41,6 +42,7 @@ CommandText CurrentCommand(ChannelAddress address) noexcept {
 
 double ClampTemperatureTarget(double value, double min, double max) noexcept {
     const double atMost = std::min(value, max);  // a NaN stays one here and fails the comparison
+    // kept: docs/oddities.md#minimum-above-the-maximum
     return atMost > min ? atMost : min;
 }
 
@@ -51,6 +53,7 @@ CDevApiInterface_Temperature_Impl::CDevApiInterface_Temperature_Impl(CDevApiInte
     m_bLogCommunication = device.m_bLogCommunication ? 1 : 0;
 }
 
+// kept: docs/oddities.md#switch-that-does-nothing
 std::int32_t CDevApiInterface_Temperature_Impl::SetEnabled(std::uint8_t) noexcept { return oko::kSuccess; }
 
 std::int32_t CDevApiInterface_Temperature_Impl::GetName(wchar_t* buffer, std::int32_t length) noexcept {
@@ -71,6 +74,7 @@ std::int32_t CDevApiInterface_Temperature_Impl::SetTargetTemperature(double valu
         return oko::kFailure;
     }
 
+    // kept: docs/oddities.md#lost-target-succeeds, docs/oddities.md#no-temperature-notice
     double readBack = 0.0;
     const bool confirmed = GetTargetTemperature(&readBack) == oko::kSuccess;
     if (!confirmed) {
@@ -84,6 +88,7 @@ std::int32_t CDevApiInterface_Temperature_Impl::SetTargetTemperature(double valu
 
 std::int32_t CDevApiInterface_Temperature_Impl::GetTargetTemperature(double* value) noexcept {
     const ChannelAddress address = Get(m_address);
+    // kept: docs/oddities.md#sensor-fails-while-busy
     if (!HasSetPoint(address)) {
         return oko::kFailure;
     }

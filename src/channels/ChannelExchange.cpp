@@ -29,6 +29,7 @@ std::int32_t Judge(CDevApiInterface_Impl& device, std::wstring_view method, LogG
     if (Passes(gate, channelLogs, code)) {
         LogResultCode(device, method, code);
     }
+    // kept: docs/oddities.md#codes-above-3-succeed
     return code == kCommandNotExecuted ? oko::kFailure : oko::kSuccess;
 }
 
@@ -61,6 +62,7 @@ std::int32_t AskChannelValue(CDevApiInterface_Impl& device, const ReadRules& rul
         return oko::kFailure;
     }
     const int code = ResultCodeOf(reply.bytes());
+    // kept: docs/oddities.md#refusal-hides-its-text
     if (code < kCommandNotExecuted) {
         const ValueToken token = ParseValue(reply.bytes());
         if (IsOneOf(rules.errorMarks, token.mark)) {
@@ -72,6 +74,7 @@ std::int32_t AskChannelValue(CDevApiInterface_Impl& device, const ReadRules& rul
         if (IsOneOf(rules.silentMarks, token.mark)) {
             return oko::kFailure;
         }
+        // kept: docs/oddities.md#reply-without-a-value-succeeds
         if (token.value) {
             *value = *token.value;
             Put(cache, *token.value);
@@ -82,6 +85,7 @@ std::int32_t AskChannelValue(CDevApiInterface_Impl& device, const ReadRules& rul
 
 std::int32_t WriteSetPoint(CDevApiInterface_Impl& device, const WriteRules& rules, bool channelLogs,
                            ChannelAddress address, double value) noexcept {
+    // kept: docs/oddities.md#writes-while-busy
     const Reply reply = Ask(device, FormatCommand(rules.format, {address.m_iProduct, address.m_iChannel, value}));
     if (!reply.IsAnswer()) {
         return oko::kFailure;

@@ -14,6 +14,7 @@ std::wstring_view FindChannelName(std::span<const ProductNames> names, std::int3
     return named != row->channels.end() ? named->name : std::wstring_view{};
 }
 
+// kept: docs/oddities.md#text-without-terminator
 std::int32_t CopyChannelName(std::wstring_view name, wchar_t* buffer, std::int32_t length) noexcept {
     if (buffer == nullptr) {
         return oko::kFailure;

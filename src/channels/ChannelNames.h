@@ -82,6 +82,7 @@ inline constexpr std::array<ChannelName, 7> kSevenZonesNames{{
     {6, L"T sensor"},
 }};
 
+// kept: docs/oddities.md#names-without-channels
 inline constexpr std::array<ProductNames, 10> kTemperatureNames{{
     {product::kH501, kH501Names},
     {product::kH201, kH201Names},

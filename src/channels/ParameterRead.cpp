@@ -12,8 +12,7 @@
 
 namespace {
 
-// The lines carry the temperature channel's name although other callers read parameters too; hosts' log filters know
-// them.
+// kept: docs/oddities.md#parameter-logs-as-temperature
 constexpr std::wstring_view kMethod = L"CDevApiInterface_Temperature_Impl::GetCurrentTemperature";
 
 Reply AskParameter(CDevApiInterface_Impl& device, std::uint32_t product, std::uint32_t parameter) noexcept {
@@ -31,8 +30,8 @@ Reply CachedReply(const KeptReply& kept) noexcept {
 }
 
 /// The companion's value; 0 when it has none, or none that is finite. Its reply is walked only as far as the first one
-/// reaches, and an "e" of the FIRST reply at the place of the payload voids it: the companion of a sensor in error is
-/// not to be compared with.
+/// reaches, and an "e" of the FIRST reply at the place of the payload voids it.
+// kept: docs/oddities.md#companion-of-an-error
 double ReadCompanion(CDevApiInterface_Impl& device, std::uint32_t product, std::int32_t second,
                      const Reply& first) noexcept {
     const Reply companion = AskParameter(device, product, static_cast<std::uint32_t>(second));
@@ -56,6 +55,7 @@ enum class Payload { Accepted, Rejected };
 Payload TakePayload(std::string_view reply, std::uint32_t parameter, bool check, double companion,
                     char* value) noexcept {
     const auto position = PayloadPosition(reply);
+    // kept: docs/oddities.md#parameter-without-a-value
     if (!position) {
         return Payload::Accepted;
     }
@@ -67,6 +67,7 @@ Payload TakePayload(std::string_view reply, std::uint32_t parameter, bool check,
     if (!check) {
         return Payload::Accepted;
     }
+    // kept: docs/oddities.md#zero-is-absent
     const auto number = ParseDouble(value);
     const bool missing =
         !number || (parameter != static_cast<std::uint32_t>(parameter::kAirMode) && *number - companion == 0.0);
@@ -89,6 +90,7 @@ bool ReadDeviceParameter(CDevApiInterface_Impl& device, std::uint32_t product, s
         reply = CachedReply(*kept);
     } else {
         reply = AskParameter(device, product, parameter);
+        // kept: docs/oddities.md#kept-errors
         // Looked up again: the catalogue may be another one since the server was asked.
         KeepReply(device, productNumber, parameter, reply.text());
         if (second >= 1 && check) {
@@ -125,6 +127,7 @@ bool IsReplyValueNonZero(std::string_view reply) noexcept {
     if (reply.empty()) {
         return false;
     }
+    // kept: docs/oddities.md#refused-is-present
     if (ResultCodeOf(reply) >= kCommandNotExecuted) {
         return true;
     }

@@ -19,11 +19,13 @@ namespace {
 constexpr double kRoomTemperature = 25.0;  // degrees Celsius
 constexpr double kWarmSensor = 60.0;       // degrees Celsius
 
-/// Whose sensors, when nothing else moves them, show a warm place: an odd set, and kept.
+/// Whose sensors, when nothing else moves them, show a warm place.
+// kept: docs/oddities.md#followers-first
 constexpr std::array kWarmProducts{product::kCo2, product::kO2, product::kMixer12, product::kActiveHumidifier,
                                    product::kSevenZones};
 
-/// Trembles about the room's temperature when it is at its target. No product has such a channel; kept.
+/// Trembles about the room's temperature when it is at its target.
+// kept: docs/oddities.md#room-of-product-9
 constexpr ChannelAddress kRoomAtRest{product::kH301, 1};
 
 /// Half of the time nothing, else a tenth of a degree up or down.
@@ -122,6 +124,7 @@ void RestTemperature(CDevApiInterface_Temperature_Impl& channel, const Band& ban
 
 /// One step of a gas or humidity value: pulled by at most a point towards a target that is a percentage, plus noise.
 double MovePercent(double current, double target, double noise) noexcept {
+    // kept: docs/oddities.md#pull-within-percent
     if (target >= 0.0 && target <= 100.0) {
         if (target - current > 0.5) {
             current += 1.0;
@@ -132,7 +135,8 @@ double MovePercent(double current, double target, double noise) noexcept {
     return std::clamp(current + noise, 0.0, 100.0);
 }
 
-/// The tolerances count from the target to the value here, the mirror of what the host's state slot does; meant so.
+/// The tolerances count from the target to the value here.
+// kept: docs/oddities.md#mirrored-band
 std::int32_t PercentState(double target, double current, double below, double above) noexcept {
     const double difference = target - current;
     const bool within = difference <= above && difference >= -below;
@@ -208,6 +212,7 @@ std::uint32_t SimulationThread(void* start) noexcept {
     return 0;
 }
 
+// kept: docs/oddities.md#no-temperature-notice
 void SimulateTemperature(CDevApiInterface_Temperature_Impl& channel) noexcept {
     const std::scoped_lock lock(channel.m_pDevice->m_csData);
     const std::int64_t now = PerformanceCounter();
@@ -220,6 +225,7 @@ void SimulateTemperature(CDevApiInterface_Temperature_Impl& channel) noexcept {
     const Band band{difference > Get(channel.m_dToleranceAbove), difference < -Get(channel.m_dToleranceBelow)};
 
     if (!band.Within()) {
+        // kept: docs/oddities.md#rate-of-its-own
         constexpr double kRate = 10.0;
         channel.m_dRate = band.below ? kRate : -kRate;
     } else if (target - 0.01 <= current && current <= target + 0.01) {
@@ -245,13 +251,15 @@ void SimulateGasConcentration(CDevApiInterface_GasConcentration_Impl& channel) n
     Put(channel.m_dCurrent, current);
     Put(channel.m_iState,
         PercentState(target, current, Get(channel.m_dToleranceBelow), Get(channel.m_dToleranceAbove)));
+    // kept: docs/oddities.md#notice-without-window
     PostValuesChanged(channel.m_pDevice->m_hNotifyWnd);
 }
 
 void SimulateHumidity(CDevApiInterface_Humidifier_Impl& channel) noexcept {
     const double target = Get(channel.m_dTarget);
-    // The noise only takes away: a chamber loses water unless the humidifier lifts it.
+    // kept: docs/oddities.md#sagging-humidity
     const double current = MovePercent(Get(channel.m_dCurrent), target, NextFraction() - 1.0);
+    // kept: docs/oddities.md#humidity-judged-unrounded
     Put(channel.m_dCurrent, static_cast<int>(current + 0.5));
     Put(channel.m_iState,
         PercentState(target, current, Get(channel.m_dToleranceBelow), Get(channel.m_dToleranceAbove)));

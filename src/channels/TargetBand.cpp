@@ -10,6 +10,7 @@ double ClampPercentTarget(double value, double min, double max) noexcept {
     const double percent = std::clamp(value, 0.0, kMaxPercent);
     // In this order of arguments a NaN gives way to `min`; the gas stays at its lowest rather than at its highest.
     const double atLeast = std::max(min, percent);
+    // kept: docs/oddities.md#minimum-above-the-maximum
     return atLeast > max ? max : atLeast;
 }
 
@@ -30,6 +31,7 @@ std::int32_t JudgePercentState(double current, double target, double below, doub
 void StoreTarget(CDevApiInterface_Impl& device, SharedDouble& target, double value) noexcept {
     const std::scoped_lock lock(device.m_csData);
     Put(target, value);
+    // kept: docs/oddities.md#notice-without-window
     PostValuesChanged(device.m_hNotifyWnd);
 }
 

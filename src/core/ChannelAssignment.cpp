@@ -19,7 +19,8 @@ namespace {
 
 constexpr ChannelRange kSensorRange{0.0, 0.0};
 
-/// Makes the next channel of an array live. A full array takes no more, and the rest of the product goes on without it.
+/// Makes the next channel of an array live. A full array takes no more.
+// kept: docs/oddities.md#full-array-still-asks
 template <class Channel, std::size_t Count>
 void AddChannel(CDevApiInterface_Impl& device, std::array<ChannelSlot<Channel>, Count>& channels,
                 std::atomic<std::int32_t>& liveCount, std::int32_t product, std::optional<std::int32_t> zone,

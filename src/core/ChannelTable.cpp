@@ -64,6 +64,7 @@ constexpr std::array<SetupRow, 10> kSetupRows{{
 }};
 
 // product::kO2, and any number that the server may come up with: one controller.
+// kept: docs/oddities.md#unknown-product-is-a-gas
 constexpr ProductSetup kAnyOtherProduct{kGasZone, {}};
 
 }  // namespace

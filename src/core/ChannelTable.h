@@ -18,12 +18,13 @@ struct RangeSetup {
     ChannelRange defaults;                   // for an end that the server does not name
     std::optional<ChannelRange> ifTooSmall;  // takes the place of a range with an end below kSmallestRangeEnd
 };
+// kept: docs/oddities.md#small-end-replaces-both
 inline constexpr double kSmallestRangeEnd = 2.0;
 
 /// One zone of a product.
 struct ZoneSetup {
     std::int32_t zone;
-    bool writesZone;                  // false: the channel keeps the zone that it had, 0 at first
+    bool writesZone;                  // false: the one it had stays. kept: docs/oddities.md#zone-kept-from-before
     bool onlyIfPresent;               // asked with "readcurval" before anything else
     std::optional<RangeSetup> range;  // none: a sensor without a set point, 0 to 0, not asked
 };

@@ -37,7 +37,8 @@ void DeleteChannels(std::array<ChannelSlot<Channel>, Count>& channels) noexcept 
     }
 }
 
-/// The get-channel slots: the bounds are the arrays', not the live counts, and a missing channel is no failure.
+/// The get-channel slots: the bounds are the arrays', not the live counts.
+// kept: docs/oddities.md#missing-channel-succeeds
 template <class Channel, std::size_t Count, class Interface>
 std::int32_t GetChannel(const std::array<ChannelSlot<Channel>, Count>& channels, std::uint32_t index,
                         Interface** out) noexcept {
@@ -65,6 +66,7 @@ CDevApiInterface_Impl::CDevApiInterface_Impl(std::uint32_t index)
     }
 }
 
+// kept: docs/oddities.md#socket-outlives-the-device
 CDevApiInterface_Impl::~CDevApiInterface_Impl() { DestroyChannels(); }
 
 /// Fills every empty place.

@@ -17,8 +17,8 @@ constexpr std::array<std::string_view, kDevices> kDeviceNames{"OKO-Lab bold line
 
 std::array<CDevApiInterface_Impl*, kDevices> g_pDevices{};
 
-/// Copies as strncpy and wcsncpy do: a text that fills the buffer gets no terminator, a shorter one is padded with
-/// zeros.
+/// Copies as strncpy and wcsncpy do: a shorter text is padded with zeros.
+// kept: docs/oddities.md#text-without-terminator
 template <class Char>
 void CopyPadded(std::string_view text, Char* buffer, std::int32_t size) noexcept {
     if (buffer == nullptr || size <= 0) {

@@ -90,11 +90,11 @@ std::int32_t CDevApiInterface_Impl::Initialise(::HostCallback callback, void* ho
     ResetLiveCounts(*this);
     CreateChannels();  // those that the host deleted
 
-    // A failure leaves m_bBusy set, so that the channels go on answering from memory; the next operation that takes
-    // the link clears it.
+    // kept: docs/oddities.md#busy-after-failure
     if (EnsureServerRunning(kServerPollDelayMs, 30) != ServerState::Running) {
         return oko::kFailure;
     }
+    // kept: docs/oddities.md#later-refusals
     SendModes(*this);
     ReportProgress(40);
     SendComPorts(*this);
@@ -103,6 +103,7 @@ std::int32_t CDevApiInterface_Impl::Initialise(::HostCallback callback, void* ho
     ReportProgress(52);
     Tell(*this, FormatCommand(command::kStart, {1}));
     ResetLiveCounts(*this);
+    // kept: docs/oddities.md#status-of-64-bytes
     const Reply status = Ask(*this, FormatCommand(command::kStatus));
     CheckStatus(status.c_str(), status.m_nLength);
     AssignChannels();

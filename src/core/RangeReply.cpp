@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 
+// kept: docs/oddities.md#range-of-seven-characters
 double ReadRangeEnd(std::string_view reply, double missing) noexcept {
     constexpr std::size_t kMaxLength = 7;
     const std::size_t first = reply.find('_');

@@ -9,6 +9,7 @@ void CDevApiInterface_Impl::Close() noexcept {
     if (m_bSimulator) {
         StopValueThread();
     }
+    // kept: docs/oddities.md#close-keeps-state
     Tell(*this, FormatCommand(command::kStart, {0}));
     for (std::size_t i = 0; const auto product = ProductAt(*this, i); ++i) {
         Tell(*this, FormatCommand(command::kDisconnect, {*product}));

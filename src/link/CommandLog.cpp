@@ -7,6 +7,7 @@
 
 void LogExchangeAndEndReply(CDevApiInterface_Impl& device, std::wstring_view prefix, const char* command, char* reply,
                             int length) noexcept {
+    // kept: docs/oddities.md#terminator-with-the-log
     if (!device.m_bLogCommunication) {
         return;
     }

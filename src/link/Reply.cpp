@@ -4,6 +4,7 @@
 
 #include "base/Numbers.h"
 
+// kept: docs/oddities.md#code-of-one-character
 int ResultCodeOf(std::string_view reply) noexcept { return ParseInteger(reply.substr(0, 1)); }
 
 std::optional<std::string_view> EchoOf(std::string_view reply) noexcept {
@@ -43,6 +44,7 @@ ValueToken ParseValue(std::string_view reply) noexcept {
     if (end == std::string_view::npos) {
         return {payload.front(), std::nullopt};
     }
+    // kept: docs/oddities.md#letters-read-as-0
     return {payload.front(), ParseDouble(payload.substr(0, end))};
 }
 
@@ -63,8 +65,7 @@ ListOutcome ParseIntegerList(std::string_view reply, const std::function<void(in
             return ListOutcome::NumberTooLong;
         }
         take(ParseInteger(reply.substr(i, length)));
-        // The loop steps over the byte that ended the number without a look at it, even a carriage return: the walk
-        // then ends with the received length.
+        // kept: docs/oddities.md#list-steps-over-its-ends
         i += length;
     }
     return ListOutcome::Complete;

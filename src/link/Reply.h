@@ -73,6 +73,6 @@ enum class ListOutcome { Complete, NumberTooLong };
 inline constexpr std::size_t kMaxListDigits = 7;
 
 /// Hands every integer of the payload to `take`, in order. A character that is neither a digit, a blank nor "_" counts
-/// as the integer 0, on purpose: an error text in place of a list gives zeros. Stops at a number of more than
-/// kMaxListDigits digits.
+/// as the integer 0. Stops at a number of more than kMaxListDigits digits.
+// kept: docs/oddities.md#list-of-zeros
 ListOutcome ParseIntegerList(std::string_view reply, const std::function<void(int)>& take);

@@ -16,7 +16,7 @@ constexpr const wchar_t* kUninstall32Key = L"SOFTWARE\\Wow6432Node\\Microsoft\\W
 constexpr const wchar_t* kUninstallKey = L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall";
 constexpr std::size_t kKeyNameLength = 260;
 
-// Values are read with room for this many bytes; a longer one counts as missing.
+// Values are read with room for this many bytes. kept: docs/oddities.md#values-of-130-characters
 constexpr std::size_t kValueCharacters = 260 / 2;
 using ValueText = std::array<wchar_t, kValueCharacters + 1>;
 
@@ -35,7 +35,8 @@ struct UninstallList {
     RegistryKey key;
 };
 
-/// The server is a 32-bit program. Where the 32-bit list exists the other one is not looked at.
+/// The list that the server is looked for in.
+// kept: docs/oddities.md#one-list-of-programs
 std::optional<UninstallList> OpenUninstallList() noexcept {
     for (const wchar_t* const path : {kUninstall32Key, kUninstallKey}) {
         if (auto key = OpenLocalMachine(path)) {
@@ -56,6 +57,7 @@ std::optional<std::wstring_view> ReadServerLocation(const RegistryKey& program, 
 
 bool IsSeparator(wchar_t character) noexcept { return character == L'\\' || character == L'/'; }
 
+// kept: docs/oddities.md#folder-taken-for-the-program
 bool IsServerProgram(const FileEntry& entry) noexcept {
     return entry.name.size() >= kShortestProgramName && entry.attributes != kDirectoryAttributes &&
            entry.name.starts_with(kProgramStart) && entry.name.ends_with(kProgramEnd);
@@ -91,6 +93,7 @@ bool FindServerExecutable(const wchar_t* folder, ExecutableText& name) noexcept 
     if (parent.empty()) {
         return false;  // the pattern would search the root of whatever drive is current
     }
+    // kept: docs/oddities.md#replaced-separator
     parent.remove_suffix(1);
     const bool separated = IsSeparator(folder[parent.size()]);
     const wchar_t separator = separated ? folder[parent.size()] : L'\\';

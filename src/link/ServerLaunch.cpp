@@ -37,8 +37,8 @@ bool StartServer(CDevApiInterface_Impl& device) noexcept {
     return true;
 }
 
-/// "Server started on 5 loops (2.500000 seconds)". Half a second a loop whatever the pause was: the line tells of
-/// loops, and the connection dialog, which waits a second a loop, shows half of its time.
+/// "Server started on 5 loops (2.500000 seconds)".
+// kept: docs/oddities.md#half-a-second-a-loop
 void LogStarted(CDevApiInterface_Impl& device, int loops) noexcept {
     constexpr double kSecondsPerLoop = 0.5;
     LogLine line(L"Server started on ");
@@ -56,8 +56,7 @@ Reply WaitForServer(CDevApiInterface_Impl& device, std::uint32_t pollDelayMs) no
         reply = Probe(device);
         ++loops;
     }
-    // A datagram without content is no answer, but somebody sent it: it counts as started, and the user is told of the
-    // missing answer by the box that follows.
+    // kept: docs/oddities.md#empty-reply-means-started
     if (reply.m_nLength < 0) {
         device.Log(L"Server not started.");
     } else {
@@ -85,7 +84,7 @@ CDevApiInterface_Impl::ServerState CDevApiInterface_Impl::EnsureServerRunning(
     }
 
     if (!reply.IsAnswer()) {
-        // Once until Close: repeated attempts against a silent server must not bury the user under boxes.
+        // kept: docs/oddities.md#one-box-until-close
         if (!m_bServerErrorShown) {
             ShowErrorBox(kNoAnswerText, kNoAnswerCaption);
         }
@@ -97,6 +96,7 @@ CDevApiInterface_Impl::ServerState CDevApiInterface_Impl::EnsureServerRunning(
         ShowErrorBox(kResultCodeTexts[kCommandNotExecuted].data(), kRefusedCaption);
         return ServerState::Refusing;
     }
+    // kept: docs/oddities.md#search-logs-as-init
     LogResultCode(*this, L"CDevApiInterface_Impl::Init", code);
     return ServerState::Running;
 }

@@ -30,6 +30,7 @@ void Echo(const Question& question, SimulatorText& reply) noexcept {
 void AppendValue(SimulatorText& reply, double value) noexcept { reply.Append(FormatFixed(value, 3).view()); }
 
 /// Appends one value of every addressed channel, without separators. Returns whether there was any.
+// kept: docs/oddities.md#simulator-values-run-together
 template <std::size_t Extent>
 bool AppendMatching(SimulatorText& reply, std::span<const ChannelView, Extent> views, ChannelAddress address,
                     double ChannelView::* value) noexcept {
@@ -55,6 +56,7 @@ bool AppendFromAll(SimulatorText& reply, const ChannelViews& channels, std::size
 void AnswerListProd(const Question&, SimulatorText& reply) noexcept { reply.Append(kListProdReply); }
 
 void AnswerListConProd(const Question& question, SimulatorText& reply) noexcept {
+    // kept: docs/oddities.md#simulator-answer-as-stored
     reply.Append(question.state.listconprod);
 }
 
@@ -93,7 +95,7 @@ void AnswerReadCurrent(const Question& question, SimulatorText& reply) noexcept 
                   &ChannelView::current);
 }
 
-/// The parameter number is tried as a device number first: sensors that are read as parameters have it as theirs.
+// kept: docs/oddities.md#simulator-parameter-as-device
 void AnswerReadParam(const Question& question, SimulatorText& reply) noexcept {
     ChannelAddress address;
     Scanner scanner(From(question.command, std::string_view("bl-param-read ").size()));
@@ -115,7 +117,7 @@ void AnswerReadParam(const Question& question, SimulatorText& reply) noexcept {
     }
 }
 
-/// Temperature channels behind the first four slots have no target here, on purpose.
+// kept: docs/oddities.md#simulator-four-targets
 void AnswerReadTarget(const Question& question, SimulatorText& reply) noexcept {
     constexpr std::size_t kTemperaturesWithTarget = 4;
     ChannelAddress address;
@@ -150,6 +152,7 @@ struct AnswerRule {
 };
 
 /// Searched from the top for the first keyword that the command begins with; the last row takes everything.
+// kept: docs/oddities.md#simulator-starts-are-enough
 constexpr std::array<AnswerRule, 16> kAnswerRules{{
     {"listprod", AnswerListProd},
     {"listconprod", AnswerListConProd},

@@ -8,6 +8,7 @@
 
 /// The simulator's canned texts.
 
+// kept: docs/oddities.md#simulator-lists-end-at-15
 inline constexpr std::string_view kListProdReply = "0_listprod_0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15";
 
 /// What the simulator reports as connected until the registry says otherwise.
@@ -19,8 +20,8 @@ struct CannedReply {
     std::string_view reply;
 };
 
-/// Searched from the top for the first whose command is the beginning of the one sent. "listdev 1" therefore answers
-/// for 10 to 17 too, and the rows below it for those are never reached: known and kept.
+/// Searched from the top for the first whose command is the beginning of the one sent.
+// kept: docs/oddities.md#simulator-listdev-prefix
 inline constexpr std::array<CannedReply, 18> kDeviceLists{{
     {"listdev 0", "0_listdev 0_0 1"},
     {"listdev 1", "0_listdev 1_0 1"},

@@ -23,16 +23,19 @@ void Store(Channel& channel, const Tolerance& tolerance) noexcept {
 }
 
 /// The number in the command is the product's; the narrower tolerance serves for both directions.
+// kept: docs/oddities.md#alarm-of-product-0
 void SendAlarm(CDevApiInterface_Impl& device, std::string_view format, std::int32_t product,
                const Tolerance& tolerance) noexcept {
     Tell(device, FormatCommand(format, {product, std::min(tolerance.below, tolerance.above)}));
 }
 
-/// The air mode as the products report it; the last one that answers decides, and without one it is off.
+/// The air mode as the products report it; off without one.
+// kept: docs/oddities.md#last-air-mode-wins
 bool AskAirMode(CDevApiInterface_Impl& device) noexcept {
     int airMode = -1;
     for (std::size_t i = 0; const auto product = ProductAt(device, i); ++i) {
         if (const auto state = HasAirMode(*product) ? ReadAirModeState(device, *product) : std::nullopt) {
+            // kept: docs/oddities.md#air-mode-of-two-kinds
             airMode = ParseInteger(state->data());
         }
     }
@@ -59,7 +62,7 @@ std::int32_t CDevApiInterface_Impl::ApplyConfiguration(const wchar_t* text) noex
     ReportProgress(75);
     m_bBusy = true;
     if (text == nullptr) {
-        return oko::kFailure;  // the device stays busy: the host has not finished bringing it up
+        return oko::kFailure;  // kept: docs/oddities.md#null-settings-stay-busy
     }
     const AlarmSettings settings = ParseAlarmSettings(text);
     m_bAirMode = AskAirMode(*this) ? 1 : 0;
@@ -72,12 +75,12 @@ std::int32_t CDevApiInterface_Impl::ApplyConfiguration(const wchar_t* text) noex
     ApplyGasTolerance(*this, m_pGasConcentration[0], settings);
     ApplyGasTolerance(*this, m_pGasConcentration[1], settings);
     if (CDevApiInterface_Humidifier_Impl* const humidifier = m_pHumidifier[0]) {
-        Store(*humidifier, settings.humidity);  // no alarm: the incubator has none for humidity
+        Store(*humidifier, settings.humidity);  // kept: docs/oddities.md#no-humidity-alarm
     }
 
     ReportProgress(89);
     if (const WindowHandle window = m_hProgressWnd) {
-        DestroyWindowHandle(window);  // the handle stays; messages to a dead window are lost
+        DestroyWindowHandle(window);  // kept: docs/oddities.md#dead-progress-window
         m_bProgressUp = false;
     }
     m_bBusy = false;

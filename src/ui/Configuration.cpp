@@ -17,8 +17,8 @@ Tolerance ToleranceOf(const Channel& channel) noexcept {
     return {Get(channel.m_dToleranceBelow), Get(channel.m_dToleranceAbove)};
 }
 
-/// The channels' tolerances; the defaults where there is no channel. The second gas channel wins where both are one
-/// gas.
+/// The channels' tolerances; the defaults where there is no channel.
+// kept: docs/oddities.md#second-gas-wins, docs/oddities.md#tolerances-of-idle-channels
 AlarmSettings GatherSettings(const CDevApiInterface_Impl& device) noexcept {
     AlarmSettings settings;
     if (const auto* const channel = device.m_pTemperature[0].Get()) {
@@ -44,6 +44,7 @@ AlarmSettings GatherSettings(const CDevApiInterface_Impl& device) noexcept {
 std::int32_t CDevApiInterface_Impl::ShowConfiguration(wchar_t* text, std::int32_t size,
                                                       oko::WindowHandle parent) noexcept {
     const auto* const temperature = m_pTemperature[0].Get();
+    // kept: docs/oddities.md#no-dialog-for-16-and-17
     if (text == nullptr || (temperature != nullptr && TraitsOf(Get(temperature->m_address).m_iProduct).ownAlarms)) {
         return oko::kFailure;
     }
@@ -54,11 +55,10 @@ std::int32_t CDevApiInterface_Impl::ShowConfiguration(wchar_t* text, std::int32_
         return oko::kFailure;
     }
 
-    // Not bounded by `size`: hosts hand in a buffer for the longest text and rely on getting all of it.
+    // kept: docs/oddities.md#settings-without-bound
     const AlarmSettingsText settings = FormatAlarmSettings(GatherSettings(*this));
     std::copy_n(settings.c_str(), settings.length() + 1, text);
-    // Through the object's own table, where a host may have put a slot of its own; volatile, or the compiler takes the
-    // short cut.
+    // kept: docs/oddities.md#through-the-own-slot. Volatile, or the compiler takes the short cut.
     CDevApiInterface* volatile self = this;
     self->ApplyConfiguration(text);
     if (m_bAirMode != airModeBefore) {

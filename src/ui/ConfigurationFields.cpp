@@ -68,6 +68,7 @@ std::optional<FieldPair> FieldsOf(const CDevApiInterface_GasConcentration_Impl& 
 constexpr std::size_t kDialogGasChannels = 2;
 
 /// Reads one field. Text that is no number, or none that is finite, gives 0; an empty field gives nothing.
+// kept: docs/oddities.md#tolerances-unchecked
 std::optional<double> ReadField(const FieldReader& fieldText, int id) {
     const std::wstring text = fieldText(id);
     if (text.empty()) {
@@ -107,6 +108,7 @@ bool TakeTolerances(CDevApiInterface_Impl& device, const FieldReader& fieldText)
         }
     }
     auto* const humidifier = device.m_pHumidifier[0].Get();
+    // kept: docs/oddities.md#humidity-that-keeps-ok-out
     return humidifier == nullptr || device.GetHumidifierCount() < 1 ||
            TakeTolerance(fieldText, kHumidityFields, *humidifier);
 }
@@ -142,7 +144,7 @@ ConfigurationView DescribeConfiguration(const CDevApiInterface_Impl& device) {
                            airMode && device.m_bAirMode != 0,
                            AnyParameter(device)};
 
-    // Fields are filled where there is a channel, whether or not they are enabled.
+    // kept: docs/oddities.md#filled-though-disabled
     if (const auto* const channel = device.m_pTemperature[0].Get()) {
         ShowTolerance(view, kTemperatureFields, *channel);
     }
@@ -158,6 +160,7 @@ ConfigurationView DescribeConfiguration(const CDevApiInterface_Impl& device) {
     return view;
 }
 
+// kept: docs/oddities.md#empty-field-stays-busy
 bool TakeConfiguration(CDevApiInterface_Impl& device, const FieldReader& fieldText, bool airModeChecked) {
     device.m_bBusy = true;
     if (!TakeTolerances(device, fieldText)) {

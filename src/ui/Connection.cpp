@@ -12,7 +12,7 @@
 
 namespace {
 
-/// Not bounded by the length that the host gave: its buffer has room for the longest text.
+// kept: docs/oddities.md#settings-without-bound
 void WriteConnectionText(CDevApiInterface_Impl& device) noexcept {
     const ConnectionSettingsText text = FormatConnectionSettings(device.m_iComPort);
     std::copy_n(text.c_str(), text.length() + 1, device.m_pszConnectionText);
@@ -47,6 +47,7 @@ std::int32_t CDevApiInterface_Impl::ShowConnection(wchar_t* text, std::int32_t l
             const WaitCursor wait;
             const FlagWhile busy(m_bBusy);  // the channels keep off the link that the search has to itself
             ConnectSocket();
+            // kept: docs/oddities.md#text-after-a-failed-search
             FindAndConnect(*this, parent);
             DisconnectSocket();
             WriteConnectionText(*this);
@@ -54,6 +55,7 @@ std::int32_t CDevApiInterface_Impl::ShowConnection(wchar_t* text, std::int32_t l
         }
         case DialogEnd::CloseBox:
             return oko::kFailure;
+        // kept: docs/oddities.md#other-ends-succeed
         default:
             return oko::kSuccess;
     }
@@ -66,6 +68,7 @@ std::int32_t CDevApiInterface_Impl::ApplyConnection(const wchar_t* text) noexcep
     if (text != nullptr) {
         m_iComPort = ParseConnectionSettings(text).value_or(m_iComPort);
     }
+    // kept: docs/oddities.md#simulator-opens-a-link
     ConnectSocket();
     return oko::kSuccess;
 }

@@ -13,16 +13,18 @@ namespace {
 constexpr std::uint32_t kServerPollDelayMs = 1000;
 constexpr std::uint32_t kFindPollDelayMs = 500;
 
-/// Anywhere in the reply, it says that the search has ended.
+/// It says that the search has ended.
+// kept: docs/oddities.md#minus-1-anywhere
 constexpr std::string_view kSearchEnded = "-1";
 
 /// Searches for one product. `shown` is the percentage that the window shows, `next` the one that it should.
 void FindProduct(CDevApiInterface_Impl& device, int product, double& shown, double next) noexcept {
     Tell(device, FormatCommand(command::kFind, {product}));
     bool ended = false;
+    // kept: docs/oddities.md#search-without-end
     while (!ended) {
         if (next != shown) {
-            // Not kept in m_iProgress: this is the search's own percentage.
+            // Not in m_iProgress. kept: docs/oddities.md#search-progress-apart
             SendProgress(device.m_hProgressWnd, static_cast<int>(next + 0.5));
             shown = next;
         }
@@ -43,7 +45,7 @@ void FindAllProducts(CDevApiInterface_Impl& device) noexcept {
     }
 }
 
-/// The handle stays in m_hProgressWnd; messages to a dead window are lost.
+// kept: docs/oddities.md#dead-progress-window
 void CloseProgressWindow(CDevApiInterface_Impl& device) noexcept {
     if (device.m_bProgressUp.exchange(false)) {
         DestroyWindowHandle(device.m_hProgressWnd);
@@ -60,6 +62,7 @@ void ShowProgressWindow(CDevApiInterface_Impl& device, WindowHandle parent, cons
 
 }  // namespace
 
+// kept: docs/oddities.md#english-everywhere
 void FindAndConnect(CDevApiInterface_Impl& device, WindowHandle parent) {
     if (device.EnsureServerRunning(kServerPollDelayMs) != CDevApiInterface_Impl::ServerState::Running) {
         return;

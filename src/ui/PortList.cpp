@@ -25,6 +25,7 @@ std::vector<PortEntry> ListPorts() {
             continue;
         }
         if (!CanOpenPort(PortOpenName(number).c_str())) {
+            // kept: docs/oddities.md#english-everywhere
             label += L" (busy)";
         }
         entries.push_back({number, std::move(label)});

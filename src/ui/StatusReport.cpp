@@ -17,7 +17,8 @@ std::span<const StatusRow> RowsOf(std::int32_t product) noexcept {
     return found != kProductRows.end() ? found->rows : std::span<const StatusRow>{};
 }
 
-/// "H201 Fan Speed: 1200 rpm"; a row without a unit ends in a blank.
+/// "H201 Fan Speed: 1200 rpm".
+// kept: docs/oddities.md#blank-at-the-end
 void AppendLine(StatusReport& report, const StatusRow& row, std::string_view value) {
     report.text.append(row.label).append(L": ");
     for (const char byte : value) {
@@ -79,9 +80,9 @@ StatusColumns SplitStatusReport(std::wstring_view text) {
 StatusLayout LayOutStatusReport(int twoLinesHeight, int rows, const StatusColumns& columns) noexcept {
     const int lineHeight = twoLinesHeight / 2 + 1;
     const int reportHeight = lineHeight * rows;
+    // kept: docs/oddities.md#report-without-rows
     StatusLayout layout{reportHeight, reportHeight - twoLinesHeight, {reportHeight, 0, 0}};
-    // A split column is one line short: its last line is hidden unless the font's lines are lower than this line
-    // height, by so much that the column's own lines make up for it. With 13-pixel lines they are not. Meant so.
+    // kept: docs/oddities.md#split-column
     if (!columns.texts[1].empty()) {
         layout.columnHeights[0] = lineHeight * columns.linesBefore[0];
         layout.columnHeights[1] = lineHeight * (rows - columns.linesBefore[0]);

@@ -7,8 +7,8 @@
 
 #include "link/Products.h"
 
-/// The rows of the status report. Labels and units are printed as they stand; "Ralay", the missing "#2" and the
-/// "Humidity #2" without a "#1" are known to the users of these reports and stay.
+/// The rows of the status report. Labels and units are printed as they stand.
+// kept: docs/oddities.md#labels-as-they-stand, docs/oddities.md#english-everywhere
 
 /// How a row's parameter is read.
 enum class RowClass {

@@ -16,7 +16,7 @@ void FillComPortList(CDevApiInterface_Impl& device, HWND dialog) {
     device.m_nComPorts = 0;
     const HWND list = GetDlgItem(dialog, IDC_PORT_LIST);
     for (const PortEntry& entry : ListPorts()) {
-        // At the end: the list's own sorting would put COM10 before COM2.
+        // At the end. kept: docs/oddities.md#sorted-list-in-order-of-ports
         SendMessageW(list, CB_INSERTSTRING, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(entry.label.c_str()));
         device.m_aiComPorts[static_cast<std::size_t>(device.m_nComPorts)] = entry.number;
         ++device.m_nComPorts;
@@ -26,7 +26,7 @@ void FillComPortList(CDevApiInterface_Impl& device, HWND dialog) {
 
 void End(HWND dialog, DialogEnd end) noexcept { EndDialog(dialog, static_cast<INT_PTR>(end)); }
 
-/// The notification code is not looked at. Escape's id 2 does nothing: the dialog has no Cancel button.
+// kept: docs/oddities.md#escape-does-nothing
 bool OnCommand(HWND dialog, int id) noexcept {
     CDevApiInterface_Impl* const device = DeviceOf(dialog);
     if (device == nullptr) {

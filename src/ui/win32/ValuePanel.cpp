@@ -5,6 +5,7 @@
 namespace {
 
 /// The panel's buttons have no effect.
+// kept: docs/oddities.md#panel-without-effect
 INT_PTR CALLBACK ValuePanelDlgProc(HWND, UINT, WPARAM, LPARAM) noexcept { return FALSE; }
 
 }  // namespace
