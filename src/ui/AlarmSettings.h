@@ -16,7 +16,7 @@ struct AlarmSettings {
     Tolerance incubator{0.2, 0.2};  // degrees Celsius
     Tolerance co2{0.5, 0.5};        // percent
     Tolerance o2{0.5, 0.5};         // percent
-    Tolerance humidity{1.0, 1.0};   // percent
+    Tolerance humidity{1.0, 1.0};   // percent; kept: docs/oddities.md#two-sets-of-defaults
 };
 
 /// The text with eight of the longest numbers that there are.

@@ -53,6 +53,7 @@ void ApplyGasTolerance(CDevApiInterface_Impl& device, CDevApiInterface_GasConcen
     }
     const Tolerance& tolerance = kind == GasKind::Co2 ? settings.co2 : settings.o2;
     Store(*channel, tolerance);
+    // kept: docs/oddities.md#mixer-alarms-share-a-number
     SendAlarm(device, command::kGasAlarm, Get(channel->m_address).m_iProduct, tolerance);
 }
 

@@ -23,6 +23,7 @@ struct FieldPair {
     int decimals;
 };
 
+// kept: docs/oddities.md#tolerances-as-shown
 constexpr FieldPair kTemperatureFields{IDC_TEMPERATURE_BELOW, IDC_TEMPERATURE_ABOVE, 1};
 constexpr FieldPair kCo2Fields{IDC_CO2_BELOW, IDC_CO2_ABOVE, 2};
 constexpr FieldPair kO2Fields{IDC_O2_BELOW, IDC_O2_ABOVE, 2};

@@ -132,6 +132,16 @@ TEST_F(AlarmsTests, TemperatureChannelThatStandsForNothing_IsAlarmedAsProduct0) 
     EXPECT_EQ(platform.server.Commands(), std::vector<std::string>{"alarm 0 0.2"});
 }
 
+TEST_F(AlarmsTests, BothGasesOfAMixer_AreAlarmedUnderItsOneNumber) {
+    CDevApiInterface_Impl& device = Device();
+    Put(device.m_pGasConcentration[0]->m_address, {12, 0});
+    Put(device.m_pGasConcentration[1]->m_address, {12, 1});
+    EXPECT_EQ(device.ApplyConfiguration(L"dIncubatorBelow 1 | dIncubatorAbove 1 | dCO2Below 0.1 | dCO2Above 0.2 | "
+                                        L"dO2Below 0.3 | dO2Above 0.4"),
+              0);
+    EXPECT_EQ(platform.server.Commands(), (std::vector<std::string>{"alarm 8 1.0", "alarm 12 0.10", "alarm 12 0.30"}));
+}
+
 TEST_F(AlarmsTests, MissingChannels_AreLeftOut) {
     CDevApiInterface_Impl& device = Device();
     device.m_pTemperature[0]->DeletingDestructor(1);

@@ -133,6 +133,20 @@ TEST_F(ConfigurationTests, Taking_StoresEveryFieldAndWritesTheAirMode) {
     EXPECT_FALSE(device.m_bBusy);
 }
 
+TEST_F(ConfigurationTests, Taking_WhatTheDialogShows_RoundsTheTolerances) {
+    CDevApiInterface_Impl& device = DeviceWith({8});
+    device.m_pTemperature[0]->SetTolerance(0.26, 0.24);
+    device.m_pGasConcentration[0]->SetTolerance(0.125, 0.005);
+    const ConfigurationView shown = DescribeConfiguration(device);
+    EXPECT_TRUE(TakeConfiguration(device, [&shown](int id) { return TextOf(shown, id); }, false));
+    EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceBelow, 0.3);
+    EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceAbove, 0.2);
+    EXPECT_EQ(device.m_pGasConcentration[0]->m_dToleranceBelow, 0.12);
+    EXPECT_EQ(device.m_pGasConcentration[0]->m_dToleranceAbove, 0.01);
+    EXPECT_EQ(device.m_pHumidifier[0]->m_dToleranceBelow, 0.0);  // 0.5 before
+    EXPECT_EQ(device.m_pHumidifier[0]->m_dToleranceAbove, 2.0);
+}
+
 TEST_F(ConfigurationTests, Taking_NumberThatIsNotFinite_CountsAsTextThatIsNone) {
     CDevApiInterface_Impl& device = DeviceWith({});
     for (const wchar_t* const text : {L"nan", L"-nan", L"inf", L"-INFINITY", L"1e999"}) {
