@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "oko/HostCallback.h"
+#include "oko/Result.h"
 
 std::wstring_view FindChannelName(std::span<const ProductNames> names, std::int32_t product,
                                   std::int32_t channel) noexcept {

@@ -39,7 +39,7 @@ class CDevApiInterface_Impl final : public CDevApiInterface {
     CDevApiInterface_Impl& operator=(const CDevApiInterface_Impl&) = delete;
 
     // The host's slots, described in oko/CDevApiInterface.h.
-    std::int32_t Init(::HostCallback callback, void* hostData) noexcept override;
+    std::int32_t Init(oko::HostCallbackFunction callback, void* hostData) noexcept override;
     void Close() noexcept override;
     bool Unused2() noexcept override { return false; }
     oko::WindowHandle CreateValuePanel(oko::WindowHandle parent, oko::DialogProcedure* procedure) noexcept override;
@@ -149,23 +149,23 @@ class CDevApiInterface_Impl final : public CDevApiInterface {
     std::atomic<std::int32_t> m_nHumidifiers = kHumidifiers;
     std::array<ChannelSlot<CDevApiInterface_Humidifier_Impl>, kHumidifiers> m_pHumidifier;
 
-    WindowHandle m_hNotifyWnd = nullptr;  // takes the channels' change notices; nothing sets it
-    bool m_bThreadRun = true;             // the value thread goes on; guarded by m_csData
-    std::uint32_t m_nThreadRun = 0;       // which of the value threads that were started may go on; guarded by m_csData
-    CriticalSection m_csData;             // channel values, the air-mode watch, m_bThreadRun
-    CriticalSection m_csThread;           // m_hThread, while a value thread is started or stopped
-    CriticalSection m_csSocket;           // one send and receive, and the link itself
+    oko::WindowHandle m_hNotifyWnd = nullptr;  // takes the channels' change notices; nothing sets it
+    bool m_bThreadRun = true;                  // the value thread goes on; guarded by m_csData
+    std::uint32_t m_nThreadRun = 0;  // which of the value threads that were started may go on; guarded by m_csData
+    CriticalSection m_csData;        // channel values, the air-mode watch, m_bThreadRun
+    CriticalSection m_csThread;      // m_hThread, while a value thread is started or stopped
+    CriticalSection m_csSocket;      // one send and receive, and the link itself
 
     // What is connected: m_products, the channels' ranges, m_szSimListconprod. The innermost lock: held for a few lines
     // at a time, never during an exchange or a call of the host.
     mutable CriticalSection m_csCatalogue;
-    std::atomic<::HostCallback> HostCallback = nullptr;
+    std::atomic<oko::HostCallbackFunction> HostCallback = nullptr;
     std::atomic<bool> m_bLogCommunication = false;
 
     std::atomic<std::int32_t> m_iProgress = 0;  // percent, last sent to the progress window
     std::atomic<bool> m_bConnectingShown = false;
     std::atomic<bool> m_bSetupComplete = false;  // ApplyConfiguration has run since the last Close
-    std::atomic<WindowHandle> m_hProgressWnd = nullptr;
+    std::atomic<oko::WindowHandle> m_hProgressWnd = nullptr;
     std::atomic<bool> m_bProgressUp = false;  // m_hProgressWnd was opened and not yet destroyed
     ManualResetEvent m_hThreadStopped;
 
@@ -200,7 +200,7 @@ class CDevApiInterface_Impl final : public CDevApiInterface {
     std::array<char, kSimListconprodSize> m_szSimListconprod{};
 
  private:
-    std::int32_t Initialise(::HostCallback callback, void* hostData);
+    std::int32_t Initialise(oko::HostCallbackFunction callback, void* hostData);
     void CreateChannels();
     void DestroyChannels() noexcept;
 };

@@ -5,7 +5,7 @@
 #include "platform/Window.h"
 
 void CDevApiInterface_Impl::CallHost(std::int32_t code, const wchar_t* text) noexcept try {
-    if (const ::HostCallback callback = HostCallback) {
+    if (const oko::HostCallbackFunction callback = HostCallback) {
         callback(code, text);
     }
 } catch (...) {
@@ -15,7 +15,7 @@ void CDevApiInterface_Impl::CallHost(std::int32_t code, const wchar_t* text) noe
 void CDevApiInterface_Impl::Log(const wchar_t* line) noexcept { CallHost(oko::kCallbackLog, line); }
 
 void CDevApiInterface_Impl::ReportProgress(int percent) noexcept {
-    if (const WindowHandle window = m_hProgressWnd) {
+    if (const oko::WindowHandle window = m_hProgressWnd) {
         m_iProgress = percent;
         SendProgress(window, percent);
     }

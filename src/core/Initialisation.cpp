@@ -63,7 +63,7 @@ void SendComPorts(CDevApiInterface_Impl& device) noexcept {
 
 }  // namespace
 
-std::int32_t CDevApiInterface_Impl::Init(::HostCallback callback, void* hostData) noexcept try {
+std::int32_t CDevApiInterface_Impl::Init(oko::HostCallbackFunction callback, void* hostData) noexcept try {
     const FlagTurn turn(m_bSettingUp);
     // Called from the callback of an Init or a search, or on another thread meanwhile: two of them at once would deal
     // out the channels twice.
@@ -72,7 +72,7 @@ std::int32_t CDevApiInterface_Impl::Init(::HostCallback callback, void* hostData
     return oko::kFailure;  // out of memory; the device stays busy, as after every failed Init
 }
 
-std::int32_t CDevApiInterface_Impl::Initialise(::HostCallback callback, void* hostData) {
+std::int32_t CDevApiInterface_Impl::Initialise(oko::HostCallbackFunction callback, void* hostData) {
     ReportProgress(15);
     m_bBusy = true;
     HostCallback = callback;

@@ -80,7 +80,7 @@ std::int32_t CDevApiInterface_Impl::ApplyConfiguration(const wchar_t* text) noex
     }
 
     ReportProgress(89);
-    if (const WindowHandle window = m_hProgressWnd) {
+    if (const oko::WindowHandle window = m_hProgressWnd) {
         DestroyWindowHandle(window);  // kept: docs/oddities.md#dead-progress-window
         m_bProgressUp = false;
     }

@@ -75,7 +75,7 @@ std::int32_t CDevApiInterface_Impl::ApplyConnection(const wchar_t* text) noexcep
 
 oko::WindowHandle CDevApiInterface_Impl::CreateValuePanel(oko::WindowHandle parent,
                                                           oko::DialogProcedure* procedure) noexcept {
-    const WindowHandle panel = OpenValuePanel(*this, parent);
+    const oko::WindowHandle panel = OpenValuePanel(*this, parent);
     if (procedure != nullptr) {
         *procedure = ValuePanelProcedure();
     }

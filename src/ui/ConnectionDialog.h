@@ -7,4 +7,4 @@ class CDevApiInterface_Impl;
 
 /// Runs the modal dialog "INCUBATOR_CONNECTION" over `parent` and gives its end: Ok and FindAndConnect after the device
 /// took the choice. On the user-interface thread.
-DialogEnd RunConnectionDialog(CDevApiInterface_Impl& device, WindowHandle parent) noexcept;
+DialogEnd RunConnectionDialog(CDevApiInterface_Impl& device, oko::WindowHandle parent) noexcept;

@@ -54,7 +54,7 @@ void CloseProgressWindow(CDevApiInterface_Impl& device) noexcept {
 
 /// Opens the device's progress window. One that an earlier search left up, because the host went no further, could be
 /// closed by nobody any more: it goes first.
-void ShowProgressWindow(CDevApiInterface_Impl& device, WindowHandle parent, const wchar_t* caption) noexcept {
+void ShowProgressWindow(CDevApiInterface_Impl& device, oko::WindowHandle parent, const wchar_t* caption) noexcept {
     CloseProgressWindow(device);
     device.m_hProgressWnd = OpenProgressWindow(device, parent, caption);
     device.m_bProgressUp = true;
@@ -63,7 +63,7 @@ void ShowProgressWindow(CDevApiInterface_Impl& device, WindowHandle parent, cons
 }  // namespace
 
 // kept: docs/oddities.md#english-everywhere
-void FindAndConnect(CDevApiInterface_Impl& device, WindowHandle parent) {
+void FindAndConnect(CDevApiInterface_Impl& device, oko::WindowHandle parent) {
     if (device.EnsureServerRunning(kServerPollDelayMs) != CDevApiInterface_Impl::ServerState::Running) {
         return;
     }

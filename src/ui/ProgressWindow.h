@@ -7,4 +7,5 @@ class CDevApiInterface_Impl;
 /// Opens and shows the modeless window "IDD_PROGRESS" over `parent`, with its template's caption when `caption` is
 /// null. It takes the progress message until it is destroyed. Null when it cannot be opened. On the user-interface
 /// thread.
-WindowHandle OpenProgressWindow(CDevApiInterface_Impl& device, WindowHandle parent, const wchar_t* caption) noexcept;
+oko::WindowHandle OpenProgressWindow(CDevApiInterface_Impl& device, oko::WindowHandle parent,
+                                     const wchar_t* caption) noexcept;

@@ -16,7 +16,7 @@ namespace {
 /// while nobody opens any.
 std::mutex s_mutex;
 
-void Record(std::vector<WindowHandle>& parents, WindowHandle parent) {
+void Record(std::vector<oko::WindowHandle>& parents, oko::WindowHandle parent) {
     const std::scoped_lock lock(s_mutex);
     parents.push_back(parent);
 }
@@ -33,10 +33,10 @@ void ScriptedDialogs::Reset() {
     Current() = {};
 }
 
-WindowHandle ScriptedDialogs::Open(std::string name, WindowHandle parent, std::wstring caption) {
+oko::WindowHandle ScriptedDialogs::Open(std::string name, oko::WindowHandle parent, std::wstring caption) {
     constexpr std::uintptr_t kFirstHandle = 0x10000;
     const std::scoped_lock lock(s_mutex);
-    const auto window = reinterpret_cast<WindowHandle>(kFirstHandle + opened.size());
+    const auto window = reinterpret_cast<oko::WindowHandle>(kFirstHandle + opened.size());
     opened.push_back({std::move(name), parent, std::move(caption), window});
     if (onOpened) {
         onOpened(opened.back());
@@ -44,23 +44,24 @@ WindowHandle ScriptedDialogs::Open(std::string name, WindowHandle parent, std::w
     return window;
 }
 
-DialogEnd RunConfigurationDialog(CDevApiInterface_Impl& device, WindowHandle parent) noexcept {
+DialogEnd RunConfigurationDialog(CDevApiInterface_Impl& device, oko::WindowHandle parent) noexcept {
     ScriptedDialogs& dialogs = ScriptedDialogs::Current();
     Record(dialogs.configurationParents, parent);
     return dialogs.onConfiguration ? dialogs.onConfiguration(device) : DialogEnd::Cancelled;
 }
 
-DialogEnd RunConnectionDialog(CDevApiInterface_Impl& device, WindowHandle parent) noexcept {
+DialogEnd RunConnectionDialog(CDevApiInterface_Impl& device, oko::WindowHandle parent) noexcept {
     ScriptedDialogs& dialogs = ScriptedDialogs::Current();
     Record(dialogs.connectionParents, parent);
     return dialogs.onConnection ? dialogs.onConnection(device) : DialogEnd::CloseBox;
 }
 
-WindowHandle OpenProgressWindow(CDevApiInterface_Impl&, WindowHandle parent, const wchar_t* caption) noexcept {
+oko::WindowHandle OpenProgressWindow(CDevApiInterface_Impl&, oko::WindowHandle parent,
+                                     const wchar_t* caption) noexcept {
     return ScriptedDialogs::Current().Open("IDD_PROGRESS", parent, caption != nullptr ? caption : L"");
 }
 
-WindowHandle OpenValuePanel(CDevApiInterface_Impl&, WindowHandle parent) noexcept {
+oko::WindowHandle OpenValuePanel(CDevApiInterface_Impl&, oko::WindowHandle parent) noexcept {
     return ScriptedDialogs::Current().Open("INCUBATOR_DIALOG1", parent, L"");
 }
 

@@ -20,9 +20,9 @@ class ScriptedDialogs {
     /// The modeless windows that were opened: their parents, and their captions ("" for the template's own).
     struct Opened {
         std::string name;  // "IDD_PROGRESS" or "INCUBATOR_DIALOG1"
-        WindowHandle parent;
+        oko::WindowHandle parent;
         std::wstring caption;
-        WindowHandle window;
+        oko::WindowHandle window;
         bool operator==(const Opened&) const = default;
     };
     std::vector<Opened> opened;
@@ -31,12 +31,12 @@ class ScriptedDialogs {
     std::function<void(const Opened& window)> onOpened;
 
     /// The parents of the modal dialogs that ran.
-    std::vector<WindowHandle> configurationParents;
-    std::vector<WindowHandle> connectionParents;
+    std::vector<oko::WindowHandle> configurationParents;
+    std::vector<oko::WindowHandle> connectionParents;
 
     static ScriptedDialogs& Current();
     static void Reset();
 
     /// For the stand-ins: a handle that no test has seen yet.
-    WindowHandle Open(std::string name, WindowHandle parent, std::wstring caption);
+    oko::WindowHandle Open(std::string name, oko::WindowHandle parent, std::wstring caption);
 };

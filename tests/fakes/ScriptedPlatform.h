@@ -256,13 +256,13 @@ class RecordedWindows {
     };
 
     /// The change notices posted to `window` by the test's own thread, and by the other threads.
-    std::size_t NoticeCount(WindowHandle window = nullptr) const;
-    std::size_t OtherThreadNoticeCount(WindowHandle window = nullptr) const;
+    std::size_t NoticeCount(oko::WindowHandle window = nullptr) const;
+    std::size_t OtherThreadNoticeCount(oko::WindowHandle window = nullptr) const;
 
     /// The percentages sent to `window`, in order.
-    std::vector<int> Percents(WindowHandle window) const;
+    std::vector<int> Percents(oko::WindowHandle window) const;
 
-    std::vector<WindowHandle> Destroyed() const;
+    std::vector<oko::WindowHandle> Destroyed() const;
     std::vector<ErrorBox> ErrorBoxes() const;
 
     /// Runs when a percentage was sent ("75 %") and when a window was destroyed ("destroy"), without a lock of the
@@ -270,9 +270,9 @@ class RecordedWindows {
     std::function<void(const std::string& event)> onEvent;
 
     // For the stand-ins.
-    void PostNotice(WindowHandle window);
-    void SendPercent(WindowHandle window, int percent);
-    void Destroy(WindowHandle window);
+    void PostNotice(oko::WindowHandle window);
+    void SendPercent(oko::WindowHandle window, int percent);
+    void Destroy(oko::WindowHandle window);
     void ShowBox(ErrorBox box);
 
  private:
@@ -280,10 +280,10 @@ class RecordedWindows {
 
     const std::thread::id m_testThread = std::this_thread::get_id();
     mutable std::mutex m_mutex;
-    std::map<WindowHandle, std::size_t> m_notices;
-    std::map<WindowHandle, std::size_t> m_otherNotices;
-    std::map<WindowHandle, std::vector<int>> m_percents;
-    std::vector<WindowHandle> m_destroyed;
+    std::map<oko::WindowHandle, std::size_t> m_notices;
+    std::map<oko::WindowHandle, std::size_t> m_otherNotices;
+    std::map<oko::WindowHandle, std::vector<int>> m_percents;
+    std::vector<oko::WindowHandle> m_destroyed;
     std::vector<ErrorBox> m_errorBoxes;
 };
 

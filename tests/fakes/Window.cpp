@@ -5,29 +5,29 @@
 namespace {
 
 template <class Map>
-typename Map::mapped_type Recorded(const Map& map, WindowHandle window) {
+typename Map::mapped_type Recorded(const Map& map, oko::WindowHandle window) {
     const auto found = map.find(window);
     return found != map.end() ? found->second : typename Map::mapped_type{};
 }
 
 }  // namespace
 
-std::size_t RecordedWindows::NoticeCount(WindowHandle window) const {
+std::size_t RecordedWindows::NoticeCount(oko::WindowHandle window) const {
     const std::scoped_lock lock(m_mutex);
     return Recorded(m_notices, window);
 }
 
-std::size_t RecordedWindows::OtherThreadNoticeCount(WindowHandle window) const {
+std::size_t RecordedWindows::OtherThreadNoticeCount(oko::WindowHandle window) const {
     const std::scoped_lock lock(m_mutex);
     return Recorded(m_otherNotices, window);
 }
 
-std::vector<int> RecordedWindows::Percents(WindowHandle window) const {
+std::vector<int> RecordedWindows::Percents(oko::WindowHandle window) const {
     const std::scoped_lock lock(m_mutex);
     return Recorded(m_percents, window);
 }
 
-std::vector<WindowHandle> RecordedWindows::Destroyed() const {
+std::vector<oko::WindowHandle> RecordedWindows::Destroyed() const {
     const std::scoped_lock lock(m_mutex);
     return m_destroyed;
 }
@@ -37,12 +37,12 @@ std::vector<RecordedWindows::ErrorBox> RecordedWindows::ErrorBoxes() const {
     return m_errorBoxes;
 }
 
-void RecordedWindows::PostNotice(WindowHandle window) {
+void RecordedWindows::PostNotice(oko::WindowHandle window) {
     const std::scoped_lock lock(m_mutex);
     ++(std::this_thread::get_id() == m_testThread ? m_notices : m_otherNotices)[window];
 }
 
-void RecordedWindows::SendPercent(WindowHandle window, int percent) {
+void RecordedWindows::SendPercent(oko::WindowHandle window, int percent) {
     {
         const std::scoped_lock lock(m_mutex);
         m_percents[window].push_back(percent);
@@ -50,7 +50,7 @@ void RecordedWindows::SendPercent(WindowHandle window, int percent) {
     Say(std::to_string(percent) + " %");
 }
 
-void RecordedWindows::Destroy(WindowHandle window) {
+void RecordedWindows::Destroy(oko::WindowHandle window) {
     {
         const std::scoped_lock lock(m_mutex);
         m_destroyed.push_back(window);
@@ -69,13 +69,13 @@ void RecordedWindows::Say(const std::string& event) const {
     }
 }
 
-void PostValuesChanged(WindowHandle window) noexcept { ScriptedPlatform::Current().windows.PostNotice(window); }
+void PostValuesChanged(oko::WindowHandle window) noexcept { ScriptedPlatform::Current().windows.PostNotice(window); }
 
-void SendProgress(WindowHandle window, int percent) noexcept {
+void SendProgress(oko::WindowHandle window, int percent) noexcept {
     ScriptedPlatform::Current().windows.SendPercent(window, percent);
 }
 
-void DestroyWindowHandle(WindowHandle window) noexcept { ScriptedPlatform::Current().windows.Destroy(window); }
+void DestroyWindowHandle(oko::WindowHandle window) noexcept { ScriptedPlatform::Current().windows.Destroy(window); }
 
 void ShowErrorBox(const wchar_t* text, const wchar_t* caption) noexcept {
     ScriptedPlatform::Current().windows.ShowBox({text, caption});

@@ -62,7 +62,7 @@ TEST_F(AlarmsTests, ProgressWindow_IsTakenToItsEndAndClosed) {
     device.m_hProgressWnd = &window;
     device.ApplyConfiguration(L"");
     EXPECT_EQ(platform.windows.Percents(&window), (std::vector<int>{75, 83, 89}));
-    EXPECT_EQ(platform.windows.Destroyed(), std::vector<WindowHandle>{&window});
+    EXPECT_EQ(platform.windows.Destroyed(), std::vector<oko::WindowHandle>{&window});
     EXPECT_EQ(device.m_hProgressWnd, &window);
     EXPECT_EQ(device.m_iProgress, 89);
 }

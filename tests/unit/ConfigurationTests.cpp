@@ -260,7 +260,7 @@ TEST_F(ConfigurationTests, Show_Ok_WritesTheTextAndAppliesIt) {
     EXPECT_EQ(platform.server.Commands(),
               (std::vector<std::string>{"bl-param-read 11 237", "alarm 8 0.2", "alarm 10 0.50", "alarm 11 0.50"}));
     EXPECT_EQ(HostLog::AirModeChanges(), 1U);
-    EXPECT_EQ(ScriptedDialogs::Current().configurationParents, std::vector<WindowHandle>{&parent});
+    EXPECT_EQ(ScriptedDialogs::Current().configurationParents, std::vector<oko::WindowHandle>{&parent});
     EXPECT_EQ(device.m_nConfigTextSize, 10);
     EXPECT_EQ(device.m_pszConfigText, text.data());
 }

@@ -50,7 +50,7 @@ TEST_F(ConnectionTests, Ok_WritesThePort) {
     EXPECT_EQ(Show(device, DialogEnd::Ok, 12), 0);
     EXPECT_STREQ(m_text.data(), L"m_iComPort 12");
     EXPECT_EQ(device.m_nConnectionTextLen, 13);
-    EXPECT_EQ(ScriptedDialogs::Current().connectionParents, std::vector<WindowHandle>{&m_parent});
+    EXPECT_EQ(ScriptedDialogs::Current().connectionParents, std::vector<oko::WindowHandle>{&m_parent});
     EXPECT_TRUE(platform.server.Calls().empty());
 }
 
@@ -123,7 +123,7 @@ TEST_F(ConnectionTests, FindAndConnect_ShowsItsPercentagesAndLeavesTheConnecting
     EXPECT_EQ(opened[0].parent, &m_parent);
     EXPECT_EQ(platform.windows.Percents(opened[0].window),
               (std::vector<int>{1, 9, 18, 27, 36, 45, 55, 64, 73, 82, 91}));
-    EXPECT_EQ(platform.windows.Destroyed(), std::vector<WindowHandle>{opened[0].window});
+    EXPECT_EQ(platform.windows.Destroyed(), std::vector<oko::WindowHandle>{opened[0].window});
     EXPECT_EQ(platform.windows.Percents(opened[1].window), std::vector<int>{1});
     EXPECT_EQ(device.m_hProgressWnd, opened[1].window);
     EXPECT_TRUE(device.m_bConnectingShown);
@@ -250,7 +250,7 @@ TEST_F(ConnectionTests, FindAndConnect_StartedServer_IsPolledEverySecond) {
 TEST_F(ConnectionTests, ValuePanel_IsOpenedInItsParent) {
     CDevApiInterface_Impl& device = MakeDevice(0);
     oko::DialogProcedure procedure = nullptr;
-    const WindowHandle panel = device.CreateValuePanel(&m_parent, &procedure);
+    const oko::WindowHandle panel = device.CreateValuePanel(&m_parent, &procedure);
     ASSERT_EQ(ScriptedDialogs::Current().opened.size(), 1U);
     EXPECT_EQ(ScriptedDialogs::Current().opened[0].window, panel);
     EXPECT_EQ(ScriptedDialogs::Current().opened[0].parent, &m_parent);
@@ -285,11 +285,11 @@ TEST_F(ConnectionTests, SecondSearch_ClosesTheWindowThatTheFirstOneLeftUp) {
     EXPECT_EQ(Show(device, DialogEnd::FindAndConnect), 0);
     ASSERT_EQ(ScriptedDialogs::Current().opened.size(), 2U);
     const auto handle = [](std::size_t i) { return ScriptedDialogs::Current().opened[i].window; };
-    EXPECT_EQ(platform.windows.Destroyed(), std::vector<WindowHandle>{handle(0)});
+    EXPECT_EQ(platform.windows.Destroyed(), std::vector<oko::WindowHandle>{handle(0)});
 
     EXPECT_EQ(Show(device, DialogEnd::FindAndConnect), 0);
     ASSERT_EQ(ScriptedDialogs::Current().opened.size(), 4U);
-    EXPECT_EQ(platform.windows.Destroyed(), (std::vector<WindowHandle>{handle(0), handle(1), handle(2)}));
+    EXPECT_EQ(platform.windows.Destroyed(), (std::vector<oko::WindowHandle>{handle(0), handle(1), handle(2)}));
 
     EXPECT_EQ(device.ApplyConfiguration(L""), 0);
     EXPECT_EQ(platform.windows.Destroyed().size(), 4U);

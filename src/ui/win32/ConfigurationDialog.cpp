@@ -88,6 +88,6 @@ INT_PTR CALLBACK ConfigurationDlgProc(HWND dialog, UINT message, WPARAM wParam, 
 
 }  // namespace
 
-DialogEnd RunConfigurationDialog(CDevApiInterface_Impl& device, WindowHandle parent) noexcept {
+DialogEnd RunConfigurationDialog(CDevApiInterface_Impl& device, oko::WindowHandle parent) noexcept {
     return RunDialog(L"INCUBATOR_CONFIGURATION", parent, ConfigurationDlgProc, device);
 }

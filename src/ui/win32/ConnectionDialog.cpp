@@ -73,6 +73,6 @@ INT_PTR CALLBACK ConnectionDlgProc(HWND dialog, UINT message, WPARAM wParam, LPA
 
 }  // namespace
 
-DialogEnd RunConnectionDialog(CDevApiInterface_Impl& device, WindowHandle parent) noexcept {
+DialogEnd RunConnectionDialog(CDevApiInterface_Impl& device, oko::WindowHandle parent) noexcept {
     return RunDialog(L"INCUBATOR_CONNECTION", parent, ConnectionDlgProc, device);
 }

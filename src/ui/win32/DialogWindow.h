@@ -23,7 +23,7 @@ inline bool KeepDevice(HWND dialog, LPARAM device) noexcept {
 }
 
 /// Runs a modal dialog with the device as its creation parameter.
-inline DialogEnd RunDialog(const wchar_t* name, WindowHandle parent, DLGPROC procedure,
+inline DialogEnd RunDialog(const wchar_t* name, oko::WindowHandle parent, DLGPROC procedure,
                            CDevApiInterface_Impl& device) noexcept {
     const INT_PTR result = DialogBoxParamW(DialogInstance(), name, static_cast<HWND>(parent), procedure,
                                            reinterpret_cast<LPARAM>(&device));

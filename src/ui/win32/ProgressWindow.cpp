@@ -46,7 +46,8 @@ INT_PTR CALLBACK ProgressDlgProc(HWND dialog, UINT message, WPARAM wParam, LPARA
 
 }  // namespace
 
-WindowHandle OpenProgressWindow(CDevApiInterface_Impl& device, WindowHandle parent, const wchar_t* caption) noexcept {
+oko::WindowHandle OpenProgressWindow(CDevApiInterface_Impl& device, oko::WindowHandle parent,
+                                     const wchar_t* caption) noexcept {
     LoadProgressBarClass();
     const HWND window = CreateDialogParamW(DialogInstance(), L"IDD_PROGRESS", static_cast<HWND>(parent),
                                            ProgressDlgProc, reinterpret_cast<LPARAM>(&device));

@@ -93,7 +93,7 @@ void LayOut(HWND dialog, const StatusReport& report) {
 
 }  // namespace
 
-void ShowStatusReport(CDevApiInterface_Impl& device, WindowHandle dialog) {
+void ShowStatusReport(CDevApiInterface_Impl& device, oko::WindowHandle dialog) {
     const WaitCursor wait;
     device.m_bBusy = true;
     const StatusReport report = CollectStatusReport(device);

@@ -10,7 +10,7 @@ INT_PTR CALLBACK ValuePanelDlgProc(HWND, UINT, WPARAM, LPARAM) noexcept { return
 
 }  // namespace
 
-WindowHandle OpenValuePanel(CDevApiInterface_Impl& device, WindowHandle parent) noexcept {
+oko::WindowHandle OpenValuePanel(CDevApiInterface_Impl& device, oko::WindowHandle parent) noexcept {
     return CreateDialogParamW(DialogInstance(), L"INCUBATOR_DIALOG1", static_cast<HWND>(parent), ValuePanelDlgProc,
                               reinterpret_cast<LPARAM>(&device));
 }
