@@ -15,8 +15,9 @@ class Scanner {
     constexpr explicit Scanner(std::basic_string_view<Char> text) noexcept : m_rest(text) {}
 
     /// Takes `literal`: a blank in it matches any run of white space, even none; every other character itself.
-    constexpr bool Literal(std::string_view literal) noexcept {
-        for (const char expected : literal) {
+    template <class Expected>
+    constexpr bool Literal(std::basic_string_view<Expected> literal) noexcept {
+        for (const Expected expected : literal) {
             if (IsBlank(expected)) {
                 SkipBlanks();
             } else if (m_bMatching && !m_rest.empty() && m_rest.front() == static_cast<Char>(expected)) {
@@ -27,6 +28,9 @@ class Scanner {
         }
         return m_bMatching;
     }
+
+    constexpr bool Literal(const char* literal) noexcept { return Literal(std::string_view(literal)); }
+    constexpr bool Literal(const wchar_t* literal) noexcept { return Literal(std::wstring_view(literal)); }
 
     /// Takes what "%d" takes. `value` stays as it was when nothing matches.
     bool Integer(int& value) noexcept { return Take(ScanInteger, value); }

@@ -3,28 +3,34 @@
 #include <array>
 
 #include "base/Scan.h"
+#include "oko/Settings.h"
 
 namespace {
 
-/// One pair of the text: what stands before its number, and where the number belongs.
+/// One pair of the text: its key, and where its number belongs.
 struct Field {
-    std::string_view literal;
+    const wchar_t* key;
     Tolerance AlarmSettings::* tolerance;
     double Tolerance::* value;
 };
 
 constexpr std::array<Field, 8> kFields{{
-    {"dIncubatorBelow ", &AlarmSettings::incubator, &Tolerance::below},
-    {" | dIncubatorAbove ", &AlarmSettings::incubator, &Tolerance::above},
-    {" | dCO2Below ", &AlarmSettings::co2, &Tolerance::below},
-    {" | dCO2Above ", &AlarmSettings::co2, &Tolerance::above},
-    {" | dO2Below ", &AlarmSettings::o2, &Tolerance::below},
-    {" | dO2Above ", &AlarmSettings::o2, &Tolerance::above},
-    {" | dHumidityBelow ", &AlarmSettings::humidity, &Tolerance::below},
-    {" | dHumidityAbove ", &AlarmSettings::humidity, &Tolerance::above},
+    {oko::kIncubatorBelowKey, &AlarmSettings::incubator, &Tolerance::below},
+    {oko::kIncubatorAboveKey, &AlarmSettings::incubator, &Tolerance::above},
+    {oko::kCo2BelowKey, &AlarmSettings::co2, &Tolerance::below},
+    {oko::kCo2AboveKey, &AlarmSettings::co2, &Tolerance::above},
+    {oko::kO2BelowKey, &AlarmSettings::o2, &Tolerance::below},
+    {oko::kO2AboveKey, &AlarmSettings::o2, &Tolerance::above},
+    {oko::kHumidityBelowKey, &AlarmSettings::humidity, &Tolerance::below},
+    {oko::kHumidityAboveKey, &AlarmSettings::humidity, &Tolerance::above},
 }};
 
 constexpr int kDecimals = 6;
+
+/// What stands before a pair.
+const wchar_t* SeparatorBefore(const Field& field) noexcept {
+    return &field == kFields.data() ? L"" : oko::kAlarmSeparator;
+}
 
 }  // namespace
 
@@ -32,7 +38,10 @@ AlarmSettings ParseAlarmSettings(std::wstring_view text) noexcept {
     AlarmSettings settings;
     Scanner scanner(text);
     for (const Field& field : kFields) {
-        if (!scanner.Literal(field.literal) || !scanner.Double(settings.*field.tolerance.*field.value)) {
+        scanner.Literal(SeparatorBefore(field));
+        scanner.Literal(field.key);
+        scanner.Literal(" ");
+        if (!scanner.Double(settings.*field.tolerance.*field.value)) {
             break;
         }
     }
@@ -42,8 +51,8 @@ AlarmSettings ParseAlarmSettings(std::wstring_view text) noexcept {
 AlarmSettingsText FormatAlarmSettings(const AlarmSettings& settings) noexcept {
     AlarmSettingsText text;
     for (const Field& field : kFields) {
-        const NumberText number = FormatFixed(settings.*field.tolerance.*field.value, kDecimals);
-        text.AppendBytes(field.literal).AppendBytes(number.view());
+        text.Append(SeparatorBefore(field)).Append(field.key).Append(L" ");
+        text.AppendBytes(FormatFixed(settings.*field.tolerance.*field.value, kDecimals).view());
     }
     return text;
 }

@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "base/Text.h"
-#include "oko/CDevApiInterface.h"
+#include "oko/Settings.h"
 
 /// How far a value may stray from its target before the incubator raises an alarm, in the channel's unit.
 struct Tolerance {

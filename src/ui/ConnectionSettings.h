@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "base/Text.h"
-#include "oko/CDevApiInterface.h"
+#include "oko/Settings.h"
 
 using ConnectionSettingsText = BoundedText<wchar_t, oko::kConnectionTextLength>;
 
