@@ -88,6 +88,7 @@ TEST_F(AbiTests, GasAndHumidity_EverySlotIsInItsPlace) {
     };
     for (const Case& row :
          {Case{CallGasSlots, channels[1], L'O', 60.0}, Case{CallHumiditySlots, channels[2], L'H', 62.5}}) {
+        SCOPED_TRACE(static_cast<char>(row.firstLetter));
         SlotResults results{};
         std::array<double, 8> numbers{};
         row.call(row.channel, &results, numbers.data());

@@ -61,6 +61,7 @@ TEST_F(IncubatorTests, EveryCommand_HasItsReply) {
              {"alarm 9 0.2", "0_alarm 9 0.2_1\r"},
              {"alarm 11 0.50", "0_alarm 11 0.50_1\r"},
          }) {
+        SCOPED_TRACE(row.command);
         EXPECT_EQ(Reply(row.command), row.reply);
     }
 }
@@ -102,7 +103,8 @@ TEST_F(IncubatorTests, WhatIsNotUnderstood_IsRefused) {
                                       "bl-param-read 9 64 1",
                                       "bl-param-write 11 238 1 1",
                                       "alarm 9 0.2 0.2"}) {
-        EXPECT_EQ(Reply(command).substr(0, 2), "3_") << command;
+        SCOPED_TRACE(testing::PrintToString(std::string(command)));
+        EXPECT_EQ(Reply(command).substr(0, 2), "3_");
         EXPECT_EQ(m_incubator.Execute(ParseCommand(command)).payload.front(), 'e');
     }
 }
@@ -131,6 +133,7 @@ TEST_F(IncubatorTests, SetPoint_IsStoredAndApproachedWithOvershoot) {
 
 TEST_F(IncubatorTests, HugeStepsOfTime_StayStable) {
     for (const double seconds : {0.0, 1e-9, 5.0, 1e6}) {
+        SCOPED_TRACE(seconds);
         m_incubator.Advance(seconds);
         EXPECT_TRUE(std::isfinite(Value("readcurval 9")));
         EXPECT_LT(Value("readcurval 9"), 60.0);

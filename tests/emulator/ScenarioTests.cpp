@@ -24,14 +24,17 @@ TEST(ScenarioTests, ReadyOnes_AreThereAndAnswer) {
         ASSERT_TRUE(ReadyScenarios().contains(name)) << name;
     }
     for (const auto& [name, json] : ReadyScenarios()) {
+        SCOPED_TRACE(name);
         const Scenario scenario = LoadScenario(name);
         EXPECT_EQ(scenario.name, name);
         EXPECT_FALSE(scenario.description.empty());
         Incubator incubator(scenario, 1);
         for (const ProductScenario& product : scenario.products) {
+            SCOPED_TRACE(product.number);
             const std::string number = std::to_string(product.number);
             EXPECT_EQ(incubator.Execute(ParseCommand("listdev " + number)).code, 0);
             for (const ParameterScenario& parameter : product.parameters) {
+                SCOPED_TRACE(parameter.number);
                 EXPECT_EQ(
                     incubator.Execute(ParseCommand("bl-param-read " + number + " " + std::to_string(parameter.number)))
                         .code,
@@ -39,6 +42,7 @@ TEST(ScenarioTests, ReadyOnes_AreThereAndAnswer) {
             }
         }
         for (const std::string& fault : scenario.faults) {
+            SCOPED_TRACE(fault);
             EXPECT_NO_THROW(ParseFaultRule(fault));
         }
     }
@@ -71,6 +75,7 @@ TEST(ScenarioTests, Mistakes_AreNamedWithFileAndPlace) {
               "my.json/products/0/parameters/1: \"follows\" names device 4, which the product does not have"},
              {R"({"faults": "status"})", "my.json: \"faults\" has the wrong type"},
          }) {
+        SCOPED_TRACE(row.json);
         EXPECT_EQ(Complaint(row.json), row.complaint);
     }
     const std::string syntax = Complaint("{\n  \"name\": oops\n}");

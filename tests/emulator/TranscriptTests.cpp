@@ -11,10 +11,11 @@ TEST(TranscriptTests, AnyBytes_SurviveTheRoundTrip) {
     }
     for (const std::string& bytes :
          {all, std::string(), std::string("-"), std::string("\\0"), std::string("0_x_1\r")}) {
+        SCOPED_TRACE(testing::PrintToString(bytes));
         const std::string text = Escape(bytes);
         EXPECT_EQ(Unescape(text), bytes);
         for (const char c : text) {
-            EXPECT_TRUE(c >= ' ' && c <= '~');
+            EXPECT_TRUE(c >= ' ' && c <= '~') << int{c};
         }
     }
 }

@@ -21,7 +21,7 @@ class AirModeTests : public DeviceTest {
     static void Read(CDevApiInterface_GasConcentration_Impl& channel, int times = 1) {
         for (int i = 0; i < times; ++i) {
             double value = 0.0;
-            EXPECT_EQ(channel.GetTargetGasConcentration(&value), 0);
+            EXPECT_EQ(channel.GetTargetGasConcentration(&value), 0) << "read " << i;
         }
     }
 };
@@ -34,6 +34,7 @@ TEST_F(AirModeTests, Watch_IsForO2ControllersOnly) {
     };
     for (const Case& row : {Case{10, 0, false}, Case{11, 0, true}, Case{11, 1, true}, Case{12, 0, false},
                             Case{12, 1, true}, Case{13, 0, false}, Case{13, 1, true}, Case{15, 1, false}}) {
+        SCOPED_TRACE(testing::Message() << row.product << "/" << row.channel);
         Read(Channel(row.product, row.channel));
         const std::string target =
             "readsetpoint " + std::to_string(row.product) + " " + std::to_string(row.channel) + " -1";
@@ -131,20 +132,22 @@ TEST_F(AirModeTests, FailedReads_CountNeitherWay) {
 
 TEST_F(AirModeTests, Payloads_OnlyExactly1IsOn) {
     for (const char* const payload : {"1", "0", "1.0", "2", "1 ", "01", "on"}) {
+        SCOPED_TRACE(payload);
         auto& channel = Channel(11, 0);
         ReportAirMode(11, payload);
         std::uint8_t status = 9;
         EXPECT_EQ(channel.ReadAirMode(&status), 0);
-        EXPECT_EQ(status, std::string(payload) == "1" ? 1 : 0) << payload;
+        EXPECT_EQ(status, std::string(payload) == "1" ? 1 : 0);
     }
 }
 
 TEST_F(AirModeTests, PayloadThatIsNoNumber_Fails) {
     auto& channel = Channel(11, 0);
     for (const char* const payload : {"nan", "n", "not known", "error"}) {
+        SCOPED_TRACE(payload);
         ReportAirMode(11, payload);
         std::uint8_t status = 9;
-        EXPECT_EQ(channel.ReadAirMode(&status), -1) << payload;
+        EXPECT_EQ(channel.ReadAirMode(&status), -1);
         EXPECT_EQ(status, 9);
     }
 }
@@ -152,10 +155,11 @@ TEST_F(AirModeTests, PayloadThatIsNoNumber_Fails) {
 TEST_F(AirModeTests, ReplyWithoutAValue_IsOff) {
     auto& channel = Channel(11, 0);
     for (const char* const reply : {"5_bl-param-read 11 237_1\r", "0_bl-param-read 11 237_\r"}) {
+        SCOPED_TRACE(reply);
         platform.server.Answer("bl-param-read 11 237", reply);
         std::uint8_t status = 9;
         EXPECT_EQ(channel.ReadAirMode(&status), 0);
-        EXPECT_EQ(status, 0) << reply;
+        EXPECT_EQ(status, 0);
     }
 }
 

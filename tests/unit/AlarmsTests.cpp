@@ -111,6 +111,7 @@ TEST_F(AlarmsTests, GasChannels_AreClassifiedByProductAndChannel) {
          {Case{10, 0, "alarm 10 0.10"}, Case{10, 1, "alarm 10 0.10"}, Case{11, 0, "alarm 11 0.30"},
           Case{12, 0, "alarm 12 0.10"}, Case{12, 1, "alarm 12 0.30"}, Case{13, 0, "alarm 13 0.10"},
           Case{13, 1, "alarm 13 0.30"}, Case{12, 2, nullptr}, Case{0, 0, nullptr}, Case{14, 0, nullptr}}) {
+        SCOPED_TRACE(testing::Message() << row.product << "/" << row.channel);
         CDevApiInterface_Impl& device = Device();
         device.m_pTemperature[0]->DeletingDestructor(1);
         Put(device.m_pGasConcentration[1]->m_address, {0, 0});
@@ -160,13 +161,14 @@ TEST_F(AlarmsTests, AirMode_IsWhatTheLastProductReports) {
     };
     for (const Case& row : {Case{"0", "1", 1}, Case{"1", "0", 0}, Case{"1", "error", 1}, Case{"error", "error", 0},
                             Case{"2", "2", 0}, Case{"1.9", "nan", 1}}) {
+        SCOPED_TRACE(testing::Message() << row.reply11 << " " << row.reply12);
         CDevApiInterface_Impl& device = Device();
         device.m_bAirMode = 1;
         device.m_products = {{10, {0}, {{237, {}}}}, {11, {0}, {{237, {}}}}, {12, {0}, {{237, {}}}}, {13, {0}, {}}};
         platform.server.AnswerPayload("bl-param-read 11 237", row.reply11);
         platform.server.AnswerPayload("bl-param-read 12 237", row.reply12);
         device.ApplyConfiguration(L"");
-        EXPECT_EQ(device.m_bAirMode, row.airMode) << row.reply11 << " " << row.reply12;
+        EXPECT_EQ(device.m_bAirMode, row.airMode);
         EXPECT_EQ(platform.server.Commands(),
                   (std::vector<std::string>{"bl-param-read 11 237", "bl-param-read 12 237", "alarm 8 0.2",
                                             "alarm 10 0.50", "alarm 11 0.50"}));

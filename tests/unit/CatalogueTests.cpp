@@ -125,6 +125,7 @@ TEST_F(CatalogueTests, InitOrSearchFromTheCallbackOfInit_IsRefused) {
           L"OKO-Lab bold line CommandSend: listdev 9", L"OKO-Lab bold line CommandSend: bl-param-list 9",
           L"OKO-Lab bold line CommandSend: readmin 9 0", L"OKO-Lab bold line status error"}) {
         for (std::size_t i = 0; i < InnerCalls().size(); ++i) {
+            SCOPED_TRACE(testing::Message() << line << ", inner call " << i);
             CDevApiInterface_Impl& device = Initialised({11});
             ConnectProducts(platform, {9, 7});
             platform.server.AnswerPayload("status", "9 5 1 ");
@@ -153,6 +154,7 @@ TEST_F(CatalogueTests, InitOrSearchFromTheCallbackOfInit_IsRefused) {
 
 TEST_F(CatalogueTests, InitOrSearchFromTheCallbackOfASearch_IsRefused) {
     for (std::size_t i = 0; i < InnerCalls().size(); ++i) {
+        SCOPED_TRACE(i);
         Initialised({11});
         ConnectProducts(platform, {9, 7});
         std::int32_t inner = 99;
@@ -229,7 +231,7 @@ TEST_F(CatalogueTests, GasTargetReads_WhileAnotherThreadInitialisesAgainAndAgain
     });
     for (int i = 0; i < 50; ++i) {
         ConnectProducts(platform, i % 2 == 0 ? std::vector<int>{11, 8} : std::vector<int>{12, 9, 11});
-        EXPECT_EQ(device.Init(HostLog::Callback, nullptr), 0);
+        EXPECT_EQ(device.Init(HostLog::Callback, nullptr), 0) << i;
     }
     ended = true;
     poller.join();

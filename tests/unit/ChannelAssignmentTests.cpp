@@ -70,6 +70,7 @@ TEST_F(ChannelAssignmentTests, RangeEndsThatAreNotFinite_KeepTheirDefaultsAndRea
     CDevApiInterface_Impl& device = InitialisedWith({9});
     EXPECT_EQ(Temperatures().front(), (Live{9, 0, 0.0, 60.0}));
     for (const double wanted : {std::nan(""), -5.0, 1e300}) {
+        SCOPED_TRACE(wanted);
         platform.server.ClearCommands();
         device.m_pTemperature[0]->SetTargetTemperature(wanted);
         EXPECT_EQ(platform.server.Commands().front(),
@@ -195,6 +196,7 @@ TEST_F(ChannelAssignmentTests, Product11_GivesOneGasAndNothingElse) {
 
 TEST_F(ChannelAssignmentTests, Mixers_GiveTwoGasesAndTheHumidifiersSensors) {
     for (const int product : {12, 13}) {
+        SCOPED_TRACE(product);
         const std::string n = std::to_string(product);
         platform.server.Answer("readmin " + n + " 0", kReceiveFails);
         platform.server.Answer("readmax " + n + " 0", kReceiveFails);
@@ -217,6 +219,7 @@ TEST_F(ChannelAssignmentTests, NumbersOutsideTheTable_GiveOneGas) {
 
 TEST_F(ChannelAssignmentTests, WithAHumidifier_GasProductsDoNotProbeItsSensors) {
     for (const int product : {10, 12, 13}) {
+        SCOPED_TRACE(product);
         InitialisedWith({product, 15});
         EXPECT_EQ(Temperatures(), (std::vector<Live>{{15, 206, 0, 0}, {15, 209, 0, 0}}));
         platform.server.ClearCommands();
@@ -292,7 +295,7 @@ TEST_F(ChannelAssignmentTests, DeletedChannels_AreMadeAnewByInit) {
     for (std::uint32_t i = 0; i < oko::kTemperatureChannels; ++i) {
         CDevApiInterface_Temperature* channel = nullptr;
         device.GetTemperature(i, &channel);
-        EXPECT_NE(channel, nullptr);
+        EXPECT_NE(channel, nullptr) << i;
     }
     EXPECT_EQ(device.m_pTemperature[5]->m_iIndex, 5);
 }
@@ -338,12 +341,13 @@ std::string TooLongReply(const std::string& command) {
 
 TEST_F(ChannelAssignmentTests, ReplyTooLongForItsBuffer_IsNoAnswerWhateverTheLogSetting) {
     for (const std::uint32_t log : {0U, 1U}) {
+        SCOPED_TRACE(testing::Message() << "log " << log);
         platform.server.Answer("readcurval 7(2)", TooLongReply("readcurval 7(2)"));
         ConnectProducts(platform, {7});
         CDevApiInterface_Impl& device = RealDevice();
         platform.registry.Set(L"Software\\Vellmark\\Misc", L"LogCommunication", RegistryValue::Dword(log));
         EXPECT_EQ(device.Init(HostLog::Callback, nullptr), oko::kSuccess);
-        EXPECT_EQ(Temperatures(), (std::vector<Live>{{7, 0, 1, 1}, {7, 1, 0, 0}, {7, 3, 0, 0}, {7, 4, 0, 0}})) << log;
+        EXPECT_EQ(Temperatures(), (std::vector<Live>{{7, 0, 1, 1}, {7, 1, 0, 0}, {7, 3, 0, 0}, {7, 4, 0, 0}}));
     }
 }
 

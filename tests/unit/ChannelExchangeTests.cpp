@@ -139,6 +139,7 @@ TEST_F(ChannelExchangeTests, Reads_ErrorPayloads_FailAndAreLoggedByTheirMarks) {
 
 TEST_F(ChannelExchangeTests, Reads_Code3WithAnErrorPayload_OnlyReportTheCode) {
     for (const Operation& read : kReads) {
+        SCOPED_TRACE(read.command);
         CDevApiInterface_Impl& device = Device(true);
         platform.server.Answer(read.command, "3_" + read.command + "_error\r");
         double value = -7.0;
@@ -153,7 +154,7 @@ TEST_F(ChannelExchangeTests, Reads_RepliesWithoutAValue_SucceedAndChangeNothing)
              {"0_" + read.command + "_37.0", "0_" + read.command + "_\r", "0_" + read.command + "_", std::string("0"),
               std::string("\r"), std::string("0_\r_37.0\r"), std::string("no separators"), std::string(64, 'x'),
               std::string(64, '_')}) {
-            SCOPED_TRACE(reply);
+            SCOPED_TRACE(testing::Message() << read.command << " reply " << testing::PrintToString(reply));
             CDevApiInterface_Impl& device = Device(true);
             platform.server.Answer(read.command, reply);
             double value = -7.0;
@@ -185,6 +186,7 @@ TEST_F(ChannelExchangeTests, Reads_NumbersThatAreNotFinite_AreNoValue) {
 
 TEST_F(ChannelExchangeTests, Reads_ReplyOfExactly64Bytes_IsReadWhole) {
     for (const Operation& read : kReads) {
+        SCOPED_TRACE(read.command);
         const std::string start = "0_" + read.command + "_36.25 ";
         CDevApiInterface_Impl& device = Device(true);
         device.m_bLogCommunication = true;
@@ -199,6 +201,7 @@ TEST_F(ChannelExchangeTests, Reads_NoAnswer_FailSilently) {
     for (const Operation& read : kReads) {
         for (const ServerReply& reply :
              {ServerReply(kReceiveFails), ServerReply(""), ServerReply(std::string(65, '1'))}) {
+            SCOPED_TRACE(testing::Message() << read.command << " reply " << testing::PrintToString(reply));
             CDevApiInterface_Impl& device = Device(true);
             platform.server.Answer(read.command, reply);
             double value = -7.0;
@@ -211,6 +214,7 @@ TEST_F(ChannelExchangeTests, Reads_NoAnswer_FailSilently) {
 
 TEST_F(ChannelExchangeTests, Reads_WhileBusy_AnswerFromMemoryButHumidityAsks) {
     for (const Operation& read : kReads) {
+        SCOPED_TRACE(read.command);
         CDevApiInterface_Impl& device = Device(true);
         device.m_bBusy = true;
         platform.server.Answer(read.command, "0_" + read.command + "_36.5\r");
@@ -223,6 +227,7 @@ TEST_F(ChannelExchangeTests, Reads_WhileBusy_AnswerFromMemoryButHumidityAsks) {
 
 TEST_F(ChannelExchangeTests, Reads_NullPointer_FailWithoutAsking) {
     for (const Operation& read : kReads) {
+        SCOPED_TRACE(read.command);
         CDevApiInterface_Impl& device = Device(true);
         EXPECT_EQ(read.run(device, nullptr), -1);
         EXPECT_TRUE(platform.server.Commands().empty());
@@ -231,6 +236,7 @@ TEST_F(ChannelExchangeTests, Reads_NullPointer_FailWithoutAsking) {
 
 TEST_F(ChannelExchangeTests, Reads_WithoutACallback_GiveTheSameResults) {
     for (const Operation& read : kReads) {
+        SCOPED_TRACE(read.command);
         CDevApiInterface_Impl& device = Device(true);
         device.HostCallback = nullptr;
         double value = -7.0;
@@ -266,6 +272,7 @@ TEST_F(ChannelExchangeTests, Writes_EachResultCode_GivesItsResultTargetAndLine) 
 TEST_F(ChannelExchangeTests, Writes_NoAnswer_FailSilentlyAndKeepTheTarget) {
     for (const Operation& write : kWrites) {
         for (const ServerReply& reply : {ServerReply(kReceiveFails), ServerReply("")}) {
+            SCOPED_TRACE(testing::Message() << write.command << " reply " << testing::PrintToString(reply));
             CDevApiInterface_Impl& device = Device(true);
             platform.server.Answer(write.command, reply);
             double wanted = 30.0;
@@ -280,6 +287,7 @@ TEST_F(ChannelExchangeTests, Writes_NoAnswer_FailSilentlyAndKeepTheTarget) {
 
 TEST_F(ChannelExchangeTests, Writes_WhileBusy_AreSent) {
     for (const Operation& write : kWrites) {
+        SCOPED_TRACE(write.command);
         CDevApiInterface_Impl& device = Device(false);
         device.m_bBusy = true;
         double wanted = 30.0;
@@ -301,6 +309,7 @@ TEST_F(ChannelExchangeTests, Writes_NumbersThatAreNone_GoToTheLowestTarget) {
         };
         for (const Case& row : {Case{std::nan(""), 21.0}, Case{std::numeric_limits<double>::infinity(), 90.0},
                                 Case{-std::numeric_limits<double>::infinity(), 21.0}}) {
+            SCOPED_TRACE(testing::Message() << write.command << " " << row.wanted);
             double wanted = row.wanted;
             EXPECT_EQ(write.run(device, &wanted), 0);
             EXPECT_EQ(Get(write.cache(device)), row.target);

@@ -90,7 +90,8 @@ TEST_F(ChannelNamesTests, Humidifiers_AreNamedByTheirProduct) {
     auto& channel = *MakeDevice(0).m_pHumidifier[0];
     for (int product = 0; product <= 20; ++product) {
         for (const int number : {0, 1, 206}) {
-            EXPECT_EQ(NameOf(channel, product, number), product == 15 ? L"H301-HM-ACTIVE" : L"");
+            EXPECT_EQ(NameOf(channel, product, number), product == 15 ? L"H301-HM-ACTIVE" : L"")
+                << product << " " << number;
         }
     }
 }
@@ -100,6 +101,7 @@ TEST_F(ChannelNamesTests, Buffer_OfEachLength_GetsThatManyCharactersAndNoTermina
     Put(channel.m_address, {7, 0});
     const std::wstring name = L"H501-T Base";
     for (std::size_t length = 0; length <= 20; ++length) {
+        SCOPED_TRACE(length);
         std::wstring buffer(21, L'#');
         EXPECT_EQ(channel.GetName(buffer.data(), static_cast<std::int32_t>(length)), 0);
         const std::wstring copied = name.substr(0, length);
@@ -119,7 +121,7 @@ TEST_F(ChannelNamesTests, NullBuffer_Fails) {
 
 TEST_F(ChannelNamesTests, EveryName_FitsTheLengthThatHostsAreTold) {
     for (const Named& row : kTemperatures) {
-        EXPECT_LT(std::wcslen(row.name), static_cast<std::size_t>(oko::kChannelNameLength));
+        EXPECT_LT(std::wcslen(row.name), static_cast<std::size_t>(oko::kChannelNameLength)) << row.name;
     }
 }
 

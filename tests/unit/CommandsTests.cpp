@@ -46,6 +46,7 @@ TEST(CommandsTests, EveryFormat_GivesTheCommandOnTheWire) {
         {FormatCommand(command::kGasAlarm, {10, 0.4}), "alarm 10 0.40"},
     };
     for (const Case& row : cases) {
+        SCOPED_TRACE(row.text);
         EXPECT_EQ(row.command.view(), row.text);
         EXPECT_FALSE(row.command.IsCut());
     }

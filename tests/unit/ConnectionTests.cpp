@@ -56,6 +56,7 @@ TEST_F(ConnectionTests, Ok_WritesThePort) {
 
 TEST_F(ConnectionTests, WrittenText_EndsInAZeroAndTouchesNothingBehindIt) {
     for (const DialogEnd end : {DialogEnd::Ok, DialogEnd::FindAndConnect}) {
+        SCOPED_TRACE(testing::Message() << "end " << static_cast<int>(end));
         CDevApiInterface_Impl& device = MakeDevice(0);
         SearchTakes(1);
         m_text.fill(L'#');
@@ -179,6 +180,7 @@ TEST_F(ConnectionTests, FindAndConnect_DeviceAlreadyRunning_OpensNoSecondWindow)
 
 TEST_F(ConnectionTests, FindAndConnect_SilentOrRefusingServer_StopsAndStillWritesTheText) {
     for (const ServerReply& reply : {ServerReply(kReceiveFails), ServerReply("3_listprod_\r")}) {
+        SCOPED_TRACE(testing::PrintToString(reply));
         CDevApiInterface_Impl& device = MakeDevice(0);
         platform.server.Answer("listprod", reply);
         m_text = {};
@@ -260,6 +262,7 @@ TEST_F(ConnectionTests, ValuePanel_IsOpenedInItsParent) {
 
 TEST_F(ConnectionTests, FindAndConnect_HoldsTheLinkForItsWholeRunAndRestoresTheFlag) {
     for (const bool before : {false, true}) {
+        SCOPED_TRACE(testing::Message() << "busy before: " << before);
         CDevApiInterface_Impl& device = RealDevice();
         platform.server.AnswerPayload("listconprod", "9");
         device.m_bBusy = before;

@@ -8,6 +8,7 @@ class DeviceObjectTests : public DeviceTest {};
 
 TEST_F(DeviceObjectTests, Construction_SetsEveryField) {
     for (const std::uint32_t index : {oko::kRealDevice, oko::kSimulatorDevice}) {
+        SCOPED_TRACE(index);
         const CDevApiInterface_Impl& device = MakeDevice(index);
         const bool simulator = index == oko::kSimulatorDevice;
         EXPECT_EQ(device.m_iDeviceIndex, index);
@@ -46,6 +47,7 @@ TEST_F(DeviceObjectTests, Construction_SetsEveryField) {
 TEST_F(DeviceObjectTests, Construction_MakesEveryTemperatureChannel) {
     const CDevApiInterface_Impl& device = MakeDevice(0);
     for (std::size_t i = 0; i < 16; ++i) {
+        SCOPED_TRACE(i);
         const auto& channel = *device.m_pTemperature[i];
         EXPECT_EQ(Get(channel.m_address), (ChannelAddress{0, 0}));
         EXPECT_EQ(channel.m_bLogCommunication, 0);
@@ -68,6 +70,7 @@ TEST_F(DeviceObjectTests, Construction_MakesEveryGasAndHumidityChannelAndSeedsEa
     platform.clock.SetTime(1234);
     const CDevApiInterface_Impl& device = MakeDevice(0);
     for (std::size_t i = 0; i < 4; ++i) {
+        SCOPED_TRACE(i);
         const auto& gas = *device.m_pGasConcentration[i];
         EXPECT_EQ(Get(gas.m_address), (ChannelAddress{0, 0}));
         EXPECT_EQ(gas.m_iIndex, static_cast<int>(i));
@@ -125,6 +128,7 @@ TEST_F(DeviceObjectTests, GetChannel_AtTheBoundOrMissing_LeavesThePointer) {
     device.m_pTemperature[5]->DeletingDestructor(1);
     auto* const mark = reinterpret_cast<CDevApiInterface_Temperature*>(&device);
     for (const std::uint32_t index : {5U, 16U, 17U, 0x80000000U, 0xFFFFFFFFU}) {
+        SCOPED_TRACE(index);
         CDevApiInterface_Temperature* channel = mark;
         EXPECT_EQ(device.GetTemperature(index, &channel), 0);
         EXPECT_EQ(channel, mark);
@@ -165,6 +169,7 @@ TEST_F(DeviceObjectTests, ApplyConnection_TakesThePortAndOpensTheSocket) {
         int port;
     };
     for (const Case& row : {Case{L"m_iComPort 3", 3}, Case{L"", 9}, Case{nullptr, 9}, Case{L"nonsense", 9}}) {
+        SCOPED_TRACE(testing::PrintToString(row.text));
         CDevApiInterface_Impl& device = MakeDevice(0);
         device.m_iComPort = 9;
         platform.server.ClearCommands();

@@ -9,7 +9,7 @@ class EnumerationTests : public DeviceTest {
         std::vector<int> numbers;
         for (const ParamRecord& param : params) {
             numbers.push_back(param.m_iParam);
-            EXPECT_EQ(param.m_szValue.front(), '\0');
+            EXPECT_EQ(param.m_szValue.front(), '\0') << param.m_iParam;
         }
         return numbers;
     }
@@ -87,6 +87,7 @@ TEST_F(EnumerationTests, NoAnswerOrNoProducts_EndsAfterTheFirstCommand) {
     for (const ServerReply& reply :
          {ServerReply(kReceiveFails), ServerReply(""), ServerReply("0_listconprod_\r"), ServerReply("0"),
           ServerReply("no separators"), ServerReply(std::string(1024, '9'))}) {
+        SCOPED_TRACE(testing::PrintToString(reply));
         platform.server.Answer("listconprod", reply);
         CDevApiInterface_Impl& device = RealDevice();
         device.m_products = {{9, {0}, {}}};
@@ -166,10 +167,11 @@ TEST_F(EnumerationTests, ReplyTooLongForItsBuffer_IsNoAnswerWhateverTheLogSettin
     platform.server.Answer("listconprod", std::string(1024, '1'));
     CDevApiInterface_Impl& device = RealDevice();
     for (const bool log : {false, true}) {
+        SCOPED_TRACE(testing::Message() << "log " << log);
         device.m_bLogCommunication = log;
         platform.server.ClearCommands();
         device.EnumerateProducts();
-        EXPECT_EQ(platform.server.Commands(), (std::vector<std::string>{"listconprod"})) << log;
+        EXPECT_EQ(platform.server.Commands(), (std::vector<std::string>{"listconprod"}));
         EXPECT_TRUE(device.m_products.empty());
     }
 }

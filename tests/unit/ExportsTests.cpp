@@ -16,6 +16,7 @@ class ExportsTests : public DeviceTest {
 TEST_F(ExportsTests, QueryPhysDevice_BothDevices_HaveTheirTexts) {
     const std::array<std::string, 2> names{"OKO-Lab bold line", "OKO-Lab bold line Simulator"};
     for (std::uint32_t index = 0; index < 2; ++index) {
+        SCOPED_TRACE(index);
         std::array<char, 64> type{};
         std::array<char, 64> name{};
         std::array<wchar_t, 64> wide{};
@@ -54,6 +55,7 @@ TEST_F(ExportsTests, QueryPhysDevice_NullAndEmptyBuffers_AreLeftOut) {
 
 TEST_F(ExportsTests, QueryPhysDevice_OtherIndexes_FailAndTouchNothing) {
     for (const std::uint32_t index : {2U, 0x80000000U, 0xFFFFFFFFU}) {
+        SCOPED_TRACE(index);
         std::array<char, 4> type{'#', '#', '#', '#'};
         EXPECT_EQ(LibQueryPhysDevice(index, nullptr, type.data(), 4, nullptr, 0, nullptr, 0, nullptr, 0), -1);
         EXPECT_EQ(type[0], '#');

@@ -34,6 +34,7 @@ TEST_F(GasChannelTests, SetTarget_IsClampedToPercentAndRange) {
          {Case{150.0, 0, 100, "writesetpoint 10 0 99.99", 99.99}, Case{150.0, 0, 20, "writesetpoint 10 0 20.00", 20.0},
           Case{-3.0, 0, 20, "writesetpoint 10 0 0.00", 0.0}, Case{-3.0, 1.5, 20, "writesetpoint 10 0 1.50", 1.5},
           Case{5.004, 0, 20, "writesetpoint 10 0 5.00", 5.004}, Case{5.0, 30, 20, "writesetpoint 10 0 20.00", 20.0}}) {
+        SCOPED_TRACE(testing::Message() << row.wanted << " of " << row.min << ".." << row.max);
         auto& channel = Channel(10, 0, row.min, row.max);
         EXPECT_EQ(channel.SetTargetGasConcentration(row.wanted), 0);
         EXPECT_EQ(platform.server.Commands(), std::vector<std::string>{row.command});
@@ -82,6 +83,7 @@ TEST_F(GasChannelTests, State_IsTheBandAroundTheTarget) {
     auto& channel = Channel(10, 0);
     channel.SetTolerance(1.0, 0.5);
     for (const Case& row : {Case{18.9, 1}, Case{19.0, 0}, Case{20.5, 0}, Case{20.6, 1}}) {
+        SCOPED_TRACE(row.current);
         channel.m_dCurrent = row.current;
         std::uint32_t state = 99;
         EXPECT_EQ(channel.GetGasConcentrationState(&state), 0);
@@ -112,7 +114,8 @@ TEST_F(GasChannelTests, Feature2_MarksO2ControllersInAirMode) {
                 m_pDevice->m_bAirMode = airMode;
                 const bool o2 = product == 11 || (product >= 12 && number == 1);
                 for (int feature = 0; feature <= 4; ++feature) {
-                    EXPECT_EQ(channel.HasFeature(feature), feature == 2 && o2 && airMode != 0);
+                    EXPECT_EQ(channel.HasFeature(feature), feature == 2 && o2 && airMode != 0)
+                        << product << "/" << number << " air mode " << int{airMode} << " feature " << feature;
                 }
             }
         }

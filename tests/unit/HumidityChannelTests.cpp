@@ -22,6 +22,7 @@ TEST_F(HumidityChannelTests, SetTarget_SendsWholePercentAndKeepsTheFraction) {
     };
     for (const Case& row : {Case{62.7, "writesetpoint 15 0 63", 62.7}, Case{62.5, "writesetpoint 15 0 62", 62.5},
                             Case{10.0, "writesetpoint 15 0 50", 50.0}, Case{120.0, "writesetpoint 15 0 95", 95.0}}) {
+        SCOPED_TRACE(row.wanted);
         auto& channel = Channel();
         EXPECT_EQ(channel.SetTargetHumidity(row.wanted), 0);
         EXPECT_EQ(platform.server.Commands(), std::vector<std::string>{row.command});
@@ -49,6 +50,7 @@ TEST_F(HumidityChannelTests, State_IsTheBandAroundTheTarget) {
     };
     auto& channel = Channel();
     for (const Case& row : {Case{54.4, 1}, Case{54.5, 0}, Case{57.0, 0}, Case{57.1, 1}}) {
+        SCOPED_TRACE(row.current);
         channel.m_dCurrent = row.current;
         std::uint32_t state = 99;
         EXPECT_EQ(channel.GetHumidityState(&state), 0);
@@ -59,7 +61,7 @@ TEST_F(HumidityChannelTests, State_IsTheBandAroundTheTarget) {
 TEST_F(HumidityChannelTests, Features_AreNone) {
     auto& channel = Channel();
     for (int feature = -1; feature <= 16; ++feature) {
-        EXPECT_FALSE(channel.HasFeature(feature));
+        EXPECT_FALSE(channel.HasFeature(feature)) << feature;
     }
     EXPECT_EQ(channel.NoOperation(), 0);
 }

@@ -102,7 +102,7 @@ TEST_F(InitialisationTests, LogSwitch_GoneSinceTheLastInit_SwitchesTheLogOff) {
 TEST_F(InitialisationTests, RealDevice_DoesNotTouchTheSimulatorsRegistry) {
     RealDevice().Init(HostLog::Callback, nullptr);
     for (const std::wstring& call : platform.registry.Calls()) {
-        EXPECT_EQ(call.find(L"Simulators"), std::wstring::npos);
+        EXPECT_EQ(call.find(L"Simulators"), std::wstring::npos) << call;
     }
 }
 
@@ -123,6 +123,7 @@ TEST_F(InitialisationTests, ListProdCodes_1And2AreLoggedAndItGoesOn) {
           Case{'2',
                L"CDevApiInterface_Impl::Init There is a problem with the Product the current command refers to. "
                L"The command will be however executed correctly."}}) {
+        SCOPED_TRACE(row.code);
         HostLog::Reset();
         platform.server.Answer("listprod", std::string(1, row.code) + "_listprod_7\r");
         EXPECT_EQ(RealDevice().Init(HostLog::Callback, nullptr), oko::kSuccess);

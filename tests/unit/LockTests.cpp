@@ -199,7 +199,7 @@ TEST_F(LockTests, AirModeNotice_IsGivenWithoutTheDataLock) {
     });
     double value = 0.0;
     for (int i = 0; i < 4; ++i) {
-        EXPECT_EQ(device.m_pGasConcentration[0]->GetTargetGasConcentration(&value), 0);
+        EXPECT_EQ(device.m_pGasConcentration[0]->GetTargetGasConcentration(&value), 0) << i;
     }
     EXPECT_TRUE(other.valid());
     EXPECT_TRUE(free);

@@ -48,7 +48,7 @@ TEST(NumbersTests, FormatFixed_PrintsWhatPrintfPrints) {
     }
     for (const double value : values) {
         for (const int decimals : {0, 1, 2, 3, 6}) {
-            EXPECT_EQ(Fixed(value, decimals), Printf(value, decimals));
+            EXPECT_EQ(Fixed(value, decimals), Printf(value, decimals)) << decimals << " decimals";
         }
     }
     EXPECT_EQ(Fixed(std::nan(""), 1), "nan");

@@ -68,8 +68,9 @@ TEST_F(ParameterReadTests, Payloads_AreTakenWhole) {
 
 TEST_F(ParameterReadTests, Check_TakesZeroAndNForMissing) {
     for (const char* const payload : {"0", "0.0", "abc", "-0", "nan"}) {
+        SCOPED_TRACE(payload);
         const std::string reply = std::string("0_bl-param-read 9 107_") + payload + "\r";
-        EXPECT_EQ(Read(reply, true), "(false)") << payload;
+        EXPECT_EQ(Read(reply, true), "(false)");
         EXPECT_EQ(Read(reply, false), payload);
     }
     EXPECT_EQ(Read("0_bl-param-read_0.0", true), "(false)");
@@ -80,10 +81,11 @@ TEST_F(ParameterReadTests, Check_TakesZeroAndNForMissing) {
 
 TEST_F(ParameterReadTests, Check_TakesANumberThatIsNotFiniteForMissing) {
     for (const char* const payload : {"-nan", "+nan", " nan", "inf", "-inf", "1e999"}) {
+        SCOPED_TRACE(payload);
         const std::string reply = std::string("0_bl-param-read 9 107_") + payload + "\r";
-        EXPECT_EQ(Read(reply, true), "(false)") << payload;
+        EXPECT_EQ(Read(reply, true), "(false)");
         EXPECT_EQ(Read(reply, false), payload);
-        EXPECT_EQ(Read(std::string("0_bl-param-read 9 237_") + payload + "\r", true, 237), "(false)") << payload;
+        EXPECT_EQ(Read(std::string("0_bl-param-read 9 237_") + payload + "\r", true, 237), "(false)");
     }
 }
 
@@ -99,6 +101,7 @@ TEST_F(ParameterReadTests, ResultCodes_AreLoggedUnderTheTemperatureChannelsName)
         L"correctly.",
         L" There is a problem with the Product the current command refers to. The command will not be executed."};
     for (int code = 0; code <= 9; ++code) {
+        SCOPED_TRACE(code);
         HostLog::Reset();
         const std::string reply = std::to_string(code) + "_bl-param-read 9 107_5\r";
         EXPECT_EQ(Read(reply, true), code == 3 ? "(false)" : code < 3 ? "5" : "");
@@ -132,6 +135,7 @@ TEST_F(ParameterReadTests, Reply_OfExactly64Bytes_IsTakenUpToItsEnd) {
 
 TEST_F(ParameterReadTests, Cache_FilledByAnyReply_SavesTheNextQuestion) {
     for (const char* const reply : {"0_bl-param-read 9 107_5\r", "0_bl-param-read 9 107_error\r"}) {
+        SCOPED_TRACE(reply);
         CDevApiInterface_Impl& device = Device();
         platform.server.Answer("bl-param-read 9 107", reply);
         ParameterText value{};
@@ -187,6 +191,7 @@ TEST_F(ParameterReadTests, Companion_WithoutAValue_CountsAsZero) {
           ServerReply("5_bl-param-read 9 115_12.5\r"), ServerReply("0_bl-param-read 9 115_nan\r"),
           ServerReply("0_bl-param-read 9 115_\r"), ServerReply("0_bl-param-read 9 115_-nan\r"),
           ServerReply("0_bl-param-read 9 115_1e999\r"), ServerReply("0"), ServerReply("garbage")}) {
+        SCOPED_TRACE(testing::PrintToString(companion));
         EXPECT_TRUE(PresentBeside("0_bl-param-read 9 107_12.5\r", companion));
         EXPECT_FALSE(PresentBeside("0_bl-param-read 9 107_0.0\r", companion));
     }

@@ -12,7 +12,7 @@ TEST(ReplyTests, ResultCode_IsTheFirstCharacterAsADigit) {
         EXPECT_EQ(ResultCodeOf(std::string(1, digit) + "9_x_\r"), digit - '0');
     }
     for (const std::string_view reply : {"", "x", " 1", "-1_x_", "+1_x_", "_", "\r"}) {
-        EXPECT_EQ(ResultCodeOf(reply), 0);
+        EXPECT_EQ(ResultCodeOf(reply), 0) << testing::PrintToString(reply);
     }
 }
 

@@ -42,6 +42,7 @@ TEST_F(ReplyTimeoutTests, MissingZeroOrOddValues_SetNoOption) {
         RegistryValue{kRegistryDword, std::string("\xC8\0\0\0\0\0\0\0", 8)},
         RegistryValue{3, std::string("\xC8\0\0\0", 4)}};
     for (const auto& value : values) {
+        SCOPED_TRACE(testing::PrintToString(value ? value->bytes : "none"));
         CDevApiInterface_Impl& device = Initialised(value);
         device.ConnectSocket();
         EXPECT_EQ(TimeoutCalls(), std::vector<std::string>{});

@@ -32,7 +32,7 @@ TEST(ScanTests, Integers_AreTakenAsSscanfTakesThem) {
 
 TEST(ScanTests, BlankInTheLiteral_MatchesAnyWhiteSpaceAndNone) {
     for (const std::wstring text : {L"a b", L"a   b", L"a\t\r\nb", L"ab"}) {
-        EXPECT_TRUE(Scanner(std::wstring_view(text)).Literal("a b"));
+        EXPECT_TRUE(Scanner(std::wstring_view(text)).Literal("a b")) << testing::PrintToString(text);
     }
 }
 
@@ -70,6 +70,7 @@ TEST(ScanTests, WideCharacters_ThatAreNoBlanks_AreNotSkipped) {
 
 TEST(ScanTests, WireTexts_KnowTheBlanksOfAsciiOnly) {
     for (const std::string text : {"\xA0", "\x85", "\xE3\x80\x80"}) {
+        SCOPED_TRACE(testing::PrintToString(text));
         int value = 5;
         EXPECT_FALSE(Scanner(std::string_view(text + "1")).Integer(value));
         EXPECT_FALSE(Scanner(std::string_view(text + "a")).Literal(" a"));
@@ -106,11 +107,12 @@ TEST(ScanTests, Double_OfAnyLengthThatPrintfPrints_IsTaken) {
 
 TEST(ScanTests, Double_NotFinite_IsAMismatch) {
     for (const std::string_view text : {"nan", "-nan", "inf", "-infinity", "1e999", "-1e999"}) {
+        SCOPED_TRACE(text);
         Scanner scanner(text);
         double value = 3.0;
-        EXPECT_FALSE(scanner.Double(value)) << text;
+        EXPECT_FALSE(scanner.Double(value));
         EXPECT_EQ(value, 3.0);
-        EXPECT_FALSE(scanner.Literal(text)) << text;
+        EXPECT_FALSE(scanner.Literal(text));
     }
 }
 

@@ -125,6 +125,7 @@ TEST_F(ServerDiscoveryTests, Executable_SearchPattern_ReplacesAMissingSeparator)
     };
     for (const Case& row : {Case{L"C:\\OKO\\", L"C:\\OKO\\*"}, Case{L"C:/OKO/", L"C:/OKO/*"},
                             Case{L"C:\\OKO", L"C:\\OK\\*"}, Case{L"X", L"\\*"}}) {
+        SCOPED_TRACE(row.folder);
         EXPECT_EQ(Executable(row.folder), L"(none)");
         EXPECT_EQ(platform.files.Patterns().back(), row.pattern);
     }

@@ -75,6 +75,7 @@ TEST_F(ServerLaunchTests, AnswerAtOnceAfterTheStart_TakesNoLoopAndNoSleep) {
 
 TEST_F(ServerLaunchTests, AnswerOnTheFifthPoll_IsLoggedAlikeForBothDelays) {
     for (const std::uint32_t delayMs : {500U, 1000U}) {
+        SCOPED_TRACE(delayMs);
         HostLog::Reset();
         InstallServer();
         AnswerFromProbe(7, kReceiveFails);  // the first probe, the one after the start, five polls

@@ -100,6 +100,7 @@ TEST_F(ShutdownTests, AfterAFailedInit_ReleasesTheProductsOfTheEarlierOne) {
 TEST_F(ShutdownTests, InitAgain_MovesTheValuesAgain) {
     CDevApiInterface_Impl& device = Simulator();
     for (int round = 0; round < 3; ++round) {
+        SCOPED_TRACE(round);
         ASSERT_EQ(device.Init(HostLog::Callback, nullptr), oko::kSuccess);
         const double before = device.m_pTemperature[0]->m_dCurrent;
         EXPECT_TRUE(platform.clock.WaitForOtherThreadSleeps(5));

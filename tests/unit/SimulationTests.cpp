@@ -82,6 +82,7 @@ TEST_F(SimulationTests, Temperature_AtTheTarget_RestsAndTremblesNowAndThen) {
     };
     for (const Case& row : {Case{{0}, 37.005}, Case{{2}, 37.005}, Case{{1, kStill}, 37.0},
                             Case{{6, kPlus, kSecond}, 37.1}, Case{{11, kPlus, kSecondDown}, 36.9}}) {
+        SCOPED_TRACE(testing::PrintToString(row.draws));
         auto& channel = Zone(9, 0, 37.005, 5.0);
         platform.random.Script(row.draws);
         const std::size_t before = platform.random.DrawCount();
@@ -270,21 +271,23 @@ TEST_F(SimulationTests, GasAndHumidity_EdgesOfTheBand_AreWithin) {
     constexpr int kDown = 0;
     constexpr int kUp = 32767;
     for (const Case& row : {Case{20.0, kDown, 19.5}, Case{20.0, kUp, 20.5}}) {
+        SCOPED_TRACE(testing::Message() << row.current << " draw " << row.draw);
         auto& channel = *MakeDevice(1).m_pGasConcentration[0];
         channel.m_dCurrent = row.current;
         platform.random.Script({row.draw});
         SimulateGasConcentration(channel);
         EXPECT_EQ(channel.m_dCurrent, row.reached);
-        EXPECT_EQ(channel.m_iState, 0) << row.reached;
+        EXPECT_EQ(channel.m_iState, 0);
     }
     for (const Case& row : {Case{54.0, kUp, 55.0}, Case{55.0, kDown, 54.0}}) {
+        SCOPED_TRACE(testing::Message() << row.current << " draw " << row.draw);
         auto& channel = *MakeDevice(1).m_pHumidifier[0];
         channel.SetTolerance(0.0, 1.0);
         channel.m_dCurrent = row.current;
         platform.random.Script({row.draw});
         SimulateHumidity(channel);
         EXPECT_EQ(channel.m_dCurrent, row.reached);
-        EXPECT_EQ(channel.m_iState, 0) << row.reached;
+        EXPECT_EQ(channel.m_iState, 0);
     }
 }
 

@@ -100,6 +100,7 @@ TEST_F(SimulatorAnswerTests, EveryInit_UsesWhatIsStoredByThen) {
 TEST_F(SimulatorAnswerTests, Init_GarbageAnswers_GiveChannelsOrNoneButNoHarm) {
     for (const std::wstring answer : {L"", L"garbage", L"_", L"__", L"0_listconprod_", L"0_listconprod_-5 x 9",
                                       L"0_listconprod_9999999", L"0_listconprod_9 9 9 9 9 9 9 9 9", L"0__7\r8", L"9"}) {
+        SCOPED_TRACE(answer);
         platform.registry.Set(kKey, kValue, RegistryValue::Text(answer));
         CDevApiInterface_Impl& device = Simulator();
         EXPECT_EQ(device.Init(HostLog::Callback, nullptr), oko::kSuccess);

@@ -15,7 +15,7 @@ class SimulatorTests : public DeviceTest {
  protected:
     std::string ReplyTo(std::string_view command) const {
         const SimulatorText text = SimulatorReply(m_state, command);
-        EXPECT_TRUE(text.view().ends_with('\r'));
+        EXPECT_TRUE(text.view().ends_with('\r')) << command;
         return std::string(text.view().substr(0, text.length() - 1));
     }
 

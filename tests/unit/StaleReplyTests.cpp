@@ -142,10 +142,10 @@ TEST_F(StaleReplyTests, ThousandsOfReads_AfterDuplicates_AreAllRight) {
     });
     for (int i = 0; i < 2500; ++i) {
         double value = 0.0;
-        ASSERT_EQ(base.GetCurrentTemperature(&value), 0);
-        ASSERT_EQ(value, 37.0);
-        ASSERT_EQ(lid.GetCurrentTemperature(&value), 0);
-        ASSERT_EQ(value, 38.0);
+        ASSERT_EQ(base.GetCurrentTemperature(&value), 0) << i;
+        ASSERT_EQ(value, 37.0) << i;
+        ASSERT_EQ(lid.GetCurrentTemperature(&value), 0) << i;
+        ASSERT_EQ(value, 38.0) << i;
     }
 }
 
@@ -159,7 +159,7 @@ TEST_F(StaleReplyTests, RefusedSetPoint_AfterADuplicate_IsToldAsRefused) {
         return "3_" + std::string(command) + "_\r";
     });
     for (int i = 0; i < 20; ++i) {
-        EXPECT_EQ(channel.SetTargetTemperature(30.0 + i), -1);
+        EXPECT_EQ(channel.SetTargetTemperature(30.0 + i), -1) << i;
     }
 }
 
@@ -206,7 +206,7 @@ TEST(RecentCommandsTests, CommandsOfARoundAreKept_OlderOnesForgotten) {
     recent.Add("status");
     for (std::size_t i = 1; i < RecentCommands::kCount; ++i) {
         recent.Add("find " + std::to_string(i));
-        EXPECT_TRUE(IsAnswerToEarlier(recent, "0_status_1\r"));
+        EXPECT_TRUE(IsAnswerToEarlier(recent, "0_status_1\r")) << i;
     }
     recent.Add("start 1");
     EXPECT_FALSE(IsAnswerToEarlier(recent, "0_status_1\r"));

@@ -178,6 +178,7 @@ class StatusReportTests : public DeviceTest {
 TEST_F(StatusReportTests, EveryProduct_PrintsItsRowsInOrder) {
     EXPECT_EQ(kRows.size(), 115U + 26U);  // products 12 and 13 share their rows
     for (int product = 7; product <= 17; ++product) {
+        SCOPED_TRACE(product);
         std::wstring expected;
         std::vector<std::string> commands;
         for (const Row& row : kRows) {
@@ -188,7 +189,7 @@ TEST_F(StatusReportTests, EveryProduct_PrintsItsRowsInOrder) {
         }
         CDevApiInterface_Impl& device = DeviceWith({product});
         const StatusReport report = CollectStatusReport(device);
-        EXPECT_EQ(report.text, expected) << product;
+        EXPECT_EQ(report.text, expected);
         EXPECT_EQ(report.rows, static_cast<int>(commands.size()));
         EXPECT_EQ(platform.server.Commands(), commands);
     }

@@ -36,6 +36,7 @@ TEST_F(TemperatureChannelTests, CurrentRead_IsAddressedByProductAndChannel) {
                                              {17, 6, "readcurval 17(6)"},
                                              {8, -1, "readcurval 8"},
                                              {6, 3, "readcurval 6(3)"}}) {
+        SCOPED_TRACE(testing::Message() << row.product << "/" << row.channel);
         double value = 0.0;
         EXPECT_EQ(Channel(row.product, row.channel).GetCurrentTemperature(&value), 0);
         EXPECT_EQ(platform.server.Commands(), std::vector<std::string>{row.command});
@@ -74,6 +75,7 @@ TEST_F(TemperatureChannelTests, SetTarget_IsClampedToTheLimits) {
     for (const Case& row : {Case{80.0, "writesetpoint 9 0 50.0", 50.0}, Case{5.0, "writesetpoint 9 0 20.0", 20.0},
                             Case{37.04, "writesetpoint 9 0 37.0", 37.04}, Case{37.06, "writesetpoint 9 0 37.1", 37.06},
                             Case{20.0, "writesetpoint 9 0 20.0", 20.0}, Case{50.0, "writesetpoint 9 0 50.0", 50.0}}) {
+        SCOPED_TRACE(row.wanted);
         auto& channel = Channel(9, 0);
         EXPECT_EQ(channel.SetTargetTemperature(row.wanted), 0);
         EXPECT_EQ(platform.server.Commands(), (std::vector<std::string>{row.command, "readsetpoint 9 0 -1"}));
@@ -92,6 +94,7 @@ TEST_F(TemperatureChannelTests, SetTarget_MinimumAboveTheMaximum_Wins) {
 TEST_F(TemperatureChannelTests, SetTarget_ReadBackFails_RestoresThePreviousTarget) {
     for (const ServerReply& readBack : {ServerReply(kReceiveFails), ServerReply("0_readsetpoint 9 0 -1_error\r"),
                                         ServerReply("3_readsetpoint 9 0 -1_1\r")}) {
+        SCOPED_TRACE(testing::PrintToString(readBack));
         auto& channel = Channel(9, 0);
         platform.server.Answer("readsetpoint 9 0 -1", readBack);
         platform.server.Answer("writesetpoint 9 0 37.0", kReceiveFails);  // not looked at
@@ -147,10 +150,11 @@ TEST_F(TemperatureChannelTests, State_IsTheBandAroundTheTarget) {
     channel.SetTolerance(0.5, 0.25);
     for (const Case& row :
          {Case{36.0, 1}, Case{36.4, 1}, Case{36.5, 4}, Case{37.0, 4}, Case{37.25, 4}, Case{37.3, 2}}) {
+        SCOPED_TRACE(row.current);
         channel.m_dCurrent = row.current;
         std::uint32_t state = 99;
         EXPECT_EQ(channel.GetTemperatureState(&state), 0);
-        EXPECT_EQ(state, row.state) << row.current;
+        EXPECT_EQ(state, row.state);
         EXPECT_EQ(channel.m_iState, static_cast<std::int32_t>(row.state));
     }
     EXPECT_TRUE(platform.server.Commands().empty());
@@ -195,9 +199,10 @@ TEST_F(TemperatureChannelTests, Feature4_MarksSensors) {
     };
     for (const Case& row : {Case{9, 107, true}, Case{9, 0, false}, Case{16, 0, false}, Case{16, 1, false},
                             Case{16, 2, true}, Case{16, 3, false}, Case{17, 1, true}, Case{7, 4, true}}) {
+        SCOPED_TRACE(testing::Message() << row.product << "/" << row.channel);
         auto& channel = Channel(row.product, row.channel);
         for (int feature = -1; feature <= 8; ++feature) {
-            EXPECT_EQ(channel.HasFeature(feature), row.sensor && feature == 4);
+            EXPECT_EQ(channel.HasFeature(feature), row.sensor && feature == 4) << feature;
         }
     }
 }

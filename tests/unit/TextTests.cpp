@@ -29,7 +29,7 @@ TEST(TextTests, AppendBytes_EveryByte_BecomesTheCharacterOfItsNumber) {
     text.AppendBytes(bytes);
     ASSERT_EQ(text.length(), 255U);
     for (std::size_t i = 0; i < 255; ++i) {
-        EXPECT_EQ(text.view()[i], static_cast<wchar_t>(i + 1));
+        EXPECT_EQ(text.view()[i], static_cast<wchar_t>(i + 1)) << i;
     }
 }
 

@@ -82,7 +82,7 @@ TEST_F(ThreadTests, ChannelsInUse_WhileTheRealDeviceLivesItsLife) {
         for (int i = 0; i < kRounds; ++i) {
             ConnectProducts(platform, i % 2 == 0 ? std::vector<int>{9, 12, 15} : std::vector<int>{11, 16, 7});
             device.ApplyConnection(L"m_iComPort 3");
-            EXPECT_EQ(device.Init(HostLog::Callback, nullptr), 0);
+            EXPECT_EQ(device.Init(HostLog::Callback, nullptr), 0) << i;
             device.ApplyConfiguration(L"dIncubatorBelow 0.3");
             CollectStatusReport(device);
             device.ShowConnection(text.data(), 0, nullptr);
@@ -95,7 +95,7 @@ TEST_F(ThreadTests, ChannelsInUse_WhileTheSimulatorLivesItsLife) {
     CDevApiInterface_Impl& device = Simulator();
     WhileChannelsAreUsed(device, [&] {
         for (int i = 0; i < kRounds; ++i) {
-            EXPECT_EQ(device.Init(HostLog::Callback, nullptr), 0);
+            EXPECT_EQ(device.Init(HostLog::Callback, nullptr), 0) << i;
             device.ApplyConfiguration(L"dIncubatorBelow 0.3");
             device.Close();
         }

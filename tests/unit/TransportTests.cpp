@@ -62,6 +62,8 @@ TEST_F(TransportTests, LinkThatIsNotOpen_GivesNoAnswerAndTouchesNoSocket) {
 
 TEST_F(TransportTests, LinkOpenedOrClosedByAnotherThread_WaitsForTheExchangeUnderWay) {
     for (const auto change : {&CDevApiInterface_Impl::ConnectSocket, &CDevApiInterface_Impl::DisconnectSocket}) {
+        const bool opens = change == &CDevApiInterface_Impl::ConnectSocket;
+        SCOPED_TRACE(opens ? "opened" : "closed");
         CDevApiInterface_Impl& device = RealDevice();
         std::atomic<bool> changed = false;
         std::thread other;
@@ -77,7 +79,7 @@ TEST_F(TransportTests, LinkOpenedOrClosedByAnotherThread_WaitsForTheExchangeUnde
         EXPECT_GT(Exchange(device, "readcurval 9"), 0);
         other.join();
         platform.server.SetDefault({});
-        EXPECT_EQ(platform.server.OpenSockets(), change == &CDevApiInterface_Impl::ConnectSocket ? 1U : 0U);
+        EXPECT_EQ(platform.server.OpenSockets(), opens ? 1U : 0U);
         device.DisconnectSocket();
         m_pDevice.reset();
     }
@@ -177,6 +179,7 @@ TEST_F(TransportTests, Ask_ReplyThatFillsTheBuffer_IsWholeAndTerminatedInTheSpar
     CDevApiInterface_Impl& device = RealDevice();
     device.m_bLogCommunication = true;
     for (const int capacity : {kReplySize, kListReplySize}) {
+        SCOPED_TRACE(capacity);
         const std::string full(static_cast<std::size_t>(capacity), 'x');
         platform.server.Answer("status", full);
         const Reply reply = Ask(device, FormatCommand(command::kStatus), capacity);

@@ -128,7 +128,7 @@ TEST_F(ValueThreadTests, SimulatedIncubator_ReachesItsTargets) {
     EXPECT_EQ(device.m_pTemperature[0]->SetTargetTemperature(21.0), 0);
     EXPECT_EQ(device.m_pGasConcentration[0]->SetTargetGasConcentration(8.0), 0);
     for (int i = 0; i < 50 && device.m_pTemperature[0]->m_iState != 4; ++i) {
-        ASSERT_TRUE(platform.clock.WaitForOtherThreadSleeps(20));
+        ASSERT_TRUE(platform.clock.WaitForOtherThreadSleeps(20)) << i;
     }
     EXPECT_EQ(device.m_pTemperature[0]->m_iState, 4);
     EXPECT_NEAR(device.m_pGasConcentration[0]->m_dCurrent, 8.0, 2.0);

@@ -94,9 +94,10 @@ TEST(EmulatorTests, EveryScenario_GivesItsChannels) {
              {L"simulator-default", full},
              {L"failing-sensor", failing},
          }) {
+        SCOPED_TRACE(row.scenario);
         const Running running(L"--scenario " + std::wstring(row.scenario));
         EXPECT_EQ(running.initResult, 0);
-        EXPECT_EQ(running.Names(), row.names) << std::string(row.scenario, row.scenario + std::wcslen(row.scenario));
+        EXPECT_EQ(running.Names(), row.names);
     }
 }
 

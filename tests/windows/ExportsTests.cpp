@@ -55,7 +55,7 @@ TEST(ExportsTests, BadArguments_DoNoHarm) {
     ASSERT_NE(temperature, nullptr);
     for (const double wanted : {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity(),
                                 -std::numeric_limits<double>::infinity(), 1e308}) {
-        EXPECT_EQ(temperature->SetTargetTemperature(wanted), 0);
+        EXPECT_EQ(temperature->SetTargetTemperature(wanted), 0) << wanted;
     }
     EXPECT_EQ(temperature->GetCurrentTemperature(nullptr), -1);
     EXPECT_EQ(temperature->GetName(nullptr, 5), -1);

@@ -76,8 +76,8 @@ TEST(LinkTests, SocketOfTheHostWithAClosedLinksNumber_IsLeftAlone) {
         EXPECT_EQ(value, -7.0);
         device.Close();
         for (const auto& pair : sockets) {
-            EXPECT_TRUE(pair->PeerGotNothing());
-            EXPECT_TRUE(pair->IsOpen());
+            EXPECT_TRUE(pair->PeerGotNothing()) << pair->Own();
+            EXPECT_TRUE(pair->IsOpen()) << pair->Own();
         }
     }
     WSACleanup();
@@ -127,6 +127,7 @@ class ReplyTimeoutTests : public testing::Test {
 TEST_F(ReplyTimeoutTests, LateReply_IsNoAnswerAndNotTheNextCommandsEither) {
     ASSERT_EQ(m_device.GetTemperatureCount(), 5);
     for (int round = 0; round < 3; ++round) {
+        SCOPED_TRACE(round);
         double value = -7.0;
         m_silentMs = 3 * kTimeoutMs;
         EXPECT_EQ(m_base->GetCurrentTemperature(&value), -1);

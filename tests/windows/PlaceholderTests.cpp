@@ -15,7 +15,7 @@ TEST(PlaceholderTests, PlaceholderThatMakesRoom_StillAnswersWhoeverComesFirst) {
     EXPECT_EQ(client.Ask("listprod"), "");
     EXPECT_EQ(client.Ask("oko-control-emulator: make room"), "oko-control-emulator: room made");
     for (int i = 0; i < 20; ++i) {
-        EXPECT_EQ(client.Ask("listprod"), "");  // more probes than the handover has time slices
+        EXPECT_EQ(client.Ask("listprod"), "") << i;  // more probes than the handover has time slices
     }
 }
 

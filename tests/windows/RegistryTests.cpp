@@ -64,7 +64,7 @@ TEST_F(RegistryTests, LogCommunication_OnlyTheNumber1SwitchesTheLogOn) {
     const DWORD numbers[] = {0, 1, 2};
     for (const DWORD& number : numbers) {
         Set(kMiscKey, L"LogCommunication", REG_DWORD, &number, sizeof number);
-        EXPECT_EQ(Logs(), number == 1);
+        EXPECT_EQ(Logs(), number == 1) << number;
     }
     SetText(kMiscKey, L"LogCommunication", L"1");
     EXPECT_FALSE(Logs());
@@ -118,6 +118,7 @@ TEST_F(RegistryTests, Answer_WithoutATerminatorOrOfOddSize_IsTaken) {
 
 TEST_F(RegistryTests, Answer_Garbage_DoesNoHarm) {
     for (const wchar_t* const text : {L"", L"garbage", L"0_listconprod_", L"\u4E2D\u6587", L"0_listconprod_9 9 9 9"}) {
+        SCOPED_TRACE(testing::PrintToString(std::wstring(text)));
         SetText(kSimulatorsKey, kAnswer, text);
         const std::vector<int> counts = Counts();
         EXPECT_LE(counts[0], 16);

@@ -31,6 +31,7 @@ TEST(ValueThreadTests, Values_MoveFromInitToCloseAndAgainAfterTheNextInit) {
     const LoadedLibrary library;
     CDevApiInterface& device = library.Device(1);
     for (int round = 0; round < 3; ++round) {
+        SCOPED_TRACE(round);
         ASSERT_EQ(device.Init(nullptr, nullptr), 0);
         const double before = CurrentOf(device, 0);
         EXPECT_TRUE(WaitUntil([&] { return CurrentOf(device, 0) > before; }));
@@ -103,6 +104,7 @@ TEST(LoadTests, TwoHundredCycles_LeaveNoHandlesBehind) {
     constexpr int kInitEvery = 10;
     unsigned before = 0;
     for (int cycle = 0; cycle < kCycles; ++cycle) {
+        SCOPED_TRACE(cycle);
         {
             const LoadedLibrary library;
             library.Device(0);
