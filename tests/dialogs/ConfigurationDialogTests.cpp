@@ -3,12 +3,13 @@
 #include <algorithm>
 
 #include "DialogTest.h"
+#include "ui/resources/ResourceIds.h"
 
 namespace {
 
-constexpr std::array<int, 8> kFields{1009, 1010, 1011, 1012, 1013, 1014, 1015, 1016};
-constexpr int kAirMode = 1024;
-constexpr int kShowStatus = 1028;
+constexpr std::array<int, 8> kFields{IDC_TEMPERATURE_BELOW, IDC_TEMPERATURE_ABOVE, IDC_CO2_BELOW,
+                                     IDC_CO2_ABOVE,         IDC_O2_BELOW,          IDC_O2_ABOVE,
+                                     IDC_HUMIDITY_BELOW,    IDC_HUMIDITY_ABOVE};
 
 const std::wstring kDefaults =
     L"dIncubatorBelow 0.200000 | dIncubatorAbove 0.200000 | dCO2Below 0.500000 | dCO2Above 0.500000 | "
@@ -87,19 +88,20 @@ TEST_P(ConfigurationDialogFieldTests, Fields_AreEnabledByProductAndFilledByChann
             EXPECT_EQ(dialog.IsEnabled(kFields[i]), enabled[i / 2]) << kFields[i];
             EXPECT_EQ(dialog.Text(kFields[i]), incubator.texts[i]) << kFields[i];
         }
-        EXPECT_EQ(dialog.IsEnabled(kAirMode), incubator.o2);
-        EXPECT_EQ(dialog.IsChecked(kAirMode), incubator.o2);  // the server reports it as on
-        EXPECT_EQ(dialog.IsEnabled(kShowStatus), incubator.showStatus);
+        EXPECT_EQ(dialog.IsEnabled(IDC_AIR_MODE), incubator.o2);
+        EXPECT_EQ(dialog.IsChecked(IDC_AIR_MODE), incubator.o2);  // the server reports it as on
+        EXPECT_EQ(dialog.IsEnabled(IDC_SHOW_STATUS), incubator.showStatus);
     });
 }
 
 TEST_F(ConfigurationDialogTests, Report_IsHiddenAtFirst) {
     Start({9});
     LookAt([](const OpenDialog& dialog) {
-        for (const int id : {1023, 1025, 1026, 1027}) {
+        for (const int id : {IDC_STATUS_GROUP, IDC_REPORT_FIRST, IDC_REPORT_SECOND, IDC_REPORT_THIRD}) {
             EXPECT_FALSE(dialog.IsShown(id)) << id;
         }
-        for (const int id : {IDOK, IDCANCEL, 1017, 1009, kAirMode, kShowStatus}) {
+        for (const int id :
+             {IDOK, IDCANCEL, IDC_TEMPERATURE_LABEL, IDC_TEMPERATURE_BELOW, IDC_AIR_MODE, IDC_SHOW_STATUS}) {
             EXPECT_TRUE(dialog.IsShown(id)) << id;
         }
     });
@@ -116,6 +118,7 @@ TEST_F(ConfigurationDialogTests, Parent_CannotBeUsedMeanwhile) {
 
 TEST_F(ConfigurationDialogTests, Products16And17_HaveNoDialog) {
     for (const int product : {16, 17}) {
+        SCOPED_TRACE(product);
         Start({product});
         SetText(L"before");
         EXPECT_EQ(Device().ShowConfiguration(text.data(), 400, parent.Get()), oko::kFailure);
@@ -128,33 +131,37 @@ TEST_F(ConfigurationDialogTests, Products16And17_HaveNoDialog) {
 TEST_F(ConfigurationDialogTests, CancelEscapeAndCloseBox_ChangeNothing) {
     Start({9, 12, 15});
     SetText(L"before");
-    using Way = void (*)(const OpenDialog&);
-    for (const Way leave : {Way{[](const OpenDialog& dialog) { dialog.Click(IDCANCEL); }},
-                            Way{[](const OpenDialog& dialog) { dialog.Press(VK_ESCAPE); }},
-                            Way{[](const OpenDialog& dialog) { dialog.PressCloseBox(); }}}) {
+    struct Way {
+        const char* name;
+        void (*leave)(const OpenDialog&);
+    };
+    for (const Way& way : {Way{"Cancel", [](const OpenDialog& dialog) { dialog.Click(IDCANCEL); }},
+                           Way{"Escape", [](const OpenDialog& dialog) { dialog.Press(VK_ESCAPE); }},
+                           Way{"close box", [](const OpenDialog& dialog) { dialog.PressCloseBox(); }}}) {
+        SCOPED_TRACE(way.name);
         EXPECT_EQ(ShowConfiguration([&](const OpenDialog& dialog) {
-                      dialog.Type(1009, L"9");
-                      dialog.Click(kAirMode);
-                      leave(dialog);
+                      dialog.Type(IDC_TEMPERATURE_BELOW, L"9");
+                      dialog.Click(IDC_AIR_MODE);
+                      way.leave(dialog);
                   }),
                   oko::kFailure);
         EXPECT_STREQ(text.data(), L"before");
         EXPECT_TRUE(server.NewCommands().empty());
     }
-    LookAt([](const OpenDialog& dialog) { EXPECT_EQ(dialog.Text(1009), L"0.2"); });
+    LookAt([](const OpenDialog& dialog) { EXPECT_EQ(dialog.Text(IDC_TEMPERATURE_BELOW), L"0.2"); });
     EXPECT_EQ(HostRecord::Current().airModeChanges, 0);
 }
 
 TEST_F(ConfigurationDialogTests, Ok_WritesTheTextAndSendsTheAlarms) {
     Start({9, 12, 15}, "107 119 189");
-    EXPECT_EQ(Enter({{1009, L"0.3"},
-                     {1010, L"0.24"},
-                     {1011, L"0.4"},
-                     {1012, L"0.6"},
-                     {1013, L"1.25"},
-                     {1014, L"0.128"},
-                     {1015, L"2"},
-                     {1016, L"3.5"}}),
+    EXPECT_EQ(Enter({{IDC_TEMPERATURE_BELOW, L"0.3"},
+                     {IDC_TEMPERATURE_ABOVE, L"0.24"},
+                     {IDC_CO2_BELOW, L"0.4"},
+                     {IDC_CO2_ABOVE, L"0.6"},
+                     {IDC_O2_BELOW, L"1.25"},
+                     {IDC_O2_ABOVE, L"0.128"},
+                     {IDC_HUMIDITY_BELOW, L"2"},
+                     {IDC_HUMIDITY_ABOVE, L"3.5"}}),
               L"dIncubatorBelow 0.300000 | dIncubatorAbove 0.240000 | dCO2Below 0.400000 | dCO2Above 0.600000 | "
               L"dO2Below 1.250000 | dO2Above 0.128000 | dHumidityBelow 2.000000 | dHumidityAbove 3.500000");
     // The narrower tolerance of each; none for the humidity.
@@ -162,7 +169,7 @@ TEST_F(ConfigurationDialogTests, Ok_WritesTheTextAndSendsTheAlarms) {
     LookAt([](const OpenDialog& dialog) {
         const std::array<const wchar_t*, 8> rounded{L"0.3", L"0.2", L"0.40", L"0.60", L"1.25", L"0.13", L"2", L"4"};
         for (std::size_t i = 0; i < kFields.size(); ++i) {
-            EXPECT_EQ(dialog.Text(kFields[i]), rounded[i]);
+            EXPECT_EQ(dialog.Text(kFields[i]), rounded[i]) << kFields[i];
         }
     });
 }
@@ -221,7 +228,7 @@ TEST_F(ConfigurationDialogTests, EveryEmptyField_KeepsTheDialogOpen) {
                       dialog.Click(IDOK);
                       dialog.Settle();
                       EXPECT_TRUE(dialog.IsOpen()) << id;
-                      EXPECT_TRUE(server.NewCommands().empty());
+                      EXPECT_TRUE(server.NewCommands().empty()) << id;
                       dialog.Type(id, before);
                   }
                   dialog.Click(IDOK);
@@ -233,18 +240,18 @@ TEST_F(ConfigurationDialogTests, EveryEmptyField_KeepsTheDialogOpen) {
 TEST_F(ConfigurationDialogTests, EmptyField_LeavesTheEarlierOnesTaken) {
     Start({9, 12, 15});
     EXPECT_EQ(ShowConfiguration([](const OpenDialog& dialog) {
-                  dialog.Type(1009, L"0.7");
-                  dialog.Type(1012, L"");
-                  dialog.Type(1013, L"0.9");
+                  dialog.Type(IDC_TEMPERATURE_BELOW, L"0.7");
+                  dialog.Type(IDC_CO2_ABOVE, L"");
+                  dialog.Type(IDC_O2_BELOW, L"0.9");
                   dialog.Click(IDOK);
                   dialog.Click(IDCANCEL);
               }),
               oko::kFailure);
     EXPECT_EQ(std::wstring(text.data()), L"");
     LookAt([](const OpenDialog& dialog) {
-        EXPECT_EQ(dialog.Text(1009), L"0.7");
-        EXPECT_EQ(dialog.Text(1012), L"0.50");
-        EXPECT_EQ(dialog.Text(1013), L"0.50");
+        EXPECT_EQ(dialog.Text(IDC_TEMPERATURE_BELOW), L"0.7");
+        EXPECT_EQ(dialog.Text(IDC_CO2_ABOVE), L"0.50");
+        EXPECT_EQ(dialog.Text(IDC_O2_BELOW), L"0.50");
     });
 }
 
@@ -259,7 +266,7 @@ TEST_F(ConfigurationDialogTests, EmptyField_KeepsTheChannelsOffTheServerUntilThe
     };
     EXPECT_TRUE(readAsks());
     EXPECT_EQ(ShowConfiguration([](const OpenDialog& dialog) {
-                  dialog.Type(1009, L"");
+                  dialog.Type(IDC_TEMPERATURE_BELOW, L"");
                   dialog.Click(IDOK);
                   dialog.Click(IDCANCEL);
               }),
@@ -276,9 +283,9 @@ TEST_F(ConfigurationDialogTests, HumidityThatTheHostSwitchedOff_LetsTheDialogOnl
     Device().GetHumidifier(0, &channel);
     channel->SetEnabled(0);
     EXPECT_EQ(ShowConfiguration([](const OpenDialog& dialog) {
-                  for (const int id : {1015, 1016}) {
-                      EXPECT_FALSE(dialog.IsEnabled(id));
-                      EXPECT_EQ(dialog.Text(id), L"");
+                  for (const int id : {IDC_HUMIDITY_BELOW, IDC_HUMIDITY_ABOVE}) {
+                      EXPECT_FALSE(dialog.IsEnabled(id)) << id;
+                      EXPECT_EQ(dialog.Text(id), L"") << id;
                   }
                   dialog.Click(IDOK);
                   dialog.Settle();
@@ -291,14 +298,14 @@ TEST_F(ConfigurationDialogTests, HumidityThatTheHostSwitchedOff_LetsTheDialogOnl
 TEST_F(ConfigurationDialogTests, Numbers_AreReadUpToWhatIsNone) {
     Start({9, 12, 15});
     const std::wstring longNumber = L"0." + std::wstring(300, L'3');
-    EXPECT_EQ(Enter({{1009, L"abc"},
-                     {1010, L"0,7"},
-                     {1011, L" 1.5x"},
-                     {1012, L"-2"},
-                     {1013, L"1e1"},
-                     {1014, longNumber},
-                     {1015, L"."},
-                     {1016, L"\u0661"}}),
+    EXPECT_EQ(Enter({{IDC_TEMPERATURE_BELOW, L"abc"},
+                     {IDC_TEMPERATURE_ABOVE, L"0,7"},
+                     {IDC_CO2_BELOW, L" 1.5x"},
+                     {IDC_CO2_ABOVE, L"-2"},
+                     {IDC_O2_BELOW, L"1e1"},
+                     {IDC_O2_ABOVE, longNumber},
+                     {IDC_HUMIDITY_BELOW, L"."},
+                     {IDC_HUMIDITY_ABOVE, L"\u0661"}}),
               L"dIncubatorBelow 0.000000 | dIncubatorAbove 0.000000 | dCO2Below 1.500000 | dCO2Above -2.000000 | "
               L"dO2Below 10.000000 | dO2Above 0.333333 | dHumidityBelow 0.000000 | dHumidityAbove 0.000000");
 }
@@ -306,15 +313,15 @@ TEST_F(ConfigurationDialogTests, Numbers_AreReadUpToWhatIsNone) {
 TEST_F(ConfigurationDialogTests, OtherNotificationCodesAndIds_AreLeftAlone) {
     Start({9});
     LookAt([](const OpenDialog& dialog) {
-        for (const int id : {static_cast<int>(IDOK), static_cast<int>(IDCANCEL), kShowStatus}) {
+        for (const int id : {static_cast<int>(IDOK), static_cast<int>(IDCANCEL), IDC_SHOW_STATUS}) {
             dialog.Command(id, BN_DBLCLK);
             dialog.Command(id, EN_CHANGE >> 8);
         }
         dialog.Command(8, 0);
-        dialog.Command(1019, 0);
+        dialog.Command(IDC_FIND_AND_CONNECT, 0);
         dialog.Settle();
         EXPECT_TRUE(dialog.IsOpen());
-        EXPECT_TRUE(dialog.IsShown(kShowStatus));
+        EXPECT_TRUE(dialog.IsShown(IDC_SHOW_STATUS));
     });
     EXPECT_TRUE(server.NewCommands().empty());
 }
@@ -324,9 +331,9 @@ TEST_F(ConfigurationDialogTests, AirModeSwitchedOn_IsWrittenAndCalledBack) {
     Start({11}, "31 237 238 259");
     const auto switchOn = [this](const char* reported) {
         EXPECT_EQ(ShowConfiguration([&](const OpenDialog& dialog) {
-                      EXPECT_FALSE(dialog.IsChecked(kAirMode));
-                      dialog.Click(kAirMode);
-                      EXPECT_TRUE(dialog.IsChecked(kAirMode));
+                      EXPECT_FALSE(dialog.IsChecked(IDC_AIR_MODE));
+                      dialog.Click(IDC_AIR_MODE);
+                      EXPECT_TRUE(dialog.IsChecked(IDC_AIR_MODE));
                       server.Answer("bl-param-read 11 237", reported);
                       dialog.Click(IDOK);
                   }),
@@ -340,8 +347,8 @@ TEST_F(ConfigurationDialogTests, AirModeSwitchedOn_IsWrittenAndCalledBack) {
     EXPECT_EQ(switchOn("1"), 1);
 
     EXPECT_EQ(ShowConfiguration([&](const OpenDialog& dialog) {
-                  EXPECT_TRUE(dialog.IsChecked(kAirMode));
-                  dialog.Click(kAirMode);
+                  EXPECT_TRUE(dialog.IsChecked(IDC_AIR_MODE));
+                  dialog.Click(IDC_AIR_MODE);
                   server.Answer("bl-param-read 11 237", "0");
                   dialog.Click(IDOK);
               }),

@@ -1,11 +1,9 @@
 // The connection dialog: its list of ports, and how it is left.
 
 #include "DialogTest.h"
+#include "ui/resources/ResourceIds.h"
 
 namespace {
-
-constexpr int kPortList = 1018;
-constexpr int kFindAndConnect = 1019;
 
 /// What the list ought to show on this machine, asked of the system here too.
 std::vector<std::wstring> ExpectedPorts() {
@@ -30,7 +28,7 @@ std::vector<std::wstring> ExpectedPorts() {
 }
 
 std::vector<std::wstring> ListedPorts(const OpenDialog& dialog) {
-    const HWND list = dialog.Control(kPortList);
+    const HWND list = dialog.Control(IDC_PORT_LIST);
     std::vector<std::wstring> ports;
     const auto count = static_cast<WPARAM>(SendMessageW(list, CB_GETCOUNT, 0, 0));
     for (WPARAM i = 0; i < count; ++i) {
@@ -45,11 +43,11 @@ std::vector<std::wstring> ListedPorts(const OpenDialog& dialog) {
 std::wstring PortNumber(const std::wstring& listed) { return listed.substr(3, listed.find(L' ') - 3); }
 
 int Selected(const OpenDialog& dialog) {
-    return static_cast<int>(SendMessageW(dialog.Control(kPortList), CB_GETCURSEL, 0, 0));
+    return static_cast<int>(SendMessageW(dialog.Control(IDC_PORT_LIST), CB_GETCURSEL, 0, 0));
 }
 
 void Select(const OpenDialog& dialog, int index) {
-    SendMessageW(dialog.Control(kPortList), CB_SETCURSEL, static_cast<WPARAM>(index), 0);
+    SendMessageW(dialog.Control(IDC_PORT_LIST), CB_SETCURSEL, static_cast<WPARAM>(index), 0);
 }
 
 class ConnectionDialogTests : public IncubatorDialogTest {
@@ -87,7 +85,7 @@ TEST_F(ConnectionDialogTests, PortOfTheSettings_IsSelectedAndElseTheFirst) {
           Case{L"m_iComPort  " + lastNumber + L" ", last}, Case{L"m_iComPort 1", 0}}) {
         SetText(row.settings);
         ShowConnection([&](const OpenDialog& dialog) {
-            EXPECT_EQ(Selected(dialog), row.selected);
+            EXPECT_EQ(Selected(dialog), row.selected) << row.settings;
             dialog.PressCloseBox();
         });
     }
@@ -99,8 +97,9 @@ TEST_F(ConnectionDialogTests, DialogOpenedOften_ListsThePortsAnew) {
     const std::size_t enough = 64 / expected.size() + 2;
     SetText(L"m_iComPort 3");
     for (std::size_t i = 0; i < enough; ++i) {
+        SCOPED_TRACE(i);
         EXPECT_EQ(ShowConnection([&](const OpenDialog& dialog) {
-                      EXPECT_EQ(ListedPorts(dialog), expected);
+                      EXPECT_EQ(ListedPorts(dialog), expected) << i;
                       Select(dialog, static_cast<int>(i % expected.size()));
                       dialog.Click(IDOK);
                   }),
@@ -129,7 +128,7 @@ TEST_F(ConnectionDialogTests, EnterKey_IsOk) {
 TEST_F(ConnectionDialogTests, ArrowKey_ChoosesTheNextPort) {
     SetText(L"m_iComPort 3");
     EXPECT_EQ(ShowConnection([](const OpenDialog& dialog) {
-                  while (dialog.Focus() != dialog.Control(kPortList)) {
+                  while (dialog.Focus() != dialog.Control(IDC_PORT_LIST)) {
                       dialog.Press(VK_TAB);
                   }
                   dialog.Press(VK_DOWN);
@@ -140,14 +139,18 @@ TEST_F(ConnectionDialogTests, ArrowKey_ChoosesTheNextPort) {
 }
 
 TEST_F(ConnectionDialogTests, CloseBoxAndId8_FailAndLeaveTheText) {
-    using Way = void (*)(const OpenDialog&);
-    for (const Way leave : {Way{[](const OpenDialog& dialog) { dialog.PressCloseBox(); }},
-                            Way{[](const OpenDialog& dialog) { dialog.Command(8, 0); }},
-                            Way{[](const OpenDialog& dialog) { dialog.Command(8, 5); }}}) {
+    struct Way {
+        const char* name;
+        void (*leave)(const OpenDialog&);
+    };
+    for (const Way& way : {Way{"close box", [](const OpenDialog& dialog) { dialog.PressCloseBox(); }},
+                           Way{"id 8", [](const OpenDialog& dialog) { dialog.Command(8, 0); }},
+                           Way{"id 8 with code 5", [](const OpenDialog& dialog) { dialog.Command(8, 5); }}}) {
+        SCOPED_TRACE(way.name);
         SetText(L"m_iComPort 3");
         EXPECT_EQ(ShowConnection([&](const OpenDialog& dialog) {
                       Select(dialog, 6);
-                      leave(dialog);
+                      way.leave(dialog);
                   }),
                   oko::kFailure);
         EXPECT_STREQ(text.data(), L"m_iComPort 3");

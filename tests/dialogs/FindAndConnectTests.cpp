@@ -5,16 +5,15 @@
 
 #include "DialogTest.h"
 #include "ProgressRecorder.h"
+#include "ui/resources/ResourceIds.h"
 #include "windows/InstalledEmulator.h"
 
 namespace {
 
-constexpr int kFindAndConnect = 1019;
-
 /// Eleven products: 1 at first, then the part of them that is done.
 const std::vector<int> kSearchPercents{1, 9, 18, 27, 36, 45, 55, 64, 73, 82, 91};
 
-void FindAndConnect(const OpenDialog& dialog) { dialog.Click(kFindAndConnect); }
+void FindAndConnect(const OpenDialog& dialog) { dialog.Click(IDC_FIND_AND_CONNECT); }
 
 /// The commands of a record that the emulator wrote.
 std::vector<std::string> RecordedCommands(const std::wstring& file) {
@@ -38,9 +37,9 @@ void ExpectCommands(std::vector<std::string> commands) {
         const std::string find = "find " + std::to_string(product);
         expected.insert(expected.end(), {find, "findstat"});
         const auto found = std::ranges::find(commands, find);
-        ASSERT_NE(found, commands.end());
+        ASSERT_NE(found, commands.end()) << product;
         const auto polls = std::find_if(found + 1, commands.end(), [](const auto& c) { return c != "findstat"; });
-        ASSERT_GE(polls - found - 1, product == 9 || product == 12 ? 2 : 1);
+        ASSERT_GE(polls - found - 1, product == 9 || product == 12 ? 2 : 1) << product;
         commands.erase(found + 2, polls);  // the further polls
     }
     expected.insert(expected.end(),
@@ -91,6 +90,7 @@ TEST_F(FindAndConnectTests, SlowSearch_IsPolledShownAndLedOnToTheRunningDevice) 
     EXPECT_EQ(progress.Windows(), 2U);
     EXPECT_EQ(progress.OpenWindows(), 1U);
     for (const ProgressShown& shown : progress.Shown()) {
+        SCOPED_TRACE(shown.percent);
         EXPECT_EQ(shown.text, std::to_wstring(shown.percent) + L" %");
         EXPECT_EQ(shown.position, shown.percent);
         EXPECT_TRUE(shown.waitCursor);
@@ -143,7 +143,7 @@ class FindAndConnectServerTests : public IncubatorDialogTest {
         std::wstring shown;
         EXPECT_EQ(ShowConnection([&](const OpenDialog& dialog) {
                       const DWORD threadId = dialog.ThreadId();
-                      PostMessageW(dialog.Window(), WM_COMMAND, kFindAndConnect, 0);
+                      PostMessageW(dialog.Window(), WM_COMMAND, IDC_FIND_AND_CONNECT, 0);
                       const auto box = AwaitDialog(threadId, caption);
                       ASSERT_TRUE(box);
                       constexpr int kBoxText = 0xFFFF;
@@ -177,8 +177,8 @@ TEST_F(FindAndConnectServerTests, ProgressWindow_GoesFrom0To100AndCannotBeClosed
     ASSERT_TRUE(IsWindow(window));
     EXPECT_EQ(GetWindow(window, GW_OWNER), parent.Get());
     constexpr UINT kGetRange = WM_USER + 7;  // PBM_GETRANGE
-    EXPECT_EQ(SendDlgItemMessageW(window, 1020, kGetRange, TRUE, 0), 0);
-    EXPECT_EQ(SendDlgItemMessageW(window, 1020, kGetRange, FALSE, 0), 100);
+    EXPECT_EQ(SendDlgItemMessageW(window, IDC_PROGRESS_BAR, kGetRange, TRUE, 0), 0);
+    EXPECT_EQ(SendDlgItemMessageW(window, IDC_PROGRESS_BAR, kGetRange, FALSE, 0), 100);
 
     PostMessageW(window, WM_SYSCOMMAND, SC_CLOSE, 0);
     PostMessageW(window, WM_COMMAND, IDCANCEL, 0);

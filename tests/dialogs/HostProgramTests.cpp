@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "OpenDialog.h"
+#include "ui/resources/ResourceIds.h"
 #include "windows/DialogTexts.h"
 #include "windows/EmulatorProcess.h"
 
@@ -39,7 +40,7 @@ TEST_F(HostProgramTests, Configure_KeepsTheAlarmSettingsAndSaysWhatChanged) {
             ADD_FAILURE() << "no dialog came";
             return std::string();
         }
-        dialog->Type(1009, below);
+        dialog->Type(IDC_TEMPERATURE_BELOW, below);
         dialog->Click(IDOK);
         EXPECT_EQ(host.ExitCode(), 0U);
         return host.Output();
@@ -66,7 +67,7 @@ TEST_F(HostProgramTests, Connect_KeepsThePortAndBringsTheDeviceUp) {
     const HostProgram host(L"connect --device incubator" + SettingsOption());
     const auto dialog = AwaitDialog(host.ThreadId(), L"OKO-Lab bold line Connection");
     ASSERT_TRUE(dialog);
-    SendMessageW(dialog->Control(1018), CB_SETCURSEL, 3, 0);
+    SendMessageW(dialog->Control(IDC_PORT_LIST), CB_SETCURSEL, 3, 0);
     dialog->Click(IDOK);
     EXPECT_EQ(host.ExitCode(), 0U);
     EXPECT_TRUE(host.HasWritten("now: m_iComPort 4"));

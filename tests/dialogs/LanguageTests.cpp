@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "DialogTest.h"
+#include "ui/resources/ResourceIds.h"
 #include "windows/DialogTexts.h"
 #include "windows/TextMargin.h"
 
@@ -131,9 +132,13 @@ TEST_F(LanguageTests, Configuration_IsInTheSystemsLanguageAndFits) {
         [](const OpenDialog& dialog) {
             const auto& texts = Texts().configuration;
             EXPECT_EQ(dialog.Caption(), texts[0]);
-            const std::map<int, const wchar_t*> byId{{IDOK, texts[1]}, {IDCANCEL, texts[2]}, {1017, texts[3]},
-                                                     {1023, texts[7]}, {1025, texts[8]},     {1024, texts[9]},
-                                                     {1028, texts[11]}};
+            const std::map<int, const wchar_t*> byId{{IDOK, texts[1]},
+                                                     {IDCANCEL, texts[2]},
+                                                     {IDC_TEMPERATURE_LABEL, texts[3]},
+                                                     {IDC_STATUS_GROUP, texts[7]},
+                                                     {IDC_REPORT_FIRST, texts[8]},
+                                                     {IDC_AIR_MODE, texts[9]},
+                                                     {IDC_SHOW_STATUS, texts[11]}};
             for (const auto& [id, expected] : byId) {
                 EXPECT_EQ(dialog.Text(id), expected) << id;
             }
@@ -148,7 +153,7 @@ TEST_F(LanguageTests, Connection_IsInTheSystemsLanguageAndFits) {
         const auto& texts = Texts().connection;
         EXPECT_EQ(dialog.Caption(), texts[0]);
         EXPECT_EQ(dialog.Text(IDOK), texts[1]);
-        EXPECT_EQ(dialog.Text(1019), texts[3]);
+        EXPECT_EQ(dialog.Text(IDC_FIND_AND_CONNECT), texts[3]);
         ExpectWellLaidOut(dialog);
         dialog.PressCloseBox();
     });
@@ -158,8 +163,8 @@ TEST_F(LanguageTests, Panel_IsInTheSystemsLanguageAndFits) {
     const OpenDialog panel(static_cast<HWND>(Device().CreateValuePanel(parent.Get(), nullptr)));
     ShowWindow(panel.Window(), SW_SHOW);
     const auto& texts = Texts().panel;
-    EXPECT_EQ(panel.Text(1002), texts[0]);
-    EXPECT_EQ(panel.Text(1003), texts[1]);
+    EXPECT_EQ(panel.Text(IDC_SET_VALUE), texts[0]);
+    EXPECT_EQ(panel.Text(IDC_GET_VALUE), texts[1]);
     ExpectWellLaidOut(panel);
     DestroyWindow(panel.Window());
 }
@@ -172,9 +177,10 @@ TEST_F(LanguageTests, Progress_IsInTheSystemsLanguageAndFits) {
     ASSERT_NE(window.Window(), nullptr);
     ShowWindow(window.Window(), SW_SHOW);
     EXPECT_EQ(window.Caption(), Texts().progress[0]);
-    EXPECT_EQ(window.Text(1021), Texts().progress[1]);
+    EXPECT_EQ(window.Text(IDC_PROGRESS_TEXT), Texts().progress[1]);
     for (const wchar_t* const shown : {Texts().progress[1], L"100 %"}) {
-        SetDlgItemTextW(window.Window(), 1021, shown);
+        SCOPED_TRACE(shown);
+        SetDlgItemTextW(window.Window(), IDC_PROGRESS_TEXT, shown);
         ExpectWellLaidOut(window);
     }
     DestroyWindow(window.Window());

@@ -3,6 +3,7 @@
 #include <functional>
 #include <set>
 
+#include "ui/resources/ResourceIds.h"
 #include "windows/LoadedLibrary.h"
 
 /// What a progress window showed after one progress message.
@@ -74,7 +75,7 @@ class ProgressRecorder {
         const auto& message = *reinterpret_cast<const CWPRETSTRUCT*>(lParam);
         // The bar's own messages are numbered from WM_USER too.
         if (code == HC_ACTION && message.message == kProgressMessage &&
-            GetDlgItem(message.hwnd, kProgressBar) != nullptr) {
+            GetDlgItem(message.hwnd, IDC_PROGRESS_BAR) != nullptr) {
             Current()->Add(message.hwnd, static_cast<int>(message.wParam));
         }
         if (code == HC_ACTION && (message.message == WM_PAINT || message.message == WM_SETTEXT)) {
@@ -91,9 +92,9 @@ class ProgressRecorder {
         std::array<wchar_t, 64> caption{};
         std::array<wchar_t, 64> text{};
         GetWindowTextW(window, caption.data(), static_cast<int>(caption.size()));
-        GetDlgItemTextW(window, kProgressText, text.data(), static_cast<int>(text.size()));
+        GetDlgItemTextW(window, IDC_PROGRESS_TEXT, text.data(), static_cast<int>(text.size()));
         m_shown.push_back({caption.data(), percent, text.data(),
-                           static_cast<int>(SendDlgItemMessageW(window, kProgressBar, kGetPosition, 0, 0)),
+                           static_cast<int>(SendDlgItemMessageW(window, IDC_PROGRESS_BAR, kGetPosition, 0, 0)),
                            GetCursor() == LoadCursorW(nullptr, IDC_WAIT), IsDrawn(window)});
         if (m_listener) {
             m_listener(m_shown.back(), window);
@@ -102,7 +103,7 @@ class ProgressRecorder {
 
     /// Keeps the text of a control that was drawn or changed, if it is the one beside a bar.
     void See(HWND control) {
-        if (GetDlgCtrlID(control) == kProgressText && GetDlgItem(GetParent(control), kProgressBar) != nullptr &&
+        if (GetDlgCtrlID(control) == IDC_PROGRESS_TEXT && GetDlgItem(GetParent(control), IDC_PROGRESS_BAR) != nullptr &&
             IsWindowVisible(control)) {
             std::array<wchar_t, 64> text{};
             GetWindowTextW(control, text.data(), static_cast<int>(text.size()));
@@ -111,16 +112,13 @@ class ProgressRecorder {
     }
 
     static bool IsDrawn(HWND window) {
-        for (const int id : {kProgressBar, kProgressText}) {
+        for (const int id : {IDC_PROGRESS_BAR, IDC_PROGRESS_TEXT}) {
             if (GetUpdateRect(GetDlgItem(window, id), nullptr, FALSE)) {
                 return false;
             }
         }
         return !GetUpdateRect(window, nullptr, FALSE);
     }
-
-    static constexpr int kProgressBar = 1020;
-    static constexpr int kProgressText = 1021;
 
     HHOOK m_hHook;
     Listener m_listener;

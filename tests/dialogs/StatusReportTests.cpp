@@ -3,12 +3,11 @@
 #include <algorithm>
 
 #include "DialogTest.h"
+#include "ui/resources/ResourceIds.h"
 
 namespace {
 
-constexpr int kGroup = 1023;
-constexpr std::array<int, 3> kColumns{1025, 1026, 1027};
-constexpr int kShowStatus = 1028;
+constexpr std::array<int, 3> kColumns{IDC_REPORT_FIRST, IDC_REPORT_SECOND, IDC_REPORT_THIRD};
 
 /// The parameters of all the report's rows.
 const std::string kAllParameters =
@@ -22,10 +21,10 @@ int Width(const RECT& rect) { return static_cast<int>(rect.right - rect.left); }
 struct Geometry {
     explicit Geometry(const OpenDialog& dialog)
         : window(dialog.ScreenPlace()),
-          group(dialog.Place(kGroup)),
+          group(dialog.Place(IDC_STATUS_GROUP)),
           ok(dialog.Place(IDOK)),
           cancel(dialog.Place(IDCANCEL)),
-          showStatus(dialog.Place(kShowStatus)) {
+          showStatus(dialog.Place(IDC_SHOW_STATUS)) {
         std::ranges::transform(kColumns, columns.begin(), [&](int id) { return dialog.Place(id); });
     }
 
@@ -78,15 +77,15 @@ class StatusReportTests : public IncubatorDialogTest {
         Shown shown;
         EXPECT_EQ(ShowConfiguration([&](const OpenDialog& dialog) {
                       shown.before.emplace(dialog);
-                      dialog.Click(kShowStatus);
+                      dialog.Click(IDC_SHOW_STATUS);
                       shown.after.emplace(dialog);
                       for (const int id : kColumns) {
                           if (dialog.IsShown(id)) {
                               shown.columns.push_back(dialog.Text(id));
                           }
                       }
-                      shown.groupShown = dialog.IsShown(kGroup);
-                      shown.buttonShown = dialog.IsShown(kShowStatus);
+                      shown.groupShown = dialog.IsShown(IDC_STATUS_GROUP);
+                      shown.buttonShown = dialog.IsShown(IDC_SHOW_STATUS);
                       dialog.Click(IDCANCEL);
                   }),
                   oko::kFailure);
@@ -207,12 +206,15 @@ TEST_F(StatusReportTests, KeyboardThatAskedForTheReport_WorksOnAfterIt) {
     Start({8}, kAllParameters);
     for (const Case& row : {Case{{VK_RETURN}, oko::kSuccess}, Case{{VK_ESCAPE}, oko::kFailure},
                             Case{{VK_TAB, VK_RETURN}, oko::kFailure}}) {
+        const std::string keys = testing::PrintToString(row.keys);
+        SCOPED_TRACE(keys);
         EXPECT_EQ(ShowConfiguration([&](const OpenDialog& dialog) {
-                      while (dialog.Focus() != dialog.Control(kShowStatus)) {
+                      SCOPED_TRACE(keys);  // this is another thread
+                      while (dialog.Focus() != dialog.Control(IDC_SHOW_STATUS)) {
                           dialog.Press(VK_TAB);
                       }
                       OpenDialog::Strike(VK_SPACE);
-                      ASSERT_TRUE(WaitUntil([&] { return !dialog.IsShown(kShowStatus); }));
+                      ASSERT_TRUE(WaitUntil([&] { return !dialog.IsShown(IDC_SHOW_STATUS); }));
                       dialog.Settle();
                       const HWND focus = dialog.Focus();
                       EXPECT_EQ(focus, dialog.Control(IDOK));  // where Tab goes from the button
@@ -234,9 +236,9 @@ TEST_F(StatusReportTests, DialogOpenedAnew_IsAsItWasFirst) {
     EXPECT_EQ(ShowConfiguration([&](const OpenDialog& dialog) {
                   const Geometry now(dialog);
                   EXPECT_EQ(Height(now.window), Height(first.before->window));
-                  EXPECT_TRUE(dialog.IsShown(kShowStatus));
-                  EXPECT_FALSE(dialog.IsShown(kGroup));
-                  dialog.Click(kShowStatus);
+                  EXPECT_TRUE(dialog.IsShown(IDC_SHOW_STATUS));
+                  EXPECT_FALSE(dialog.IsShown(IDC_STATUS_GROUP));
+                  dialog.Click(IDC_SHOW_STATUS);
                   dialog.Click(IDOK);
               }),
               oko::kSuccess);

@@ -1,6 +1,7 @@
 // The value panel that a host puts into a window of its own.
 
 #include "DialogTest.h"
+#include "ui/resources/ResourceIds.h"
 
 namespace {
 
@@ -27,7 +28,7 @@ TEST_F(ValuePanelTests, Procedure_IsHandedOutAndHandlesNothing) {
     EXPECT_EQ(reinterpret_cast<LONG_PTR>(procedure), GetWindowLongPtrW(panel, DWLP_DLGPROC));
     const auto handle = reinterpret_cast<DLGPROC>(procedure);
     for (const UINT message : {WM_INITDIALOG, WM_COMMAND, WM_CLOSE, WM_DESTROY, WM_USER + 32}) {
-        EXPECT_EQ(handle(panel, message, 1, 0), FALSE);
+        EXPECT_EQ(handle(panel, message, 1, 0), FALSE) << message;
     }
     DestroyWindow(panel);
 }
@@ -36,11 +37,11 @@ TEST_F(ValuePanelTests, Buttons_HaveNoEffect) {
     const HWND panel = static_cast<HWND>(Device().CreateValuePanel(parent.Get(), nullptr));
     ShowWindow(panel, SW_SHOW);
     const OpenDialog dialog(panel);
-    dialog.Type(1001, L"5.5");
-    for (const int id : {1002, 1003}) {
+    dialog.Type(IDC_GAS_VALUE, L"5.5");
+    for (const int id : {IDC_SET_VALUE, IDC_GET_VALUE}) {
         dialog.Click(id);
-        EXPECT_TRUE(dialog.IsOpen());
-        EXPECT_EQ(dialog.Text(1001), L"5.5");
+        EXPECT_TRUE(dialog.IsOpen()) << id;
+        EXPECT_EQ(dialog.Text(IDC_GAS_VALUE), L"5.5") << id;
     }
     DestroyWindow(panel);
 }

@@ -5,6 +5,7 @@
 
 #include "dialogs/DialogTest.h"
 #include "dialogs/ProgressRecorder.h"
+#include "ui/resources/ResourceIds.h"
 #include "windows/EmulatorProcess.h"
 
 namespace {
@@ -39,7 +40,7 @@ TEST_F(DialogPictures, ConfigurationAndStatus) {
     Start();
     ShowConfiguration([](const OpenDialog& dialog) {
         TakePicture("configuration", dialog);
-        dialog.Click(1028);
+        dialog.Click(IDC_SHOW_STATUS);
         TakePicture("status", dialog);
         dialog.Click(IDCANCEL);
     });
@@ -57,7 +58,7 @@ TEST_F(DialogPictures, ConnectionAndProgress) {
     SetText(L"m_iComPort 3");
     ShowConnection([](const OpenDialog& dialog) {
         TakePicture("connection", dialog);
-        dialog.Click(1019);
+        dialog.Click(IDC_FIND_AND_CONNECT);
     });
     Start();
     Device().Close();

@@ -5,6 +5,7 @@
 #include "Fixture.h"
 #include "Journal.h"
 #include "ui/ConfigurationFields.h"
+#include "ui/resources/ResourceIds.h"
 
 namespace {
 
@@ -36,6 +37,21 @@ class ConfigurationTests : public DeviceTest {
         return ids;
     }
 
+    /// The ids of these quantities' fields.
+    static std::vector<int> FieldIds(bool temperature, bool co2, bool o2, bool humidity) {
+        std::vector<int> ids;
+        const auto add = [&ids](bool wanted, int below, int above) {
+            if (wanted) {
+                ids.insert(ids.end(), {below, above});
+            }
+        };
+        add(temperature, IDC_TEMPERATURE_BELOW, IDC_TEMPERATURE_ABOVE);
+        add(co2, IDC_CO2_BELOW, IDC_CO2_ABOVE);
+        add(o2, IDC_O2_BELOW, IDC_O2_ABOVE);
+        add(humidity, IDC_HUMIDITY_BELOW, IDC_HUMIDITY_ABOVE);
+        return ids;
+    }
+
     static std::wstring TextOf(const ConfigurationView& view, int id) {
         return std::ranges::find(view.fields, id, &FieldView::id)->text;
     }
@@ -52,23 +68,23 @@ class ConfigurationTests : public DeviceTest {
 TEST_F(ConfigurationTests, Fields_AreEnabledByTheProducts) {
     struct Case {
         std::vector<int> products;
-        std::vector<int> enabled;
-        bool airMode;
+        bool temperature, co2, o2, humidity, airMode;
     };
-    for (const Case& row : std::vector<Case>{{{}, {}, false},
-                                             {{7}, {1009, 1010, 1015, 1016}, false},
-                                             {{8}, {1009, 1010, 1015, 1016}, false},
-                                             {{9}, {1009, 1010, 1015, 1016}, false},
-                                             {{14}, {1009, 1010, 1015, 1016}, false},
-                                             {{16}, {1009, 1010, 1015, 1016}, false},
-                                             {{17}, {1009, 1010, 1015, 1016}, false},
-                                             {{10}, {1011, 1012, 1015, 1016}, false},
-                                             {{11}, {1013, 1014, 1015, 1016}, true},
-                                             {{12}, {1011, 1012, 1013, 1014, 1015, 1016}, true},
-                                             {{13}, {1011, 1012, 1013, 1014, 1015, 1016}, true},
-                                             {{15}, {1015, 1016}, false}}) {
+    for (const Case& row : std::vector<Case>{{{}, false, false, false, false, false},
+                                             {{7}, true, false, false, true, false},
+                                             {{8}, true, false, false, true, false},
+                                             {{9}, true, false, false, true, false},
+                                             {{14}, true, false, false, true, false},
+                                             {{16}, true, false, false, true, false},
+                                             {{17}, true, false, false, true, false},
+                                             {{10}, false, true, false, true, false},
+                                             {{11}, false, false, true, true, true},
+                                             {{12}, false, true, true, true, true},
+                                             {{13}, false, true, true, true, true},
+                                             {{15}, false, false, false, true, false}}) {
+        SCOPED_TRACE(testing::PrintToString(row.products));
         const ConfigurationView view = DescribeConfiguration(DeviceWith(row.products));
-        EXPECT_EQ(Enabled(view), row.enabled) << testing::PrintToString(row.products);
+        EXPECT_EQ(Enabled(view), FieldIds(row.temperature, row.co2, row.o2, row.humidity));
         EXPECT_EQ(view.airModeEnabled, row.airMode);
         EXPECT_EQ(view.showStatusEnabled, !row.products.empty());
     }
@@ -77,19 +93,19 @@ TEST_F(ConfigurationTests, Fields_AreEnabledByTheProducts) {
 TEST_F(ConfigurationTests, Fields_AreFilledWhereThereIsAChannel) {
     CDevApiInterface_Impl& device = DeviceWith({});
     const ConfigurationView empty = DescribeConfiguration(device);
-    EXPECT_EQ(TextOf(empty, 1009), L"0.2");
-    EXPECT_EQ(TextOf(empty, 1012), L"0.50");
-    EXPECT_EQ(TextOf(empty, 1013), L"0.50");
-    EXPECT_EQ(TextOf(empty, 1015), L"");  // humidity only where it is present
+    EXPECT_EQ(TextOf(empty, IDC_TEMPERATURE_BELOW), L"0.2");
+    EXPECT_EQ(TextOf(empty, IDC_CO2_ABOVE), L"0.50");
+    EXPECT_EQ(TextOf(empty, IDC_O2_BELOW), L"0.50");
+    EXPECT_EQ(TextOf(empty, IDC_HUMIDITY_BELOW), L"");  // humidity only where it is present
     device.m_products.push_back({15, {0}, {}});
-    EXPECT_EQ(TextOf(DescribeConfiguration(device), 1016), L"2");
+    EXPECT_EQ(TextOf(DescribeConfiguration(device), IDC_HUMIDITY_ABOVE), L"2");
     device.m_pHumidifier[0]->m_bEnabled = 0;
-    EXPECT_EQ(TextOf(DescribeConfiguration(device), 1016), L"");
+    EXPECT_EQ(TextOf(DescribeConfiguration(device), IDC_HUMIDITY_ABOVE), L"");
     device.m_pTemperature[0]->DeletingDestructor(1);
     Put(device.m_pGasConcentration[0]->m_address, {14, 0});
     const ConfigurationView view = DescribeConfiguration(device);
-    EXPECT_EQ(TextOf(view, 1009), L"");
-    EXPECT_EQ(TextOf(view, 1011), L"");
+    EXPECT_EQ(TextOf(view, IDC_TEMPERATURE_BELOW), L"");
+    EXPECT_EQ(TextOf(view, IDC_CO2_BELOW), L"");
 }
 
 TEST_F(ConfigurationTests, AirMode_IsCheckedWhereItIsOnAndAvailable) {
@@ -111,14 +127,14 @@ TEST_F(ConfigurationTests, ShowStatus_NeedsAProductWithParameters) {
 TEST_F(ConfigurationTests, Taking_StoresEveryFieldAndWritesTheAirMode) {
     CDevApiInterface_Impl& device = DeviceWith({10, 11, 12});
     EXPECT_TRUE(TakeConfiguration(device,
-                                  Fields({{1009, L"0.3"},
-                                          {1010, L" 0.4 "},
-                                          {1011, L"x"},
-                                          {1012, L"1,5"},
-                                          {1013, L"2.5"},
-                                          {1014, L"-1"},
-                                          {1015, L"3"},
-                                          {1016, L"4e0"}}),
+                                  Fields({{IDC_TEMPERATURE_BELOW, L"0.3"},
+                                          {IDC_TEMPERATURE_ABOVE, L" 0.4 "},
+                                          {IDC_CO2_BELOW, L"x"},
+                                          {IDC_CO2_ABOVE, L"1,5"},
+                                          {IDC_O2_BELOW, L"2.5"},
+                                          {IDC_O2_ABOVE, L"-1"},
+                                          {IDC_HUMIDITY_BELOW, L"3"},
+                                          {IDC_HUMIDITY_ABOVE, L"4e0"}}),
                                   true));
     EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceBelow, 0.3);
     EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceAbove, 0.4);
@@ -150,26 +166,28 @@ TEST_F(ConfigurationTests, Taking_WhatTheDialogShows_RoundsTheTolerances) {
 TEST_F(ConfigurationTests, Taking_NumberThatIsNotFinite_CountsAsTextThatIsNone) {
     CDevApiInterface_Impl& device = DeviceWith({});
     for (const wchar_t* const text : {L"nan", L"-nan", L"inf", L"-INFINITY", L"1e999"}) {
-        TakeConfiguration(device, Fields({{1009, text}}), false);
-        EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceBelow, 0.0) << std::wstring(text).size();
+        TakeConfiguration(device, Fields({{IDC_TEMPERATURE_BELOW, text}}), false);
+        EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceBelow, 0.0) << text;
     }
 }
 
 TEST_F(ConfigurationTests, Taking_BlanksOfAnyScriptBeforeANumber_AreSkipped) {
     CDevApiInterface_Impl& device = DeviceWith({});
     for (const wchar_t* const text : {L"\u30002.5", L"\u00A02.5", L"\t\u2003 \u2028\n2.5\u3000", L"\u00852.5\u2103"}) {
-        TakeConfiguration(device, Fields({{1009, text}}), false);
+        SCOPED_TRACE(testing::PrintToString(std::wstring(text)));
+        TakeConfiguration(device, Fields({{IDC_TEMPERATURE_BELOW, text}}), false);
         EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceBelow, 2.5);
     }
     for (const wchar_t* const text : {L"\u3000", L"\u200B2.5", L"\uFEFF2.5", L"\uFF12.5", L"\u41422.5"}) {
-        TakeConfiguration(device, Fields({{1009, text}}), false);
+        SCOPED_TRACE(testing::PrintToString(std::wstring(text)));
+        TakeConfiguration(device, Fields({{IDC_TEMPERATURE_BELOW, text}}), false);
         EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceBelow, 0.0);
     }
 }
 
 TEST_F(ConfigurationTests, Taking_EmptyField_StopsThereAndStaysBusy) {
     CDevApiInterface_Impl& device = DeviceWith({11});
-    EXPECT_FALSE(TakeConfiguration(device, Fields({{1009, L"9"}, {1012, L""}}), true));
+    EXPECT_FALSE(TakeConfiguration(device, Fields({{IDC_TEMPERATURE_BELOW, L"9"}, {IDC_CO2_ABOVE, L""}}), true));
     EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceBelow, 9.0);
     EXPECT_EQ(device.m_pGasConcentration[0]->m_dToleranceBelow, 1.0);
     EXPECT_EQ(device.m_pGasConcentration[0]->m_dToleranceAbove, 0.5);
@@ -207,7 +225,8 @@ TEST_F(ConfigurationTests, Taking_IsBusyFromTheFirstFieldToTheAirMode) {
 
 TEST_F(ConfigurationTests, Taking_FieldOfBlanks_GivesZero) {
     CDevApiInterface_Impl& device = DeviceWith({});
-    EXPECT_TRUE(TakeConfiguration(device, Fields({{1009, L" "}, {1016, L" \t  "}}), false));
+    EXPECT_TRUE(
+        TakeConfiguration(device, Fields({{IDC_TEMPERATURE_BELOW, L" "}, {IDC_HUMIDITY_ABOVE, L" \t  "}}), false));
     EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceBelow, 0.0);
     EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceAbove, 1.0);
     EXPECT_EQ(device.m_pHumidifier[0]->m_dToleranceAbove, 0.0);
@@ -221,8 +240,8 @@ TEST_F(ConfigurationTests, FurtherGasChannels_AreNeitherShownNorTakenNorWritten)
         Put(device.m_pGasConcentration[channel]->m_dToleranceAbove, 9.0);
     }
     const ConfigurationView view = DescribeConfiguration(device);
-    for (const int id : {1011, 1012, 1013, 1014}) {
-        EXPECT_EQ(TextOf(view, id), L"0.50");
+    for (const int id : {IDC_CO2_BELOW, IDC_CO2_ABOVE, IDC_O2_BELOW, IDC_O2_ABOVE}) {
+        EXPECT_EQ(TextOf(view, id), L"0.50") << id;
     }
     ScriptedDialogs::Current().onConfiguration = [](CDevApiInterface_Impl& shown) {
         EXPECT_TRUE(TakeConfiguration(shown, Fields({}), false));
@@ -240,7 +259,7 @@ TEST_F(ConfigurationTests, FurtherGasChannels_AreNeitherShownNorTakenNorWritten)
 TEST_F(ConfigurationTests, Taking_HumidityChannelThatIsNotLive_IsLeftOut) {
     CDevApiInterface_Impl& device = DeviceWith({11});
     device.m_nHumidifiers = 0;
-    EXPECT_TRUE(TakeConfiguration(device, Fields({{1015, L""}}), false));
+    EXPECT_TRUE(TakeConfiguration(device, Fields({{IDC_HUMIDITY_BELOW, L""}}), false));
 }
 
 TEST_F(ConfigurationTests, Show_Ok_WritesTheTextAndAppliesIt) {
@@ -272,11 +291,12 @@ TEST_F(ConfigurationTests, Show_HumidityChannelThatIsNotLive_StillGivesItsTolera
     Put(device.m_pHumidifier[0]->m_dToleranceAbove, 8.0);
     ScriptedDialogs::Current().onConfiguration = [](CDevApiInterface_Impl& shown) {
         const ConfigurationView view = DescribeConfiguration(shown);
-        for (const int id : {1015, 1016}) {
+        for (const int id : {IDC_HUMIDITY_BELOW, IDC_HUMIDITY_ABOVE}) {
+            SCOPED_TRACE(id);
             EXPECT_EQ(TextOf(view, id), L"");
             EXPECT_FALSE(std::ranges::find(view.fields, id, &FieldView::id)->enabled);
         }
-        EXPECT_TRUE(TakeConfiguration(shown, Fields({{1015, L"3"}, {1016, L"4"}}), false));
+        EXPECT_TRUE(TakeConfiguration(shown, Fields({{IDC_HUMIDITY_BELOW, L"3"}, {IDC_HUMIDITY_ABOVE, L"4"}}), false));
         return DialogEnd::Ok;
     };
     std::array<wchar_t, oko::kConfigurationTextLength> text{};
@@ -314,7 +334,7 @@ TEST_F(ConfigurationTests, Show_CancelledOrRefused_WritesNothing) {
     std::array<wchar_t, oko::kConfigurationTextLength> text{L'#'};
     for (const DialogEnd end : {DialogEnd::Cancelled, DialogEnd::Failed}) {
         ScriptedDialogs::Current().onConfiguration = [end](CDevApiInterface_Impl&) { return end; };
-        EXPECT_EQ(device.ShowConfiguration(text.data(), 10, nullptr), -1);
+        EXPECT_EQ(device.ShowConfiguration(text.data(), 10, nullptr), -1) << "end " << static_cast<int>(end);
     }
     EXPECT_EQ(text[0], L'#');
     EXPECT_EQ(device.ShowConfiguration(nullptr, 10, nullptr), -1);
@@ -326,7 +346,7 @@ TEST_F(ConfigurationTests, Show_Products16And17_AreRefusedWithoutADialog) {
     std::array<wchar_t, oko::kConfigurationTextLength> text{};
     for (const int product : {16, 17}) {
         Put(device.m_pTemperature[0]->m_address, {product, 0});
-        EXPECT_EQ(device.ShowConfiguration(text.data(), 10, nullptr), -1);
+        EXPECT_EQ(device.ShowConfiguration(text.data(), 10, nullptr), -1) << product;
     }
     EXPECT_TRUE(ScriptedDialogs::Current().configurationParents.empty());
 }

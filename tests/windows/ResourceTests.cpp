@@ -7,6 +7,7 @@
 #include "DialogTemplate.h"
 #include "DialogTexts.h"
 #include "TextMargin.h"
+#include "ui/resources/ResourceIds.h"
 
 namespace {
 
@@ -15,7 +16,8 @@ constexpr DWORD kLabel = WS_CHILD | WS_VISIBLE | WS_GROUP | SS_LEFT;
 constexpr DWORD kGroup = WS_CHILD | WS_VISIBLE | BS_GROUPBOX;
 constexpr DWORD kEdit = WS_CHILD | WS_VISIBLE | WS_BORDER | WS_TABSTOP | ES_AUTOHSCROLL;
 
-/// A control as it is drawn up, with its English place.
+/// A control as it is drawn up, with its English place. The ids are a copy on purpose: the numbers that the library and
+/// the other tests use are held against it.
 struct Planned {
     int id;
     const wchar_t* windowClass;
@@ -115,7 +117,7 @@ class ResourceTests : public testing::Test {
             }
             EXPECT_GE(control.place.left, 0);
             EXPECT_LE(control.place.right, dialog.width);
-            EXPECT_TRUE(control.place.bottom <= dialog.height || control.id == 1018);
+            EXPECT_TRUE(control.place.bottom <= dialog.height || control.id == IDC_PORT_LIST);
         }
     }
 
@@ -126,6 +128,7 @@ constexpr DWORD kFrame = DS_MODALFRAME | WS_POPUP | WS_CAPTION | WS_SYSMENU;
 
 TEST_F(ResourceTests, Progress_OfEveryLanguage) {
     for (const DialogTexts& texts : kDialogTexts) {
+        SCOPED_TRACE(texts.name);
         const DialogTemplate dialog = Read(L"IDD_PROGRESS", texts.language);
         EXPECT_EQ(dialog.caption, texts.progress[0]);
         EXPECT_EQ(dialog.font, L"MS Shell Dlg");
@@ -139,6 +142,7 @@ TEST_F(ResourceTests, Progress_OfEveryLanguage) {
 
 TEST_F(ResourceTests, Configuration_OfEveryLanguage) {
     for (const DialogTexts& texts : kDialogTexts) {
+        SCOPED_TRACE(texts.name);
         const DialogTemplate dialog = Read(L"INCUBATOR_CONFIGURATION", texts.language);
         EXPECT_EQ(dialog.caption, texts.configuration[0]);
         EXPECT_EQ(dialog.font, L"MS Shell Dlg 2");
@@ -148,6 +152,7 @@ TEST_F(ResourceTests, Configuration_OfEveryLanguage) {
         Expect(dialog, kConfiguration, ConfigurationTexts(texts), texts.language);
         // The report's columns are measured and filled by pixels: in every language the same.
         for (const std::size_t i : {18U, 24U, 25U}) {
+            SCOPED_TRACE(i);
             EXPECT_EQ(dialog.controls[i].place.left, kConfiguration[i].x);
             EXPECT_EQ(dialog.controls[i].place.bottom - dialog.controls[i].place.top, kConfiguration[i].height);
         }
@@ -156,6 +161,7 @@ TEST_F(ResourceTests, Configuration_OfEveryLanguage) {
 
 TEST_F(ResourceTests, Connection_OfEveryLanguage) {
     for (const DialogTexts& texts : kDialogTexts) {
+        SCOPED_TRACE(texts.name);
         const DialogTemplate dialog = Read(L"INCUBATOR_CONNECTION", texts.language);
         EXPECT_EQ(dialog.caption, texts.connection[0]);
         EXPECT_EQ(dialog.style, kFrame | DS_SETFONT);
@@ -168,6 +174,7 @@ TEST_F(ResourceTests, Connection_OfEveryLanguage) {
 
 TEST_F(ResourceTests, Panel_OfEveryLanguage) {
     for (const DialogTexts& texts : kDialogTexts) {
+        SCOPED_TRACE(texts.name);
         const DialogTemplate dialog = Read(L"INCUBATOR_DIALOG1", texts.language);
         EXPECT_EQ(dialog.caption, L"");
         EXPECT_EQ(dialog.style, static_cast<DWORD>(DS_SETFONT | WS_CHILD));
@@ -287,22 +294,22 @@ class WindowsMeasure : public TextMeasure {
     MeasuredFont m_font;
 };
 
-void ExpectTextsFit(const DialogTemplate& dialog, int language, const TextMeasure& measure) {
+void ExpectTextsFit(const DialogTemplate& dialog, const TextMeasure& measure) {
     for (const TemplateControl& control : dialog.controls) {
         const std::wstring firstLine = control.text.substr(0, control.text.find(L'\n'));
         const int needed = measure.Width(firstLine) + TextMargin(control.windowClass, control.style);
         EXPECT_LE(needed, measure.Pixels(control.place.right - control.place.left))
-            << "language " << language << " id " << control.id << " width in units "
-            << control.place.right - control.place.left;
+            << "id " << control.id << " width in units " << control.place.right - control.place.left;
     }
 }
 
 TEST_F(ResourceTests, EveryText_FitsItsControlInThisSystemsFont) {
     for (const DialogTexts& texts : kDialogTexts) {
         for (const wchar_t* const name : kDialogNames) {
+            SCOPED_TRACE(testing::Message() << texts.name << " " << name);
             const DialogTemplate dialog = Read(name, texts.language);
             EXPECT_EQ(dialog.pointSize, 8);
-            ExpectTextsFit(dialog, texts.language, SystemMeasure(dialog.font));
+            ExpectTextsFit(dialog, SystemMeasure(dialog.font));
         }
     }
 }
@@ -311,7 +318,8 @@ TEST_F(ResourceTests, EveryText_FitsItsControlInTheFontOfWindows) {
     const WindowsMeasure measure;
     for (const DialogTexts& texts : kDialogTexts) {
         for (const wchar_t* const name : kDialogNames) {
-            ExpectTextsFit(Read(name, texts.language), texts.language, measure);
+            SCOPED_TRACE(testing::Message() << texts.name << " " << name);
+            ExpectTextsFit(Read(name, texts.language), measure);
         }
     }
 }
@@ -329,12 +337,13 @@ std::vector<int> LabelEnds(const DialogTemplate& dialog, const TextMeasure& meas
 TEST_F(ResourceTests, ConfigurationLabels_EndAtOneEdgeBeforeTheFields) {
     const WindowsMeasure measure;
     for (const DialogTexts& texts : kDialogTexts) {
+        SCOPED_TRACE(texts.name);
         const DialogTemplate dialog = Read(L"INCUBATOR_CONFIGURATION", texts.language);
         const std::vector<int> ends = LabelEnds(dialog, measure);
         const auto [first, last] = std::ranges::minmax(ends);
         // No finer than one unit can a text be placed. The English places are given, rounded to units twice.
         const int allowed = measure.Pixels(texts.language == kEnglish ? 2 : 1);
-        EXPECT_LE(last - first, allowed) << "language " << texts.language << " " << testing::PrintToString(ends);
+        EXPECT_LE(last - first, allowed) << testing::PrintToString(ends);
         EXPECT_LT(last, measure.Pixels(dialog.controls[5].place.left));  // the first field
     }
 }
@@ -342,14 +351,15 @@ TEST_F(ResourceTests, ConfigurationLabels_EndAtOneEdgeBeforeTheFields) {
 TEST_F(ResourceTests, ControlsThatAreVisibleTogether_DoNotOverlap) {
     for (const DialogTexts& texts : kDialogTexts) {
         for (const wchar_t* const name : {L"INCUBATOR_CONFIGURATION", L"INCUBATOR_CONNECTION", L"INCUBATOR_DIALOG1"}) {
+            SCOPED_TRACE(testing::Message() << texts.name << " " << name);
             DialogTemplate dialog = Read(name, texts.language);
             std::erase_if(dialog.controls, [](const TemplateControl& control) {
                 // Group boxes surround; the report is hidden at first; a closed list is one line high.
                 return (control.windowClass == L"Button" && (control.style & 0xFU) == BS_GROUPBOX) ||
-                       (control.id >= 1025 && control.id <= 1027);
+                       (control.id >= IDC_REPORT_FIRST && control.id <= IDC_REPORT_THIRD);
             });
             for (TemplateControl& control : dialog.controls) {
-                if (control.id == 1018) {
+                if (control.id == IDC_PORT_LIST) {
                     control.place.bottom = control.place.top + 14;
                 }
             }
@@ -357,8 +367,8 @@ TEST_F(ResourceTests, ControlsThatAreVisibleTogether_DoNotOverlap) {
                 for (std::size_t k = 0; k < i; ++k) {
                     RECT both{};
                     EXPECT_FALSE(IntersectRect(&both, &dialog.controls[i].place, &dialog.controls[k].place))
-                        << "language " << texts.language << " ids " << dialog.controls[i].id << " "
-                        << dialog.controls[k].id << " places " << i << " " << k;
+                        << "ids " << dialog.controls[i].id << " " << dialog.controls[k].id << " places " << i << " "
+                        << k;
                 }
             }
         }
