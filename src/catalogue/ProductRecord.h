@@ -18,6 +18,6 @@ struct ParamRecord {
 /// A connected Okolab product, in the server's numbering.
 struct ProductRecord {
     std::int32_t m_iProduct = 0;
-    std::vector<std::int32_t> m_devices;  // in reply order
+    std::vector<std::int32_t> m_devices;  // in reply order; only the status check looks at them
     std::vector<ParamRecord> m_params;    // in reply order; the server lists them ascending
 };

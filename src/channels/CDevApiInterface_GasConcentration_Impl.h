@@ -29,13 +29,13 @@ class CDevApiInterface_GasConcentration_Impl final : public CDevApiInterface_Gas
     /// when the product has no air mode or does not tell.
     std::int32_t ReadAirMode(std::uint8_t* status) noexcept;
 
-    SharedAddress m_address;  // its channel is 0, or 1 for a product's second controller
-    std::int32_t m_bLogCommunication;
+    SharedAddress m_address;           // its channel is 0, or 1 for a product's second controller
+    std::int32_t m_bLogCommunication;  // kept: docs/oddities.md#log-flag-of-birth
     CDevApiInterface_Impl* m_pDevice;
     std::int32_t m_iIndex;
-    SharedDouble m_dCurrent = 5.0;  // percent
-    SharedDouble m_dTarget = 20.0;  // percent
-    SharedInt m_iState = static_cast<std::int32_t>(oko::kOutsideBand);
+    SharedDouble m_dCurrent = 5.0;                                      // percent
+    SharedDouble m_dTarget = 20.0;                                      // percent
+    SharedInt m_iState = static_cast<std::int32_t>(oko::kOutsideBand);  // last found; nothing reads it
     SharedDouble m_dToleranceBelow = 0.5;
     SharedDouble m_dToleranceAbove = 0.5;
     double m_dMin = 0.0;  // both guarded by m_csCatalogue

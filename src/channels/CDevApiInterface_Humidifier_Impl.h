@@ -28,9 +28,9 @@ class CDevApiInterface_Humidifier_Impl final : public CDevApiInterface_Humidifie
     std::int32_t m_bLogCommunication;  // kept, but this class sends its lines whatever it says
     CDevApiInterface_Impl* m_pDevice;
     std::int32_t m_iIndex;
-    SharedDouble m_dCurrent = 55.0;  // percent relative humidity
-    SharedDouble m_dTarget = 55.0;   // percent relative humidity
-    SharedInt m_iState = static_cast<std::int32_t>(oko::kOutsideBand);
+    SharedDouble m_dCurrent = 55.0;                                     // percent relative humidity
+    SharedDouble m_dTarget = 55.0;                                      // percent relative humidity
+    SharedInt m_iState = static_cast<std::int32_t>(oko::kOutsideBand);  // last found; nothing reads it
     SharedDouble m_dToleranceBelow = 0.5;
     SharedDouble m_dToleranceAbove = 2.0;
     double m_dMin = 0.0;  // both guarded by m_csCatalogue

@@ -28,7 +28,7 @@ class CDevApiInterface_Temperature_Impl final : public CDevApiInterface_Temperat
     void* DeletingDestructor(unsigned flags) noexcept override;
 
     SharedAddress m_address;
-    std::int32_t m_bLogCommunication;
+    std::int32_t m_bLogCommunication;  // kept, but this class sends its lines whatever it says
     CDevApiInterface_Impl* m_pDevice;
     std::int32_t m_iIndex;
     SharedDouble m_dCurrent = 20.0;  // degrees Celsius
@@ -38,8 +38,8 @@ class CDevApiInterface_Temperature_Impl final : public CDevApiInterface_Temperat
     SharedDouble m_dToleranceAbove = 0.2;
     double m_dMin = 20.0;  // both guarded by m_csCatalogue
     double m_dMax = 50.0;
-    SharedInt m_iState = static_cast<std::int32_t>(oko::kTemperatureNone);
-    std::int64_t m_llFrequency;     // of the performance counter
+    SharedInt m_iState = static_cast<std::int32_t>(oko::kTemperatureNone);  // last found; nothing reads it
+    std::int64_t m_llFrequency;                                             // of the performance counter
     std::int64_t m_llLastTick = 0;  // of the simulation's last step; 0 before the first
 };
 

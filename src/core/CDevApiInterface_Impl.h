@@ -137,9 +137,9 @@ class CDevApiInterface_Impl final : public CDevApiInterface {
     void ForgetGasConcentration(int index) noexcept { m_pGasConcentration[static_cast<std::size_t>(index)].Take(); }
     void ForgetHumidifier(int index) noexcept { m_pHumidifier[static_cast<std::size_t>(index)].Take(); }
 
-    const std::uint32_t m_iDeviceIndex;
-    Thread m_hThread;             // the simulator's value thread, guarded by m_csThread
-    void* m_pHostData = nullptr;  // Init's second argument, not used
+    const std::uint32_t m_iDeviceIndex;  // nothing reads it: m_bSimulator says the same
+    Thread m_hThread;                    // the simulator's value thread, guarded by m_csThread
+    void* m_pHostData = nullptr;         // Init's second argument; nothing reads it
 
     // How many channels of each kind are live, and all channels; both bounds hold before the first Init.
     std::atomic<std::int32_t> m_nTemperatures = kTemperatures;
@@ -162,22 +162,23 @@ class CDevApiInterface_Impl final : public CDevApiInterface {
     std::atomic<oko::HostCallbackFunction> HostCallback = nullptr;
     std::atomic<bool> m_bLogCommunication = false;
 
-    std::atomic<std::int32_t> m_iProgress = 0;  // percent, last sent to the progress window
-    std::atomic<bool> m_bConnectingShown = false;
-    std::atomic<bool> m_bSetupComplete = false;  // ApplyConfiguration has run since the last Close
+    std::atomic<std::int32_t> m_iProgress = 0;     // percent, last sent to the progress window; nothing reads it
+    std::atomic<bool> m_bConnectingShown = false;  // a search has opened "Connecting"; nothing reads or clears it
+    std::atomic<bool> m_bSetupComplete = false;    // ApplyConfiguration has run since the last Close
     std::atomic<oko::WindowHandle> m_hProgressWnd = nullptr;
     std::atomic<bool> m_bProgressUp = false;  // m_hProgressWnd was opened and not yet destroyed
     ManualResetEvent m_hThreadStopped;
 
-    // The host's buffers for the two settings texts and the sizes it gave, in characters.
+    // The host's buffers for the two settings texts and the sizes it gave, in characters. Only m_pszConnectionText is
+    // read: slot 4 works with its argument, and both texts are written whole whatever the size.
     wchar_t* m_pszConfigText = nullptr;
     std::int32_t m_nConfigTextSize = 0;
     wchar_t* m_pszConnectionText = nullptr;
     std::int32_t m_nConnectionTextLen = 0;
-    std::array<double, 2> m_adSpareTolerances{1.0, 1.0};  // not used
+    std::array<double, 2> m_adSpareTolerances{1.0, 1.0};  // nothing reads or writes them
 
-    std::atomic<std::int32_t> m_iComPort;  // where the incubator is connected
-    std::atomic<bool> m_bFindRequested = false;
+    std::atomic<std::int32_t> m_iComPort;        // where the incubator is connected
+    std::atomic<bool> m_bFindRequested = false;  // the connection dialog asked for a search; nothing reads it
     std::array<std::int32_t, kMaxComPorts> m_aiComPorts{};  // the port list, in list order
     std::int32_t m_nComPorts = 0;
 
