@@ -2,13 +2,13 @@
 
 #include <cstdint>
 
-#include "oko/CDevApiInterface_GasConcentration.h"
-#include "oko/CDevApiInterface_Humidifier.h"
-#include "oko/CDevApiInterface_Temperature.h"
-#include "oko/HostCallback.h"
-#include "oko/Result.h"
-#include "oko/Settings.h"
-#include "oko/WindowHandle.h"
+#include "oko/CDevApiInterface_GasConcentration.h"  // IWYU pragma: export
+#include "oko/CDevApiInterface_Humidifier.h"        // IWYU pragma: export
+#include "oko/CDevApiInterface_Temperature.h"       // IWYU pragma: export
+#include "oko/HostCallback.h"                       // IWYU pragma: export
+#include "oko/Result.h"                             // IWYU pragma: export
+#include "oko/Settings.h"                           // IWYU pragma: export
+#include "oko/WindowHandle.h"                       // IWYU pragma: export
 
 // x64 only. There is one calling convention there, so that the functions here need no word for it.
 static_assert(sizeof(void*) == 8, "the plug-in's binary contract is that of 64-bit Windows");

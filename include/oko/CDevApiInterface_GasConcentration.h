@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
-#include "oko/BandState.h"
-#include "oko/ChangeNotice.h"
-#include "oko/INotify.h"
+#include "oko/BandState.h"     // IWYU pragma: export
+#include "oko/ChangeNotice.h"  // IWYU pragma: export
+#include "oko/INotify.h"       // IWYU pragma: export
 
 namespace oko {
 

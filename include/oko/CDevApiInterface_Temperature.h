@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include "oko/BandState.h"
-#include "oko/INotify.h"
+#include "oko/BandState.h"  // IWYU pragma: export
+#include "oko/INotify.h"    // IWYU pragma: export
 
 namespace oko {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "oko/Result.h"
+#include "oko/Result.h"  // IWYU pragma: export
 
 namespace oko {
 

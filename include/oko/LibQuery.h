@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "oko/CDevApiInterface.h"
+#include "oko/CDevApiInterface.h"  // IWYU pragma: export
 
 /// The plug-in's two exports, undecorated, for LoadLibrary and GetProcAddress. These headers are C++17 and need no
 /// other: no Windows header, no import library.

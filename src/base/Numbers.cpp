@@ -4,7 +4,11 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <limits>
+#include <optional>
+#include <string_view>
+#include <system_error>
 
 namespace {
 
@@ -85,7 +89,7 @@ ScannedDouble ScanDouble(std::string_view text) noexcept {
         return {};
     }
     if (result.ec == std::errc::result_out_of_range) {
-        const std::string_view number(rest.data(), static_cast<std::size_t>(result.ptr - rest.data()));
+        const std::string_view number = rest.substr(0, static_cast<std::size_t>(result.ptr - rest.data()));
         value = IsTooLarge(number, notation) ? std::numeric_limits<double>::infinity() : 0.0;
     }
     return {negative ? -value : value, static_cast<int>(result.ptr - text.data())};

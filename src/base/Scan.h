@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <string_view>
 
 #include "base/Numbers.h"

@@ -1,10 +1,15 @@
 #include "catalogue/Catalogue.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <mutex>
-#include <utility>
+#include <optional>
+#include <string_view>
+#include <vector>
 
 #include "base/Text.h"
+#include "catalogue/ProductRecord.h"
 #include "core/CDevApiInterface_Impl.h"
 
 namespace {

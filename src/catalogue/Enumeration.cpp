@@ -1,9 +1,13 @@
 // Which products are connected, and what devices and parameters each offers.
 
+#include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <utility>
 #include <vector>
 
 #include "catalogue/Catalogue.h"
+#include "catalogue/ProductRecord.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "link/Exchange.h"
 #include "link/Products.h"

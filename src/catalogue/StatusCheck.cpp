@@ -2,6 +2,11 @@
 
 #include "catalogue/StatusCheck.h"
 
+#include <array>
+#include <cstddef>
+#include <functional>
+#include <string_view>
+
 #include "base/Numbers.h"
 #include "base/Text.h"
 #include "catalogue/Catalogue.h"

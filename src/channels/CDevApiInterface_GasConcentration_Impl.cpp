@@ -1,5 +1,6 @@
 #include "channels/CDevApiInterface_GasConcentration_Impl.h"
 
+#include <cstdint>
 #include <mutex>
 #include <string_view>
 
@@ -7,9 +8,11 @@
 #include "channels/ChannelNames.h"
 #include "channels/DeletingSlot.h"
 #include "channels/ParameterRead.h"
+#include "channels/SharedValues.h"
 #include "channels/TargetBand.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "link/Exchange.h"
+#include "link/Products.h"
 #include "platform/Clock.h"
 #include "platform/Random.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <optional>
+#include <cstdint>
 
 #include "channels/SharedValues.h"
 #include "oko/CDevApiInterface_GasConcentration.h"

@@ -1,12 +1,15 @@
 #include "channels/CDevApiInterface_Humidifier_Impl.h"
 
+#include <cstdint>
 #include <mutex>
 
 #include "channels/ChannelExchange.h"
 #include "channels/ChannelNames.h"
 #include "channels/DeletingSlot.h"
+#include "channels/SharedValues.h"
 #include "channels/TargetBand.h"
 #include "core/CDevApiInterface_Impl.h"
+#include "link/Commands.h"
 #include "link/Products.h"
 #include "platform/Clock.h"
 #include "platform/Random.h"

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <atomic>
+#include <cstdint>
+
 #include "channels/SharedValues.h"
 #include "oko/CDevApiInterface_GasConcentration.h"
 #include "oko/CDevApiInterface_Humidifier.h"

@@ -1,14 +1,16 @@
 #include "channels/CDevApiInterface_Temperature_Impl.h"
 
 #include <algorithm>
-#include <memory>
+#include <cstdint>
 #include <mutex>
 
 #include "channels/ChannelExchange.h"
 #include "channels/ChannelNames.h"
 #include "channels/DeletingSlot.h"
+#include "channels/SharedValues.h"
 #include "channels/TargetBand.h"
 #include "core/CDevApiInterface_Impl.h"
+#include "core/CommandText.h"
 #include "link/Exchange.h"
 #include "link/Products.h"
 #include "platform/Clock.h"

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "channels/SharedValues.h"
 #include "oko/CDevApiInterface_Temperature.h"
 

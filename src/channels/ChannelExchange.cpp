@@ -1,8 +1,14 @@
 #include "channels/ChannelExchange.h"
 
+#include <cstdint>
+#include <string_view>
+
 #include "base/Text.h"
+#include "channels/SharedValues.h"
 #include "core/CDevApiInterface_Impl.h"
+#include "core/CommandText.h"
 #include "link/Exchange.h"
+#include "link/Products.h"
 #include "link/ResultCode.h"
 
 namespace {

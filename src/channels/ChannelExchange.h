@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "channels/SharedValues.h"
-#include "link/Commands.h"
+#include "core/CommandText.h"
 #include "link/Products.h"
 
 class CDevApiInterface_Impl;

@@ -1,6 +1,10 @@
 #include "channels/ChannelNames.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
 
 #include "oko/Result.h"
 

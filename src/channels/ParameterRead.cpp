@@ -1,6 +1,10 @@
 #include "channels/ParameterRead.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string_view>
 
 #include "base/Numbers.h"
 #include "base/Text.h"

@@ -3,16 +3,19 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 
 #include "channels/CDevApiInterface_GasConcentration_Impl.h"
 #include "channels/CDevApiInterface_Humidifier_Impl.h"
 #include "channels/CDevApiInterface_Temperature_Impl.h"
+#include "channels/SharedValues.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "link/Products.h"
 #include "platform/Clock.h"
 #include "platform/Random.h"
+#include "platform/Window.h"
 
 namespace {
 
@@ -79,7 +82,7 @@ void MoveControlledZone(CDevApiInterface_Temperature_Impl& channel, const Band& 
     const double current = Get(channel.m_dCurrent);
     const double distance = std::abs(current - target);
     const double damping = distance <= 0.5 ? 500.0 : distance <= 2.0 ? 200.0 : 60.0;
-    Put(channel.m_dCurrent, current + channel.m_dRate * elapsedSeconds / damping);
+    Put(channel.m_dCurrent, current + (channel.m_dRate * elapsedSeconds / damping));
     if (band.above) {
         Put(channel.m_iState, static_cast<std::int32_t>(oko::kTemperatureAbove));
     } else if (band.below) {
@@ -260,7 +263,7 @@ void SimulateHumidity(CDevApiInterface_Humidifier_Impl& channel) noexcept {
     // kept: docs/oddities.md#sagging-humidity
     const double current = MovePercent(Get(channel.m_dCurrent), target, NextFraction() - 1.0);
     // kept: docs/oddities.md#humidity-judged-unrounded
-    Put(channel.m_dCurrent, static_cast<int>(current + 0.5));
+    Put(channel.m_dCurrent, static_cast<int>(current + 0.5));  // NOLINT(bugprone-incorrect-roundings): 0 to 100
     Put(channel.m_iState,
         PercentState(target, current, Get(channel.m_dToleranceBelow), Get(channel.m_dToleranceAbove)));
     PostValuesChanged(channel.m_pDevice->m_hNotifyWnd);

@@ -1,8 +1,13 @@
 #include "channels/TargetBand.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <mutex>
 
+#include "channels/SharedValues.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "oko/BandState.h"
+#include "oko/Result.h"
 #include "platform/Window.h"
 
 double ClampPercentTarget(double value, double min, double max) noexcept {

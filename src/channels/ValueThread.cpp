@@ -1,6 +1,7 @@
 // The device object's side of the simulator's value thread, and what the simulator sees of the channels.
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <tuple>
@@ -41,7 +42,7 @@ void CDevApiInterface_Impl::StartValueThread() noexcept try {
     if (m_hThread.IsOpen()) {
         std::ignore = start.release();  // the thread owns it now
     }
-} catch (...) {
+} catch (...) {  // NOLINT(bugprone-empty-catch)
     // Out of memory: the simulator answers, but its values stand still.
 }
 

@@ -2,16 +2,16 @@
 
 #include <array>
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <vector>
 
 #include "core/ChannelSlot.h"
 #include "core/RecentCommands.h"
-#include "oko/CDevApiInterface.h"
+#include "oko/CDevApiInterface.h"  // IWYU pragma: export
 #include "platform/Sync.h"
 #include "platform/UdpSocket.h"
-#include "platform/Window.h"
 
 class CDevApiInterface_Temperature_Impl;
 class CDevApiInterface_GasConcentration_Impl;

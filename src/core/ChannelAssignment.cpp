@@ -1,15 +1,21 @@
 // The last part of Init: which channel objects are live, and what each of them addresses.
 
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
 #include <mutex>
+#include <optional>
+#include <span>
 #include <string_view>
 
-#include "base/Numbers.h"
 #include "catalogue/Catalogue.h"
 #include "channels/CDevApiInterface_GasConcentration_Impl.h"
 #include "channels/CDevApiInterface_Humidifier_Impl.h"
 #include "channels/CDevApiInterface_Temperature_Impl.h"
 #include "channels/ParameterRead.h"
 #include "core/CDevApiInterface_Impl.h"
+#include "core/ChannelSlot.h"
 #include "core/ChannelTable.h"
 #include "core/RangeReply.h"
 #include "link/Exchange.h"

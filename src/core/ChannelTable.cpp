@@ -1,6 +1,9 @@
 #include "core/ChannelTable.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <optional>
 
 #include "link/Products.h"
 

@@ -1,13 +1,17 @@
 // The device object's life and the slots that answer from its fields alone.
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 
-#include "catalogue/ProductRecord.h"
+#include "catalogue/ProductRecord.h"  // IWYU pragma: keep (destroying m_products needs it)
 #include "channels/CDevApiInterface_GasConcentration_Impl.h"
 #include "channels/CDevApiInterface_Humidifier_Impl.h"
 #include "channels/CDevApiInterface_Temperature_Impl.h"
 #include "core/CDevApiInterface_Impl.h"
+#include "core/ChannelSlot.h"
 #include "link/Products.h"
 #include "link/SimulatorTables.h"
 #include "oko/LibQuery.h"

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <new>
+#include <string_view>
 
 #include "core/CDevApiInterface_Impl.h"
 #include "oko/LibQuery.h"
@@ -31,7 +34,7 @@ void CopyPadded(std::string_view text, Char* buffer, std::int32_t size) noexcept
 
 /// The one place that allocates a device with operator new: the table owns it until the library is detached.
 CDevApiInterface_Impl* CreateDevice(std::uint32_t index) noexcept try {
-    return new (std::nothrow) CDevApiInterface_Impl(index);
+    return new (std::nothrow) CDevApiInterface_Impl(index);  // NOLINT(cppcoreguidelines-owning-memory)
 } catch (...) {
     return nullptr;
 }
@@ -45,7 +48,7 @@ void AttachModule(void* instance) noexcept {
 
 void DetachModule() noexcept {
     for (CDevApiInterface_Impl*& device : g_pDevices) {
-        delete device;
+        delete device;  // NOLINT(cppcoreguidelines-owning-memory)
         device = nullptr;
     }
 }

@@ -1,5 +1,7 @@
 // What the device object tells the host and the progress window.
 
+#include <cstdint>
+
 #include "core/CDevApiInterface_Impl.h"
 #include "platform/FailFast.h"
 #include "platform/Window.h"
@@ -8,7 +10,7 @@ void CDevApiInterface_Impl::CallHost(std::int32_t code, const wchar_t* text) noe
     if (const oko::HostCallbackFunction callback = HostCallback) {
         callback(code, text);
     }
-} catch (...) {
+} catch (...) {  // NOLINT(bugprone-empty-catch)
     // The host's own trouble: it must not unwind through our locks and slots.
 }
 

@@ -1,5 +1,7 @@
 // Slot 0: from a host's callback to live channels.
 
+#include <cstdint>
+
 #include "catalogue/Catalogue.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "core/Flags.h"

@@ -1,5 +1,8 @@
 #include "core/RangeReply.h"
 
+#include <cstddef>
+#include <string_view>
+
 #include "base/Numbers.h"
 
 // kept: docs/oddities.md#range-of-seven-characters

@@ -1,5 +1,7 @@
 // Slot 1: stops what Init started. The object stays and may be initialised again.
 
+#include <cstddef>
+
 #include "catalogue/Catalogue.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "link/Exchange.h"

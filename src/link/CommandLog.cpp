@@ -1,6 +1,7 @@
 #include "link/CommandLog.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "base/Text.h"
 #include "core/CDevApiInterface_Impl.h"

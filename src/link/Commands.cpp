@@ -1,6 +1,10 @@
 #include "link/Commands.h"
 
+#include <initializer_list>
+#include <string_view>
+
 #include "base/Numbers.h"
+#include "core/CommandText.h"
 
 CommandText FormatCommand(std::string_view format, std::initializer_list<CommandArgument> arguments) noexcept {
     CommandText text;

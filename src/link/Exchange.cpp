@@ -1,6 +1,7 @@
 #include "link/Exchange.h"
 
 #include "core/CDevApiInterface_Impl.h"
+#include "core/CommandText.h"
 
 Reply Ask(CDevApiInterface_Impl& device, const CommandText& command, int capacity) noexcept {
     Reply reply(capacity);

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "link/Commands.h"
-#include "link/Reply.h"
+#include "core/CommandText.h"
+#include "link/Commands.h"  // IWYU pragma: export
+#include "link/Reply.h"     // IWYU pragma: export
 
 class CDevApiInterface_Impl;
 

@@ -1,6 +1,10 @@
 #include "link/Reply.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string_view>
 
 #include "base/Numbers.h"
 

@@ -1,5 +1,8 @@
 #include "link/ResultCode.h"
 
+#include <cstddef>
+#include <string_view>
+
 #include "base/Text.h"
 #include "core/CDevApiInterface_Impl.h"
 

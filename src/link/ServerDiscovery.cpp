@@ -1,6 +1,8 @@
 #include "link/ServerDiscovery.h"
 
-#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string_view>

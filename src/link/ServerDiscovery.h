@@ -1,7 +1,7 @@
 #pragma once
 
 #include <array>
-#include <span>
+#include <cstddef>
 
 /// Where the OKO-Control Server is installed on this computer.
 

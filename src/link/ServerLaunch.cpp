@@ -1,6 +1,9 @@
 // Making sure that the server answers before anything else is asked of it: found, started and waited for when it does
 // not.
 
+#include <cstdint>
+#include <optional>
+
 #include "base/Numbers.h"
 #include "base/Text.h"
 #include "core/CDevApiInterface_Impl.h"
@@ -9,6 +12,7 @@
 #include "link/ServerDiscovery.h"
 #include "platform/Clock.h"
 #include "platform/Shell.h"
+#include "platform/Window.h"
 
 namespace {
 

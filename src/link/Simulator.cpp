@@ -1,13 +1,18 @@
 #include "link/Simulator.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <mutex>
 #include <span>
+#include <string_view>
 
 #include "base/Numbers.h"
 #include "base/Scan.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "link/CommandLog.h"
+#include "link/Products.h"
+#include "link/Reply.h"
 #include "link/SimulatorTables.h"
 
 namespace {

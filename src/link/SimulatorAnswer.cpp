@@ -1,6 +1,8 @@
 // The simulator's one answer that a user can change: the products that it reports as connected.
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <mutex>
 #include <span>
 

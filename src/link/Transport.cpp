@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <mutex>
 #include <span>
 #include <string_view>
@@ -9,8 +11,10 @@
 #include "base/Numbers.h"
 #include "base/Text.h"
 #include "core/CDevApiInterface_Impl.h"
+#include "core/RecentCommands.h"
 #include "link/CommandLog.h"
 #include "link/Reply.h"
+#include "platform/UdpSocket.h"
 
 namespace {
 

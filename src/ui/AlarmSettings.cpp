@@ -1,7 +1,9 @@
 #include "ui/AlarmSettings.h"
 
 #include <array>
+#include <string_view>
 
+#include "base/Numbers.h"
 #include "base/Scan.h"
 #include "oko/Settings.h"
 

@@ -1,6 +1,9 @@
 // Slot 5: the alarm settings text becomes tolerances and alarm commands.
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "base/Numbers.h"
@@ -9,9 +12,11 @@
 #include "channels/CDevApiInterface_Humidifier_Impl.h"
 #include "channels/CDevApiInterface_Temperature_Impl.h"
 #include "channels/ParameterRead.h"
+#include "channels/SharedValues.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "link/Exchange.h"
 #include "link/Products.h"
+#include "platform/Window.h"
 #include "ui/AlarmSettings.h"
 
 namespace {

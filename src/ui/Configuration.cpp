@@ -1,6 +1,8 @@
 // Slot 4: the configuration dialog, and the alarm settings text that comes of it.
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 
 #include "channels/CDevApiInterface_GasConcentration_Impl.h"
 #include "channels/CDevApiInterface_Humidifier_Impl.h"
@@ -9,6 +11,7 @@
 #include "link/Products.h"
 #include "ui/AlarmSettings.h"
 #include "ui/ConfigurationDialog.h"
+#include "ui/DialogEnd.h"
 
 namespace {
 

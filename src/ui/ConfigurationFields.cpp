@@ -1,7 +1,10 @@
 #include "ui/ConfigurationFields.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <optional>
+#include <string>
+#include <string_view>
 
 #include "base/Numbers.h"
 #include "base/Scan.h"

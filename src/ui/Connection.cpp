@@ -1,12 +1,14 @@
 // Slots 6, 7 and 3: the connection dialog with what its two buttons do, its settings text, and the value panel.
 
 #include <algorithm>
+#include <cstdint>
 
 #include "core/CDevApiInterface_Impl.h"
 #include "core/Flags.h"
 #include "platform/WaitCursor.h"
 #include "ui/ConnectionDialog.h"
 #include "ui/ConnectionSettings.h"
+#include "ui/DialogEnd.h"
 #include "ui/FindAndConnect.h"
 #include "ui/ValuePanel.h"
 

@@ -1,5 +1,10 @@
 #include "ui/ConnectionSettings.h"
 
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+#include "base/Numbers.h"
 #include "base/Scan.h"
 #include "oko/Settings.h"
 

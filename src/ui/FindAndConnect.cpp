@@ -1,11 +1,13 @@
 #include "ui/FindAndConnect.h"
 
+#include <cstdint>
 #include <string_view>
 
 #include "core/CDevApiInterface_Impl.h"
 #include "link/Exchange.h"
 #include "link/ProductModes.h"
 #include "platform/Clock.h"
+#include "platform/Window.h"
 #include "ui/ProgressWindow.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Window.h"
+#include "oko/WindowHandle.h"
 
 class CDevApiInterface_Impl;
 

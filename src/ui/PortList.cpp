@@ -1,6 +1,12 @@
 #include "ui/PortList.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/SerialPorts.h"
 

@@ -1,6 +1,11 @@
 #include "ui/StatusReport.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <utility>
 
 #include "catalogue/Catalogue.h"
 #include "channels/ParameterRead.h"
