@@ -21,8 +21,7 @@ class LoopbackServer {
         WSADATA data{};
         WSAStartup(MAKEWORD(2, 2), &data);
         m_socket = socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP);
-        const sockaddr_in address = ServerAddress();
-        if (bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+        if (!BindToServerPort(m_socket)) {
             // Not a mere failure: the library would wait for ever for a server that is not there.
             throw std::runtime_error("port " + std::to_string(kServerPort) + " belongs to " + ServerPortOwners());
         }

@@ -50,8 +50,7 @@ class SharedPort {
         m_socket = socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP);
         const BOOL yes = TRUE;
         setsockopt(m_socket, SOL_SOCKET, SO_REUSEADDR, reinterpret_cast<const char*>(&yes), sizeof yes);
-        const sockaddr_in address = ServerAddress();
-        EXPECT_EQ(bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+        EXPECT_TRUE(BindToServerPort(m_socket));
     }
     ~SharedPort() {
         closesocket(m_socket);

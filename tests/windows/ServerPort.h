@@ -27,12 +27,17 @@ inline sockaddr_in ServerAddress() {
     return address;
 }
 
+/// False when somebody else has the port.
+inline bool BindToServerPort(SOCKET socket) {
+    const sockaddr_in address = ServerAddress();
+    return bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+}
+
 inline bool IsServerPortFree() {
     WSADATA data{};
     WSAStartup(MAKEWORD(2, 2), &data);
     const SOCKET probe = socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP);
-    const sockaddr_in address = ServerAddress();
-    const bool isFree = bind(probe, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    const bool isFree = BindToServerPort(probe);
     closesocket(probe);
     WSACleanup();
     return isFree;
