@@ -6,6 +6,7 @@
 #include "DialogTest.h"
 #include "ProgressRecorder.h"
 #include "ui/resources/ResourceIds.h"
+#include "unit/ResultTexts.h"
 #include "windows/InstalledEmulator.h"
 
 namespace {
@@ -231,8 +232,7 @@ TEST_F(FindAndConnectServerTests, ServerThatRefuses_IsSaidAndThePortKept) {
     server.AnswerAll("3_listprod_\r");
     const ProgressRecorder progress;
     SetText(L"m_iComPort 4");
-    EXPECT_EQ(BoxOf(L"OC Status error."),
-              L"There is a problem with the Product the current command refers to. The command will not be executed.");
+    EXPECT_EQ(BoxOf(L"OC Status error."), kNotExecutedText);
     EXPECT_STREQ(text.data(), L"m_iComPort 4");
     EXPECT_EQ(progress.Windows(), 0U);
 }

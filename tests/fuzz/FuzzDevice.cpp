@@ -11,6 +11,7 @@
 #include <string>
 #include <utility>
 
+#include "RegistryNames.h"
 #include "catalogue/StatusCheck.h"
 #include "fakes/Dialogs.h"
 #include "fakes/ScriptedPlatform.h"
@@ -210,10 +211,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     ScriptedPlatform platform;
     FuzzedServer server(lines, platform.server, has(kAllReplies), has(kStrays));
     platform.server.SetDefault(std::ref(server));  // a handler is copied for every send
-    const std::wstring switches = L"Software\\Vellmark\\Misc";
-    platform.registry.Set(switches, L"LogCommunication", RegistryValue::Dword(has(kLogs) ? 1 : 0));
+    platform.registry.Set(kMiscKey, kLogValue, RegistryValue::Dword(has(kLogs) ? 1 : 0));
     if (has(kTimeOut)) {
-        platform.registry.Set(switches, L"ReplyTimeout", RegistryValue::Dword(200));
+        platform.registry.Set(kMiscKey, kTimeoutValue, RegistryValue::Dword(200));
         for (const char* const command : {"checkcon 8", "listdev 12", "readcurval 9", "readsetpoint 7 0 -1"}) {
             platform.server.StaySilent(command);
         }

@@ -5,6 +5,7 @@
 #include <array>
 #include <string>
 
+#include "RegistryNames.h"
 #include "fakes/ScriptedPlatform.h"
 #include "fuzz/Fuzz.h"
 #include "fuzz/HostCalls.h"
@@ -59,10 +60,9 @@ void CheckSend(CDevApiInterface_Impl& device, const std::string& command, int ca
 }
 
 void CheckDevice(const std::string& command, std::string_view list, HostNumbers& numbers) {
-    constexpr const wchar_t* kKey = L"Software\\Vellmark\\Misc\\Simulators";
     ScriptedPlatform platform;
     platform.threads.failStart = true;  // the values' own thread is the stress program's matter
-    platform.registry.Set(kKey, L"OKOLab_Bold_Line_listconprod_answer",
+    platform.registry.Set(kSimulatorsKey, kSimulatorAnswerValue,
                           RegistryValue::Text(std::wstring(list.begin(), list.end())));
     CDevApiInterface_Impl device(oko::kSimulatorDevice);
     device.LoadSimulatorAnswer();

@@ -1,4 +1,5 @@
 #include "Fixture.h"
+#include "ProductSets.h"
 
 namespace {
 
@@ -7,11 +8,8 @@ class AirModeTests : public DeviceTest {
     /// A gas channel whose product offers the air-mode parameter.
     CDevApiInterface_GasConcentration_Impl& Channel(int product, int number) {
         CDevApiInterface_Impl& device = RealDevice();
-        device.m_products = {{product, {0}, {{237, {}}, {238, {}}}}};
-        auto& channel = *device.m_pGasConcentration[0];
-        Put(channel.m_address, {product, number});
-        platform.server.ClearCommands();
-        return channel;
+        device.m_products = {ProductWith(product, {237, 238})};
+        return Ready(*device.m_pGasConcentration[0], product, number);
     }
 
     void ReportAirMode(int product, std::string_view payload) {

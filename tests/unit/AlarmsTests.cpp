@@ -1,5 +1,6 @@
 #include "Fixture.h"
 #include "Journal.h"
+#include "ProductSets.h"
 
 namespace {
 
@@ -8,10 +9,7 @@ class AlarmsTests : public DeviceTest {
     /// A real device whose first channels are a temperature zone, a CO2 and an O2 controller and a humidifier.
     CDevApiInterface_Impl& Device() {
         CDevApiInterface_Impl& device = RealDevice();
-        Put(device.m_pTemperature[0]->m_address, {8, 0});
-        Put(device.m_pGasConcentration[0]->m_address, {10, 0});
-        Put(device.m_pGasConcentration[1]->m_address, {11, 0});
-        Put(device.m_pHumidifier[0]->m_address, {15, 0});
+        AssignOneOfEach(device);
         platform.server.ClearCommands();
         return device;
     }
@@ -69,7 +67,7 @@ TEST_F(AlarmsTests, ProgressWindow_IsTakenToItsEndAndClosed) {
 
 TEST_F(AlarmsTests, Steps_AreInOrderAndBusyFromTheirStartToTheirEnd) {
     CDevApiInterface_Impl& device = Device();
-    device.m_products = {{11, {0}, {{237, {}}}}};
+    device.m_products = {ProductWith(11, {237})};
     int window = 0;
     device.m_hProgressWnd = &window;
     const Journal journal(platform, device);
@@ -85,8 +83,8 @@ TEST_F(AlarmsTests, Steps_AreInOrderAndBusyFromTheirStartToTheirEnd) {
 
 TEST_F(AlarmsTests, FurtherGasChannels_AreLeftAlone) {
     CDevApiInterface_Impl& device = Device();
-    Put(device.m_pGasConcentration[2]->m_address, {10, 0});
-    Put(device.m_pGasConcentration[3]->m_address, {11, 0});
+    Assign(*device.m_pGasConcentration[2], 10, 0);
+    Assign(*device.m_pGasConcentration[3], 11, 0);
     const Pair before = ToleranceOf(&*device.m_pGasConcentration[2]);
     EXPECT_EQ(device.ApplyConfiguration(L"dIncubatorBelow 1 | dIncubatorAbove 1 | dCO2Below 2 | dCO2Above 3 | "
                                         L"dO2Below 4 | dO2Above 6"),
@@ -114,8 +112,8 @@ TEST_F(AlarmsTests, GasChannels_AreClassifiedByProductAndChannel) {
         SCOPED_TRACE(testing::Message() << row.product << "/" << row.channel);
         CDevApiInterface_Impl& device = Device();
         device.m_pTemperature[0]->DeletingDestructor(1);
-        Put(device.m_pGasConcentration[1]->m_address, {0, 0});
-        Put(device.m_pGasConcentration[0]->m_address, {row.product, row.channel});
+        Assign(*device.m_pGasConcentration[1], 0, 0);
+        Assign(*device.m_pGasConcentration[0], row.product, row.channel);
         device.ApplyConfiguration(
             L"dIncubatorBelow 1 | dIncubatorAbove 1 | dCO2Below 0.1 | dCO2Above 0.2 | dO2Below 0.3 | "
             L"dO2Above 0.4");
@@ -164,7 +162,7 @@ TEST_F(AlarmsTests, AirMode_IsWhatTheLastProductReports) {
         SCOPED_TRACE(testing::Message() << row.reply11 << " " << row.reply12);
         CDevApiInterface_Impl& device = Device();
         device.m_bAirMode = 1;
-        device.m_products = {{10, {0}, {{237, {}}}}, {11, {0}, {{237, {}}}}, {12, {0}, {{237, {}}}}, {13, {0}, {}}};
+        device.m_products = {ProductWith(10, {237}), ProductWith(11, {237}), ProductWith(12, {237}), ProductWith(13)};
         platform.server.AnswerPayload("bl-param-read 11 237", row.reply11);
         platform.server.AnswerPayload("bl-param-read 12 237", row.reply12);
         device.ApplyConfiguration(L"");
@@ -178,7 +176,7 @@ TEST_F(AlarmsTests, AirMode_IsWhatTheLastProductReports) {
 TEST_F(AlarmsTests, AirMode_WithoutAProductThatHasOne_IsOff) {
     CDevApiInterface_Impl& device = Device();
     device.m_bAirMode = 1;
-    device.m_products = {{10, {0}, {{237, {}}}}};
+    device.m_products = {ProductWith(10, {237})};
     device.ApplyConfiguration(L"");
     EXPECT_EQ(device.m_bAirMode, 0);
 }

@@ -8,6 +8,7 @@
 
 #include "Fixture.h"
 #include "ProductSets.h"
+#include "RegistryNames.h"
 #include "ui/StatusReport.h"
 
 namespace {
@@ -21,7 +22,7 @@ class CatalogueTests : public DeviceTest {
         CDevApiInterface_Impl& device = RealDevice();
         ConnectProducts(platform, products);
         platform.server.AnswerPayload("findstat", "-1");
-        platform.registry.Set(L"Software\\Vellmark\\Misc", L"LogCommunication", RegistryValue::Dword(1));
+        platform.registry.Set(kMiscKey, kLogValue, RegistryValue::Dword(1));
         EXPECT_EQ(device.Init(HostLog::Callback, nullptr), 0);
         ScriptedDialogs::Current().onConnection = [](CDevApiInterface_Impl&) { return DialogEnd::FindAndConnect; };
         return device;
@@ -221,7 +222,7 @@ TEST_F(CatalogueTests, GasTargetRead_WhileTheCatalogueIsRebuilt_KeepsTheReplyInT
 TEST_F(CatalogueTests, GasTargetReads_WhileAnotherThreadInitialisesAgainAndAgain_FindAWholeDevice) {
     CDevApiInterface_Impl& device = Initialised({11});
     device.m_bLogCommunication = false;
-    platform.registry.Set(L"Software\\Vellmark\\Misc", L"LogCommunication", RegistryValue::Dword(0));
+    platform.registry.Set(kMiscKey, kLogValue, RegistryValue::Dword(0));
     std::atomic<bool> ended = false;
     std::thread poller([&] {
         while (!ended) {

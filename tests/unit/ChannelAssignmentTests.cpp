@@ -5,6 +5,7 @@
 
 #include "Fixture.h"
 #include "ProductSets.h"
+#include "RegistryNames.h"
 
 namespace {
 
@@ -39,6 +40,13 @@ class ChannelAssignmentTests : public DeviceTest {
         CDevApiInterface_Impl& device = RealDevice();
         EXPECT_EQ(device.Init(HostLog::Callback, nullptr), oko::kSuccess);
         return device;
+    }
+
+    /// No offset stands in the way of product 9's sensors.
+    void AnswerCompanionsOfProduct9() {
+        for (const char* const companion : {"115", "116", "117", "192"}) {
+            platform.server.AnswerPayload(std::string("bl-param-read 9 ") + companion, "0");
+        }
     }
 
     std::vector<Live> Temperatures() const { return LiveOf(m_pDevice->m_pTemperature, m_pDevice->m_nTemperatures); }
@@ -87,9 +95,7 @@ TEST_F(ChannelAssignmentTests, Product8_GivesItsZoneAndItsProbedSensors) {
 }
 
 TEST_F(ChannelAssignmentTests, Product9_ProbesItsSensorsWithTheirCompanions) {
-    for (const char* const companion : {"115", "116", "117", "192"}) {
-        platform.server.AnswerPayload(std::string("bl-param-read 9 ") + companion, "0");
-    }
+    AnswerCompanionsOfProduct9();
     InitialisedWith({9});
     EXPECT_EQ(SetupCommands(),
               (std::vector<std::string>{"readmin 9 0", "readmax 9 0", "bl-param-read 9 107", "bl-param-read 9 115",
@@ -244,9 +250,7 @@ TEST_F(ChannelAssignmentTests, Products7And9_AllProbesSuccessful_Give13Temperatu
 }
 
 TEST_F(ChannelAssignmentTests, MoreThan16Temperatures_TakesNoMoreAndSendsAllItsCommands) {
-    for (const char* const companion : {"115", "116", "117", "192"}) {
-        platform.server.AnswerPayload(std::string("bl-param-read 9 ") + companion, "0");
-    }
+    AnswerCompanionsOfProduct9();
     // 5 + 4 + 5 = 14 before the 8 of product 9.
     platform.server.AnswerPayload("bl-param-read 14 107", "0");
     platform.server.AnswerPayload("bl-param-read 14 189", "5");
@@ -285,9 +289,7 @@ TEST_F(ChannelAssignmentTests, DeletedChannels_AreMadeAnewByInit) {
     device.m_pGasConcentration[0]->DeletingDestructor(1);
     device.m_pHumidifier[0]->DeletingDestructor(1);
     ConnectProducts(platform, {9, 7, 11, 15});
-    for (const char* const companion : {"115", "116", "117", "192"}) {
-        platform.server.AnswerPayload(std::string("bl-param-read 9 ") + companion, "0");
-    }
+    AnswerCompanionsOfProduct9();
     ASSERT_EQ(device.Init(HostLog::Callback, nullptr), 0);
     EXPECT_EQ(device.GetTemperatureCount(), 15);  // 8 and 5 of products 9 and 7, 2 of 15
     EXPECT_EQ(device.GetGasConcentrationCount(), 1);
@@ -345,7 +347,7 @@ TEST_F(ChannelAssignmentTests, ReplyTooLongForItsBuffer_IsNoAnswerWhateverTheLog
         platform.server.Answer("readcurval 7(2)", TooLongReply("readcurval 7(2)"));
         ConnectProducts(platform, {7});
         CDevApiInterface_Impl& device = RealDevice();
-        platform.registry.Set(L"Software\\Vellmark\\Misc", L"LogCommunication", RegistryValue::Dword(log));
+        platform.registry.Set(kMiscKey, kLogValue, RegistryValue::Dword(log));
         EXPECT_EQ(device.Init(HostLog::Callback, nullptr), oko::kSuccess);
         EXPECT_EQ(Temperatures(), (std::vector<Live>{{7, 0, 1, 1}, {7, 1, 0, 0}, {7, 3, 0, 0}, {7, 4, 0, 0}}));
     }

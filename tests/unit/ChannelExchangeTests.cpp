@@ -5,16 +5,9 @@
 #include <limits>
 
 #include "Fixture.h"
+#include "ResultTexts.h"
 
 namespace {
-
-constexpr const wchar_t* kServerProblem =
-    L" Some problems within OC, not with the Product the current command refers to.";
-constexpr const wchar_t* kProductProblem =
-    L" There is a problem with the Product the current command refers to. The command will be however executed "
-    L"correctly.";
-constexpr const wchar_t* kNotExecuted =
-    L" There is a problem with the Product the current command refers to. The command will not be executed.";
 
 /// One operation of one channel.
 struct Operation {
@@ -75,10 +68,8 @@ class ChannelExchangeTests : public DeviceTest {
     CDevApiInterface_Impl& Device(bool channelsLog) {
         CDevApiInterface_Impl& device = RealDevice();
         const auto prepare = [&](auto& channel, int product) {
-            Put(channel.m_address, {product, 0});
+            Assign(channel, product, 0, 0.0, 90.0);
             channel.m_bLogCommunication = channelsLog ? 1 : 0;
-            channel.m_dMin = 0.0;
-            channel.m_dMax = 90.0;
             Put(channel.m_dTarget, 20.0);
             Put(channel.m_dCurrent, 20.0);
         };
@@ -88,10 +79,6 @@ class ChannelExchangeTests : public DeviceTest {
         platform.server.ClearCommands();
         HostLog::Reset();
         return device;
-    }
-
-    static std::wstring LineOf(const std::wstring& method, int code) {
-        return method + (code == 1 ? kServerProblem : code == 2 ? kProductProblem : kNotExecuted);
     }
 };
 
@@ -108,7 +95,7 @@ TEST_F(ChannelExchangeTests, Reads_EachResultCode_GivesItsResultValueAndLine) {
                 EXPECT_EQ(value, number < 3 ? 36.5 : -7.0);
                 EXPECT_EQ(Get(read.cache(device)), number < 3 ? 36.5 : 20.0);
                 const bool logged = number >= 1 && number <= 3 && (channelsLog || !read.needsLogFlag);
-                EXPECT_EQ(HostLog::Lines(), logged ? std::vector<std::wstring>{LineOf(read.method, number)}
+                EXPECT_EQ(HostLog::Lines(), logged ? std::vector<std::wstring>{ResultLine(read.method, number)}
                                                    : std::vector<std::wstring>{});
                 EXPECT_EQ(platform.server.Commands(), std::vector<std::string>{read.command});
             }
@@ -144,7 +131,7 @@ TEST_F(ChannelExchangeTests, Reads_Code3WithAnErrorPayload_OnlyReportTheCode) {
         platform.server.Answer(read.command, "3_" + read.command + "_error\r");
         double value = -7.0;
         EXPECT_EQ(read.run(device, &value), -1);
-        EXPECT_EQ(HostLog::Lines(), std::vector<std::wstring>{LineOf(read.method, 3)});
+        EXPECT_EQ(HostLog::Lines(), std::vector<std::wstring>{ResultLine(read.method, 3)});
     }
 }
 
@@ -177,8 +164,9 @@ TEST_F(ChannelExchangeTests, Reads_NumbersThatAreNotFinite_AreNoValue) {
                 EXPECT_EQ(read.run(device, &value), 0);
                 EXPECT_EQ(value, -7.0);
                 EXPECT_EQ(Get(read.cache(device)), 20.0);
-                EXPECT_EQ(HostLog::Lines(), code == '0' ? std::vector<std::wstring>{}
-                                                        : std::vector<std::wstring>{LineOf(read.method, code - '0')});
+                EXPECT_EQ(HostLog::Lines(), code == '0'
+                                                ? std::vector<std::wstring>{}
+                                                : std::vector<std::wstring>{ResultLine(read.method, code - '0')});
             }
         }
     }
@@ -261,7 +249,7 @@ TEST_F(ChannelExchangeTests, Writes_EachResultCode_GivesItsResultTargetAndLine) 
                 EXPECT_EQ(Get(write.cache(device)), number == 3 ? 20.0 : 30.0);
                 // Only the gas channel keeps a server's own problem to itself while it does not log.
                 const bool logged = number >= 1 && number <= 3 && !(write.needsLogFlag && !channelsLog && number == 1);
-                EXPECT_EQ(HostLog::Lines(), logged ? std::vector<std::wstring>{LineOf(write.method, number)}
+                EXPECT_EQ(HostLog::Lines(), logged ? std::vector<std::wstring>{ResultLine(write.method, number)}
                                                    : std::vector<std::wstring>{});
                 EXPECT_EQ(platform.server.Commands().front(), write.command);
             }

@@ -55,7 +55,7 @@ class ChannelNamesTests : public DeviceTest {
     /// What a channel writes into a buffer of '#', up to the first of them.
     template <class Channel>
     static std::wstring NameOf(Channel& channel, int product, int number) {
-        Put(channel.m_address, {product, number});
+        Assign(channel, product, number);
         std::array<wchar_t, 40> buffer;
         buffer.fill(L'~');
         EXPECT_EQ(channel.GetName(buffer.data(), 40), 0);
@@ -98,7 +98,7 @@ TEST_F(ChannelNamesTests, Humidifiers_AreNamedByTheirProduct) {
 
 TEST_F(ChannelNamesTests, Buffer_OfEachLength_GetsThatManyCharactersAndNoTerminator) {
     auto& channel = *MakeDevice(0).m_pTemperature[0];
-    Put(channel.m_address, {7, 0});
+    Assign(channel, 7, 0);
     const std::wstring name = L"H501-T Base";
     for (std::size_t length = 0; length <= 20; ++length) {
         SCOPED_TRACE(length);

@@ -4,6 +4,7 @@
 
 #include "Fixture.h"
 #include "Journal.h"
+#include "ProductSets.h"
 #include "ui/ConfigurationFields.h"
 #include "ui/resources/ResourceIds.h"
 
@@ -15,12 +16,9 @@ class ConfigurationTests : public DeviceTest {
     CDevApiInterface_Impl& DeviceWith(const std::vector<int>& products) {
         CDevApiInterface_Impl& device = RealDevice();
         for (const int product : products) {
-            device.m_products.push_back({product, {0}, {{237, {}}, {238, {}}}});
+            device.m_products.push_back(ProductWith(product, {237, 238}));
         }
-        Put(device.m_pTemperature[0]->m_address, {8, 0});
-        Put(device.m_pGasConcentration[0]->m_address, {10, 0});
-        Put(device.m_pGasConcentration[1]->m_address, {11, 0});
-        Put(device.m_pHumidifier[0]->m_address, {15, 0});
+        AssignOneOfEach(device);
         device.m_nHumidifiers = 1;
         platform.server.ClearCommands();
         return device;
@@ -97,12 +95,12 @@ TEST_F(ConfigurationTests, Fields_AreFilledWhereThereIsAChannel) {
     EXPECT_EQ(TextOf(empty, IDC_CO2_ABOVE), L"0.50");
     EXPECT_EQ(TextOf(empty, IDC_O2_BELOW), L"0.50");
     EXPECT_EQ(TextOf(empty, IDC_HUMIDITY_BELOW), L"");  // humidity only where it is present
-    device.m_products.push_back({15, {0}, {}});
+    device.m_products.push_back(ProductWith(15));
     EXPECT_EQ(TextOf(DescribeConfiguration(device), IDC_HUMIDITY_ABOVE), L"2");
     device.m_pHumidifier[0]->m_bEnabled = 0;
     EXPECT_EQ(TextOf(DescribeConfiguration(device), IDC_HUMIDITY_ABOVE), L"");
     device.m_pTemperature[0]->DeletingDestructor(1);
-    Put(device.m_pGasConcentration[0]->m_address, {14, 0});
+    Assign(*device.m_pGasConcentration[0], 14, 0);
     const ConfigurationView view = DescribeConfiguration(device);
     EXPECT_EQ(TextOf(view, IDC_TEMPERATURE_BELOW), L"");
     EXPECT_EQ(TextOf(view, IDC_CO2_BELOW), L"");
@@ -235,7 +233,7 @@ TEST_F(ConfigurationTests, Taking_FieldOfBlanks_GivesZero) {
 TEST_F(ConfigurationTests, FurtherGasChannels_AreNeitherShownNorTakenNorWritten) {
     CDevApiInterface_Impl& device = DeviceWith({10, 11});
     for (const auto& [channel, product] : {std::pair{2U, 10}, std::pair{3U, 11}}) {
-        Put(device.m_pGasConcentration[channel]->m_address, {product, 0});
+        Assign(*device.m_pGasConcentration[channel], product, 0);
         Put(device.m_pGasConcentration[channel]->m_dToleranceBelow, 8.0);
         Put(device.m_pGasConcentration[channel]->m_dToleranceAbove, 9.0);
     }
@@ -345,7 +343,7 @@ TEST_F(ConfigurationTests, Show_Products16And17_AreRefusedWithoutADialog) {
     CDevApiInterface_Impl& device = DeviceWith({16});
     std::array<wchar_t, oko::kConfigurationTextLength> text{};
     for (const int product : {16, 17}) {
-        Put(device.m_pTemperature[0]->m_address, {product, 0});
+        Assign(*device.m_pTemperature[0], product, 0);
         EXPECT_EQ(device.ShowConfiguration(text.data(), 10, nullptr), -1) << product;
     }
     EXPECT_TRUE(ScriptedDialogs::Current().configurationParents.empty());
@@ -353,7 +351,7 @@ TEST_F(ConfigurationTests, Show_Products16And17_AreRefusedWithoutADialog) {
 
 TEST_F(ConfigurationTests, Show_BothGasChannelsOfOneGas_TheSecondWins) {
     CDevApiInterface_Impl& device = DeviceWith({10});
-    Put(device.m_pGasConcentration[1]->m_address, {10, 0});
+    Assign(*device.m_pGasConcentration[1], 10, 0);
     device.m_pGasConcentration[1]->m_dToleranceBelow = 7.0;
     ScriptedDialogs::Current().onConfiguration = [](CDevApiInterface_Impl&) { return DialogEnd::Ok; };
     std::array<wchar_t, oko::kConfigurationTextLength> text{};

@@ -2,6 +2,7 @@
 
 #include "Fixture.h"
 #include "Journal.h"
+#include "ResultTexts.h"
 
 namespace {
 
@@ -193,23 +194,14 @@ TEST_F(ConnectionTests, FindAndConnect_SilentOrRefusingServer_StopsAndStillWrite
 }
 
 TEST_F(ConnectionTests, FindAndConnect_ListProdCodes1And2_AreLoggedUnderTheNameOfInit) {
-    struct Case {
-        const char* reply;
-        const wchar_t* line;
-    };
-    for (const Case& row :
-         {Case{"1_listprod_7\r",
-               L"CDevApiInterface_Impl::Init Some problems within OC, not with the Product the current command "
-               L"refers to."},
-          Case{"2_listprod_7\r",
-               L"CDevApiInterface_Impl::Init There is a problem with the Product the current command refers to. "
-               L"The command will be however executed correctly."}}) {
+    for (const int code : {1, 2}) {
+        SCOPED_TRACE(code);
         HostLog::Reset();
         CDevApiInterface_Impl& device = RealDevice();
         SearchTakes(1);
-        platform.server.Answer("listprod", row.reply);
+        platform.server.Answer("listprod", std::to_string(code) + "_listprod_7\r");
         EXPECT_EQ(Show(device, DialogEnd::FindAndConnect), 0);
-        EXPECT_EQ(HostLog::Lines(), std::vector<std::wstring>{row.line});
+        EXPECT_EQ(HostLog::Lines(), std::vector<std::wstring>{ResultLine(L"CDevApiInterface_Impl::Init", code)});
     }
 }
 

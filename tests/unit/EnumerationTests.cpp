@@ -1,4 +1,5 @@
 #include "Fixture.h"
+#include "ProductSets.h"
 #include "channels/ParameterRead.h"
 
 namespace {
@@ -90,7 +91,7 @@ TEST_F(EnumerationTests, NoAnswerOrNoProducts_EndsAfterTheFirstCommand) {
         SCOPED_TRACE(testing::PrintToString(reply));
         platform.server.Answer("listconprod", reply);
         CDevApiInterface_Impl& device = RealDevice();
-        device.m_products = {{9, {0}, {}}};
+        device.m_products = {ProductWith(9)};
         device.m_iComPort = 5;
         platform.server.ClearCommands();
         device.EnumerateProducts();

@@ -22,6 +22,22 @@ void Assign(Channel& channel, int product, int number) {
     Put(channel.m_address, {product, number});
 }
 
+/// The same for one that takes targets, with their range.
+template <class Channel>
+void Assign(Channel& channel, int product, int number, double min, double max) {
+    Assign(channel, product, number);
+    channel.m_dMin = min;
+    channel.m_dMax = max;
+}
+
+/// Makes the first channels stand for a heater, a CO2 and an O2 controller and a humidifier.
+inline void AssignOneOfEach(CDevApiInterface_Impl& device) {
+    Assign(*device.m_pTemperature[0], 8, 0);
+    Assign(*device.m_pGasConcentration[0], 10, 0);
+    Assign(*device.m_pGasConcentration[1], 11, 0);
+    Assign(*device.m_pHumidifier[0], 15, 0);
+}
+
 /// A fresh scripted platform and host log for each test, and device objects on it.
 class DeviceTest : public ::testing::Test {
  protected:
@@ -52,6 +68,14 @@ class DeviceTest : public ::testing::Test {
         CDevApiInterface_Impl& device = MakeDevice(oko::kSimulatorDevice);
         device.HostCallback = HostLog::Callback;
         return device;
+    }
+
+    /// A channel, made to stand for a sensor of a product, with nothing sent yet.
+    template <class Channel, class... Range>
+    Channel& Ready(Channel& channel, int product, int number, Range... range) {
+        Assign(channel, product, number, range...);
+        platform.server.ClearCommands();
+        return channel;
     }
 
     CDevApiInterface_Impl& MakeDevice(std::uint32_t index) {

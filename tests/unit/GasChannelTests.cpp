@@ -1,16 +1,12 @@
 #include "Fixture.h"
+#include "RegistryNames.h"
 
 namespace {
 
 class GasChannelTests : public DeviceTest {
  protected:
     CDevApiInterface_GasConcentration_Impl& Channel(int product, int number, double min = 0.0, double max = 100.0) {
-        auto& channel = *RealDevice().m_pGasConcentration[0];
-        Put(channel.m_address, {product, number});
-        channel.m_dMin = min;
-        channel.m_dMax = max;
-        platform.server.ClearCommands();
-        return channel;
+        return Ready(*RealDevice().m_pGasConcentration[0], product, number, min, max);
     }
 };
 
@@ -53,7 +49,7 @@ TEST_F(GasChannelTests, SetTarget_PostsTheChangeNotice) {
 }
 
 TEST_F(GasChannelTests, LogSwitchThatInitReads_DoesNotReachTheChannelsThatAreThere) {
-    platform.registry.Set(L"Software\\Vellmark\\Misc", L"LogCommunication", RegistryValue::Dword(1));
+    platform.registry.Set(kMiscKey, kLogValue, RegistryValue::Dword(1));
     platform.server.AnswerPayload("listconprod", "10 11");
     CDevApiInterface_Impl& device = RealDevice();
     device.m_pGasConcentration[1]->DeletingDestructor(1);

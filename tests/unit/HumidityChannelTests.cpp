@@ -4,14 +4,7 @@ namespace {
 
 class HumidityChannelTests : public DeviceTest {
  protected:
-    CDevApiInterface_Humidifier_Impl& Channel() {
-        auto& channel = *RealDevice().m_pHumidifier[0];
-        Put(channel.m_address, {15, 0});
-        channel.m_dMin = 50.0;
-        channel.m_dMax = 95.0;
-        platform.server.ClearCommands();
-        return channel;
-    }
+    CDevApiInterface_Humidifier_Impl& Channel() { return Ready(*RealDevice().m_pHumidifier[0], 15, 0, 50.0, 95.0); }
 };
 
 TEST_F(HumidityChannelTests, SetTarget_SendsWholePercentAndKeepsTheFraction) {

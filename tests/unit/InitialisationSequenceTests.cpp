@@ -4,6 +4,7 @@
 
 #include "Fixture.h"
 #include "ProductSets.h"
+#include "RegistryNames.h"
 
 namespace {
 
@@ -127,7 +128,7 @@ TEST_F(InitialisationSequenceTests, RealDevice_EachSingleProduct) {
 }
 
 TEST_F(InitialisationSequenceTests, Simulator_DefaultAnswer) {
-    platform.registry.Set(L"Software\\Vellmark\\Misc", L"LogCommunication", RegistryValue::Dword(1));
+    platform.registry.Set(kMiscKey, kLogValue, RegistryValue::Dword(1));
     CDevApiInterface_Impl& device = Simulator();
     EXPECT_EQ(device.Init(HostLog::Callback, nullptr), oko::kSuccess);
     EXPECT_EQ(Logged(), InitCommands({9, 12, 15}, 1, 1));

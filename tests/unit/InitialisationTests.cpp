@@ -1,10 +1,10 @@
 // Init's steps in order, and what goes wrong on the way. Which channels come of it: ChannelAssignmentTests.
 
 #include "Fixture.h"
+#include "RegistryNames.h"
+#include "ResultTexts.h"
 
 namespace {
-
-constexpr const wchar_t* kLogKey = L"Software\\Vellmark\\Misc";
 
 /// The commands of every Init before the products are known, with the COM port in them.
 std::vector<std::string> OpeningCommands(int port) {
@@ -28,7 +28,7 @@ class InitialisationTests : public DeviceTest {
  protected:
     /// Lets the registry's switch of the communication log be `value`.
     bool LogsWith(const RegistryValue& value) {
-        platform.registry.Set(kLogKey, L"LogCommunication", value);
+        platform.registry.Set(kMiscKey, kLogValue, value);
         CDevApiInterface_Impl& device = RealDevice();
         device.Init(HostLog::Callback, nullptr);
         return device.m_bLogCommunication;
@@ -112,22 +112,13 @@ TEST_F(InitialisationTests, RealDevice_StartsNoThread) {
 }
 
 TEST_F(InitialisationTests, ListProdCodes_1And2AreLoggedAndItGoesOn) {
-    struct Case {
-        char code;
-        const wchar_t* line;
-    };
-    for (const Case& row :
-         {Case{'1',
-               L"CDevApiInterface_Impl::Init Some problems within OC, not with the Product the current command "
-               L"refers to."},
-          Case{'2',
-               L"CDevApiInterface_Impl::Init There is a problem with the Product the current command refers to. "
-               L"The command will be however executed correctly."}}) {
-        SCOPED_TRACE(row.code);
+    for (const int code : {1, 2}) {
+        SCOPED_TRACE(code);
         HostLog::Reset();
-        platform.server.Answer("listprod", std::string(1, row.code) + "_listprod_7\r");
+        platform.server.Answer("listprod", std::to_string(code) + "_listprod_7\r");
         EXPECT_EQ(RealDevice().Init(HostLog::Callback, nullptr), oko::kSuccess);
-        EXPECT_EQ(HostLog::Lines(), (std::vector<std::wstring>{L"OKO-Lab bold line Init()", row.line}));
+        EXPECT_EQ(HostLog::Lines(), (std::vector<std::wstring>{L"OKO-Lab bold line Init()",
+                                                               ResultLine(L"CDevApiInterface_Impl::Init", code)}));
     }
 }
 
@@ -146,11 +137,8 @@ TEST_F(InitialisationTests, ListProdCode3_StopsBeforeModeWithABox) {
     CDevApiInterface_Impl& device = RealDevice();
     EXPECT_EQ(device.Init(HostLog::Callback, nullptr), oko::kFailure);
     EXPECT_EQ(platform.server.Commands(), std::vector<std::string>{"listprod"});
-    EXPECT_EQ(
-        platform.windows.ErrorBoxes(),
-        (std::vector<RecordedWindows::ErrorBox>{
-            {L"There is a problem with the Product the current command refers to. The command will not be executed.",
-             L"OC Status error."}}));
+    EXPECT_EQ(platform.windows.ErrorBoxes(),
+              (std::vector<RecordedWindows::ErrorBox>{{kNotExecutedText, L"OC Status error."}}));
     EXPECT_TRUE(device.m_bBusy);
     EXPECT_FALSE(device.m_bServerErrorShown);
 }
@@ -261,6 +249,7 @@ TEST_F(InitialisationTests, StatusOfMoreThan64Bytes_IsNoStatus) {
     const std::string status = "0_status_" + std::string("11 0 4 ") + std::string(47, ' ') + "\r";
     ASSERT_EQ(status.size(), 64U);
     for (const bool longer : {false, true}) {
+        SCOPED_TRACE(longer ? "longer" : "as long as there is room");
         HostLog::Reset();
         platform.server.Answer("status", longer ? status + " " : status);
         CDevApiInterface_Impl& device = RealDevice();

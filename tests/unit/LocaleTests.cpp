@@ -36,7 +36,7 @@ class LocaleTests : public DeviceTest {
 TEST_F(LocaleTests, CommandsAndValues_KeepTheDecimalPoint) {
     CDevApiInterface_Impl& device = RealDevice();
     auto& channel = *device.m_pTemperature[0];
-    Put(channel.m_address, {9, 0});
+    Assign(channel, 9, 0);
     platform.server.Answer("readcurval 9", "0_readcurval 9_36.512 \r");
     channel.SetTargetTemperature(37.5);
     EXPECT_EQ(platform.server.Commands().front(), "writesetpoint 9 0 37.5");
@@ -47,7 +47,7 @@ TEST_F(LocaleTests, CommandsAndValues_KeepTheDecimalPoint) {
 
 TEST_F(LocaleTests, SettingsTexts_KeepTheDecimalPoint) {
     CDevApiInterface_Impl& device = RealDevice();
-    Put(device.m_pTemperature[0]->m_address, {9, 0});
+    Assign(*device.m_pTemperature[0], 9, 0);
     device.ApplyConfiguration(L"dIncubatorBelow 1.25 | dIncubatorAbove 2.5");
     EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceBelow, 1.25);
     EXPECT_EQ(platform.server.Commands().front(), "alarm 9 1.2");
@@ -56,7 +56,7 @@ TEST_F(LocaleTests, SettingsTexts_KeepTheDecimalPoint) {
 TEST_F(LocaleTests, Simulator_KeepsTheDecimalPoint) {
     CDevApiInterface_Impl& device = Simulator();
     auto& channel = *device.m_pTemperature[0];
-    Put(channel.m_address, {9, 0});
+    Assign(channel, 9, 0);
     channel.m_dCurrent = 21.125;
     double value = 0.0;
     channel.GetCurrentTemperature(&value);

@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "Fixture.h"
+#include "ProductSets.h"
 #include "channels/Simulation.h"
 #include "link/Exchange.h"
 
@@ -48,7 +49,7 @@ class LockTests : public DeviceTest {
     /// A real device whose first channels are product 9, the O2 of product 11 and product 15.
     CDevApiInterface_Impl& Device() {
         CDevApiInterface_Impl& device = RealDevice();
-        device.m_products = {{11, {0}, {{237, {}}}}};
+        device.m_products = {ProductWith(11, {237})};
         Assign(*device.m_pTemperature[0], 9, 0);
         Assign(*device.m_pGasConcentration[0], 11, 0);
         Assign(*device.m_pHumidifier[0], 15, 0);

@@ -1,6 +1,8 @@
 #include "channels/ParameterRead.h"
 
 #include "Fixture.h"
+#include "ProductSets.h"
+#include "ResultTexts.h"
 
 namespace {
 
@@ -10,10 +12,7 @@ class ParameterReadTests : public DeviceTest {
  protected:
     CDevApiInterface_Impl& Device(const std::vector<int>& params = {107, 108, 115, 237}) {
         CDevApiInterface_Impl& device = RealDevice();
-        device.m_products = {{8, {0}, {}}, {9, {0}, {}}};
-        for (const int param : params) {
-            device.m_products[1].m_params.push_back({param, {}});
-        }
+        device.m_products = {ProductWith(8), ProductWith(9, params)};
         platform.server.ClearCommands();
         return device;
     }
@@ -95,19 +94,13 @@ TEST_F(ParameterReadTests, AirModeParameter_MayBeZero) {
 }
 
 TEST_F(ParameterReadTests, ResultCodes_AreLoggedUnderTheTemperatureChannelsName) {
-    const std::vector<std::wstring> texts{
-        L"", L" Some problems within OC, not with the Product the current command refers to.",
-        L" There is a problem with the Product the current command refers to. The command will be however executed "
-        L"correctly.",
-        L" There is a problem with the Product the current command refers to. The command will not be executed."};
     for (int code = 0; code <= 9; ++code) {
         SCOPED_TRACE(code);
         HostLog::Reset();
         const std::string reply = std::to_string(code) + "_bl-param-read 9 107_5\r";
         EXPECT_EQ(Read(reply, true), code == 3 ? "(false)" : code < 3 ? "5" : "");
-        EXPECT_EQ(HostLog::Lines(), code >= 1 && code <= 3
-                                        ? std::vector<std::wstring>{kMethod + texts[static_cast<std::size_t>(code)]}
-                                        : std::vector<std::wstring>{});
+        EXPECT_EQ(HostLog::Lines(), code >= 1 && code <= 3 ? std::vector<std::wstring>{ResultLine(kMethod, code)}
+                                                           : std::vector<std::wstring>{});
     }
 }
 

@@ -3,7 +3,17 @@
 #include <string>
 #include <vector>
 
+#include "catalogue/ProductRecord.h"
 #include "fakes/ScriptedPlatform.h"
+
+/// A product of the catalogue with device 0, offering these parameters, none of which has been read.
+inline ProductRecord ProductWith(int product, const std::vector<int>& parameters = {}) {
+    ProductRecord record{product, {0}, {}};
+    for (const int parameter : parameters) {
+        record.m_params.push_back({parameter, {}});
+    }
+    return record;
+}
 
 /// Makes the scripted server report these products, each with device 0, with all the sensors that it can have.
 inline void ConnectProducts(ScriptedPlatform& platform, const std::vector<int>& products) {

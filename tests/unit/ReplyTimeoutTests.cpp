@@ -1,20 +1,18 @@
 // The registry's ReplyTimeout: a way out of the wait for a silent server, off unless asked for.
 
 #include "Fixture.h"
+#include "RegistryNames.h"
 #include "link/Exchange.h"
 
 namespace {
-
-constexpr const wchar_t* kKey = L"Software\\Vellmark\\Misc";
-constexpr const wchar_t* kValue = L"ReplyTimeout";
 
 class ReplyTimeoutTests : public DeviceTest {
  protected:
     /// An initialised device whose registry says this of the time-out.
     CDevApiInterface_Impl& Initialised(const std::optional<RegistryValue>& timeout) {
-        platform.registry.AddKey(kKey);
+        platform.registry.AddKey(kMiscKey);
         if (timeout) {
-            platform.registry.Set(kKey, kValue, *timeout);
+            platform.registry.Set(kMiscKey, kTimeoutValue, *timeout);
         }
         CDevApiInterface_Impl& device = RealDevice();
         platform.server.AnswerPayload("listconprod", "");
@@ -63,9 +61,9 @@ TEST_F(ReplyTimeoutTests, Value_IsReadAtEachInit) {
     CDevApiInterface_Impl& device = Initialised(RegistryValue::Dword(200));
     ASSERT_EQ(device.Init(HostLog::Callback, nullptr), 0);
     EXPECT_EQ(TimeoutCalls(), std::vector<std::string>{"timeout 200"});  // it has it already
-    platform.registry.Set(kKey, kValue, RegistryValue::Dword(0xFFFFFFFF));
+    platform.registry.Set(kMiscKey, kTimeoutValue, RegistryValue::Dword(0xFFFFFFFF));
     ASSERT_EQ(device.Init(HostLog::Callback, nullptr), 0);
-    platform.registry.Set(kKey, kValue, RegistryValue::Dword(0));
+    platform.registry.Set(kMiscKey, kTimeoutValue, RegistryValue::Dword(0));
     ASSERT_EQ(device.Init(HostLog::Callback, nullptr), 0);
     EXPECT_EQ(TimeoutCalls(), (std::vector<std::string>{"timeout 200", "timeout 4294967295", "timeout 0"}));
     platform.server.ClearCommands();
@@ -75,7 +73,7 @@ TEST_F(ReplyTimeoutTests, Value_IsReadAtEachInit) {
 
 TEST_F(ReplyTimeoutTests, Value_IsReadFromTheKeyThatIsOpenForTheLogSwitch) {
     Initialised(RegistryValue::Dword(200));
-    const std::wstring key = kKey;
+    const std::wstring key = kMiscKey;
     const auto calls = platform.registry.Calls();
     EXPECT_EQ(calls, (std::vector<std::wstring>{L"open " + key, L"query " + key + L"\\LogCommunication",
                                                 L"query " + key + L"\\ReplyTimeout", L"read " + key + L"\\ReplyTimeout",
@@ -141,7 +139,7 @@ TEST_F(ReplyTimeoutTests, Silence_IsLoggedWhileTheLogIsOn) {
 
 TEST_F(ReplyTimeoutTests, SilentServer_ReadsFailAndInitEnds) {
     CDevApiInterface_Impl& device = Initialised(RegistryValue::Dword(200));
-    Put(device.m_pTemperature[0]->m_address, {9, 0});
+    Assign(*device.m_pTemperature[0], 9, 0);
     platform.server.StaySilent("readcurval 9");
     double value = 1.5;
     EXPECT_EQ(device.m_pTemperature[0]->GetCurrentTemperature(&value), -1);

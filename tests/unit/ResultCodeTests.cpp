@@ -1,6 +1,7 @@
 #include "link/ResultCode.h"
 
 #include "Fixture.h"
+#include "ResultTexts.h"
 
 namespace {
 
@@ -11,14 +12,9 @@ TEST_F(ResultCodeTests, EachCode_HasItsTextOrNone) {
     for (int code = -1; code <= 10; ++code) {
         LogResultCode(device, L"Some::Method", code);
     }
-    EXPECT_EQ(
-        HostLog::Lines(),
-        (std::vector<std::wstring>{
-            L"Some::Method Some problems within OC, not with the Product the current command refers to.",
-            L"Some::Method There is a problem with the Product the current command refers to. The command will be "
-            L"however executed correctly.",
-            L"Some::Method There is a problem with the Product the current command refers to. The command will not "
-            L"be executed."}));
+    EXPECT_EQ(HostLog::Lines(),
+              (std::vector<std::wstring>{ResultLine(L"Some::Method", 1), ResultLine(L"Some::Method", 2),
+                                         ResultLine(L"Some::Method", 3)}));
 }
 
 TEST_F(ResultCodeTests, WithoutACallback_NothingHappens) { LogResultCode(MakeDevice(0), L"Some::Method", 1); }

@@ -1,4 +1,5 @@
 #include "Fixture.h"
+#include "ResultTexts.h"
 
 namespace {
 
@@ -131,11 +132,8 @@ TEST_F(ServerLaunchTests, StartedServerThatRefuses_IsToldInABox) {
     InstallServer();
     platform.server.AnswerInTurn("listprod", {kReceiveFails, "3_listprod_\r"});
     EXPECT_EQ(RealDevice().EnsureServerRunning(500), State::Refusing);
-    EXPECT_EQ(
-        platform.windows.ErrorBoxes(),
-        (std::vector<RecordedWindows::ErrorBox>{
-            {L"There is a problem with the Product the current command refers to. The command will not be executed.",
-             L"OC Status error."}}));
+    EXPECT_EQ(platform.windows.ErrorBoxes(),
+              (std::vector<RecordedWindows::ErrorBox>{{kNotExecutedText, L"OC Status error."}}));
 }
 
 TEST_F(ServerLaunchTests, EveryRefusal_IsToldWhateverWasToldBefore) {

@@ -16,7 +16,7 @@ class SimulationTests : public DeviceTest {
     /// Temperature channel 0 of a fresh device, at `current` with a target of 37.
     CDevApiInterface_Temperature_Impl& Zone(int product, int number, double current, double rate = 0.4) {
         auto& channel = *MakeDevice(1).m_pTemperature[0];
-        Put(channel.m_address, {product, number});
+        Assign(channel, product, number);
         channel.m_dCurrent = current;
         channel.m_dRate = rate;
         return channel;
@@ -149,7 +149,7 @@ TEST_F(SimulationTests, Temperature_KindsOfEveryProduct) {
         SCOPED_TRACE(testing::Message() << row.product << "/" << row.channel);
         auto& channel = Zone(row.product, row.channel, 30.0);
         auto& main = *m_pDevice->m_pTemperature[5];
-        Put(main.m_address, {row.product, 0});
+        Assign(main, row.product, 0);
         main.m_dCurrent = 33.0;
         platform.random.Script({kPlus, kSecond});
         Step(channel, 0.0);
@@ -173,7 +173,7 @@ TEST_F(SimulationTests, Temperature_FollowerWithoutAMainZone_StaysWhereItIs) {
 TEST_F(SimulationTests, Temperature_FollowerTakesTheFirstMainZone) {
     auto& channel = Zone(9, 107, 30.0);
     for (const std::size_t i : {3U, 9U}) {
-        Put(m_pDevice->m_pTemperature[i]->m_address, {9, 0});
+        Assign(*m_pDevice->m_pTemperature[i], 9, 0);
         m_pDevice->m_pTemperature[i]->m_dCurrent = static_cast<double>(i);
     }
     platform.random.Script({kStill});

@@ -1,9 +1,10 @@
 #include "Fixture.h"
+#include "RegistryNames.h"
 
 namespace {
 
-const std::wstring kKey = L"Software\\Vellmark\\Misc\\Simulators";
-const std::wstring kValue = L"OKOLab_Bold_Line_listconprod_answer";
+const std::wstring kKey = kSimulatorsKey;
+const std::wstring kValue = kSimulatorAnswerValue;
 constexpr const char* kDefault = "0_listconprod_9 12 15";
 
 class SimulatorAnswerTests : public DeviceTest {

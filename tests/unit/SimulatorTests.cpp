@@ -260,7 +260,7 @@ TEST_F(SimulatorTests, CommandSendSim_LogOn_WritesItsOwnLine) {
 TEST_F(SimulatorTests, View_ShowsEveryChannelAndSkipsMissingOnes) {
     CDevApiInterface_Impl& device = Simulator();
     device.m_pTemperature[2]->DeletingDestructor(1);
-    Put(device.m_pHumidifier[3]->m_address, {15, 0});
+    Assign(*device.m_pHumidifier[3], 15, 0);
     const ChannelViews views = device.ViewChannels();
     EXPECT_TRUE(views.temperatures[1].exists);
     EXPECT_FALSE(views.temperatures[2].exists);

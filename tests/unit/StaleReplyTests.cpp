@@ -130,8 +130,8 @@ TEST_F(StaleReplyTests, ThousandsOfReads_AfterDuplicates_AreAllRight) {
     CDevApiInterface_Impl& device = RealDevice();
     auto& base = *device.m_pTemperature[0];
     auto& lid = *device.m_pTemperature[1];
-    Put(base.m_address, {7, 0});
-    Put(lid.m_address, {7, 1});
+    Assign(base, 7, 0);
+    Assign(lid, 7, 1);
     int commands = 0;
     std::string last;
     platform.server.SetDefault([&](std::string_view command) -> ServerReply {
@@ -152,7 +152,7 @@ TEST_F(StaleReplyTests, ThousandsOfReads_AfterDuplicates_AreAllRight) {
 TEST_F(StaleReplyTests, RefusedSetPoint_AfterADuplicate_IsToldAsRefused) {
     CDevApiInterface_Impl& device = RealDevice();
     auto& channel = *device.m_pTemperature[0];
-    Put(channel.m_address, {9, 0});
+    Assign(channel, 9, 0);
     AskText(device, "readcurval 9");
     platform.server.SetDefault([this](std::string_view command) -> ServerReply {
         platform.server.Deliver("0_readcurval 9_36.5\r");

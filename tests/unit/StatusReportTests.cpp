@@ -1,6 +1,9 @@
 #include "ui/StatusReport.h"
 
+#include <numeric>
+
 #include "Fixture.h"
+#include "ProductSets.h"
 #include "ui/StatusRows.h"
 
 namespace {
@@ -162,13 +165,11 @@ class StatusReportTests : public DeviceTest {
  protected:
     /// A device with these products, each with every parameter that any row asks for.
     CDevApiInterface_Impl& DeviceWith(const std::vector<int>& products) {
+        std::vector<int> parameters(399);
+        std::iota(parameters.begin(), parameters.end(), 1);
         CDevApiInterface_Impl& device = RealDevice();
         for (const int product : products) {
-            ProductRecord record{product, {0}, {}};
-            for (int parameter = 1; parameter < 400; ++parameter) {
-                record.m_params.push_back({parameter, {}});
-            }
-            device.m_products.push_back(std::move(record));
+            device.m_products.push_back(ProductWith(product, parameters));
         }
         platform.server.ClearCommands();
         return device;

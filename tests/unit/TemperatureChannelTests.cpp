@@ -5,10 +5,7 @@ namespace {
 class TemperatureChannelTests : public DeviceTest {
  protected:
     CDevApiInterface_Temperature_Impl& Channel(int product, int number) {
-        auto& channel = *RealDevice().m_pTemperature[0];
-        Put(channel.m_address, {product, number});
-        platform.server.ClearCommands();
-        return channel;
+        return Ready(*RealDevice().m_pTemperature[0], product, number);
     }
 };
 

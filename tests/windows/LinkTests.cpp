@@ -4,10 +4,9 @@
 #include <thread>
 
 #include "LoopbackServer.h"
+#include "RegistryNames.h"
 
 namespace {
-
-constexpr const wchar_t* kMiscKey = L"Software\\Vellmark\\Misc";
 
 /// A pair of sockets of the host's own, connected to each other.
 class HostSockets {
@@ -92,7 +91,7 @@ class ReplyTimeoutTests : public testing::Test {
         : m_server([this](std::string_view command) { return Answer(command); }), m_device(m_library.Device(0)) {
         HostRecord::Current() = {};
         EXPECT_EQ(
-            RegSetKeyValueW(HKEY_LOCAL_MACHINE, kMiscKey, L"ReplyTimeout", REG_DWORD, &kTimeoutMs, sizeof kTimeoutMs),
+            RegSetKeyValueW(HKEY_LOCAL_MACHINE, kMiscKey, kTimeoutValue, REG_DWORD, &kTimeoutMs, sizeof kTimeoutMs),
             ERROR_SUCCESS);
         m_device.ApplyConnection(L"m_iComPort 3");
         EXPECT_EQ(m_device.Init(HostRecord::Callback, nullptr), 0);

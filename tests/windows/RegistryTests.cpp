@@ -3,12 +3,9 @@
 #include <cstring>
 
 #include "LoadedLibrary.h"
+#include "RegistryNames.h"
 
 namespace {
-
-constexpr const wchar_t* kMiscKey = L"Software\\Vellmark\\Misc";
-constexpr const wchar_t* kSimulatorsKey = L"Software\\Vellmark\\Misc\\Simulators";
-constexpr const wchar_t* kAnswer = L"OKOLab_Bold_Line_listconprod_answer";
 
 class RegistryTests : public testing::Test {
  protected:
@@ -48,9 +45,9 @@ class RegistryTests : public testing::Test {
     static std::wstring Stored(DWORD* sizeBytes) {
         std::array<wchar_t, 300> text{};
         *sizeBytes = sizeof text;
-        EXPECT_EQ(
-            RegGetValueW(HKEY_LOCAL_MACHINE, kSimulatorsKey, kAnswer, RRF_RT_REG_SZ, nullptr, text.data(), sizeBytes),
-            ERROR_SUCCESS);
+        EXPECT_EQ(RegGetValueW(HKEY_LOCAL_MACHINE, kSimulatorsKey, kSimulatorAnswerValue, RRF_RT_REG_SZ, nullptr,
+                               text.data(), sizeBytes),
+                  ERROR_SUCCESS);
         return text.data();
     }
 
@@ -63,16 +60,16 @@ TEST_F(RegistryTests, LogCommunication_OnlyTheNumber1SwitchesTheLogOn) {
     EXPECT_FALSE(Logs());
     const DWORD numbers[] = {0, 1, 2};
     for (const DWORD& number : numbers) {
-        Set(kMiscKey, L"LogCommunication", REG_DWORD, &number, sizeof number);
+        Set(kMiscKey, kLogValue, REG_DWORD, &number, sizeof number);
         EXPECT_EQ(Logs(), number == 1) << number;
     }
-    SetText(kMiscKey, L"LogCommunication", L"1");
+    SetText(kMiscKey, kLogValue, L"1");
     EXPECT_FALSE(Logs());
     const ULONGLONG wide = 1;
-    Set(kMiscKey, L"LogCommunication", REG_QWORD, &wide, sizeof wide);
+    Set(kMiscKey, kLogValue, REG_QWORD, &wide, sizeof wide);
     EXPECT_FALSE(Logs());
     const DWORD one = 1;
-    Set(kMiscKey, L"LogCommunication", REG_BINARY, &one, sizeof one);
+    Set(kMiscKey, kLogValue, REG_BINARY, &one, sizeof one);
     EXPECT_FALSE(Logs());
 }
 
@@ -91,35 +88,35 @@ TEST_F(RegistryTests, Answer_KeyWithoutTheValue_GetsTheDefault) {
 }
 
 TEST_F(RegistryTests, Answer_OfOtherProducts_GivesTheirChannels) {
-    SetText(kSimulatorsKey, kAnswer, L"0_listconprod_7 11");
+    SetText(kSimulatorsKey, kSimulatorAnswerValue, L"0_listconprod_7 11");
     EXPECT_EQ(Counts(), (std::vector<int>{5, 1, 0}));
-    SetText(kSimulatorsKey, kAnswer, L"0_listconprod_16 17");
+    SetText(kSimulatorsKey, kSimulatorAnswerValue, L"0_listconprod_16 17");
     EXPECT_EQ(Counts(), (std::vector<int>{10, 0, 0}));
 }
 
 TEST_F(RegistryTests, Answer_OfAnotherType_IsIgnored) {
     const DWORD number = 7;
-    Set(kSimulatorsKey, kAnswer, REG_DWORD, &number, sizeof number);
+    Set(kSimulatorsKey, kSimulatorAnswerValue, REG_DWORD, &number, sizeof number);
     EXPECT_EQ(Counts(), kDefaultCounts);
 }
 
 TEST_F(RegistryTests, Answer_LongerThanItsBuffer_IsIgnored) {
-    SetText(kSimulatorsKey, kAnswer, L"0_listconprod_7" + std::wstring(400, L' '));
+    SetText(kSimulatorsKey, kSimulatorAnswerValue, L"0_listconprod_7" + std::wstring(400, L' '));
     EXPECT_EQ(Counts(), kDefaultCounts);
 }
 
 TEST_F(RegistryTests, Answer_WithoutATerminatorOrOfOddSize_IsTaken) {
     const std::wstring text = L"0_listconprod_11";
-    Set(kSimulatorsKey, kAnswer, REG_SZ, text.c_str(), text.size() * sizeof(wchar_t));
+    Set(kSimulatorsKey, kSimulatorAnswerValue, REG_SZ, text.c_str(), text.size() * sizeof(wchar_t));
     EXPECT_EQ(Counts(), (std::vector<int>{0, 1, 0}));
-    Set(kSimulatorsKey, kAnswer, REG_SZ, text.c_str(), text.size() * sizeof(wchar_t) - 1);
+    Set(kSimulatorsKey, kSimulatorAnswerValue, REG_SZ, text.c_str(), text.size() * sizeof(wchar_t) - 1);
     EXPECT_EQ(Counts()[0], 0);
 }
 
 TEST_F(RegistryTests, Answer_Garbage_DoesNoHarm) {
     for (const wchar_t* const text : {L"", L"garbage", L"0_listconprod_", L"\u4E2D\u6587", L"0_listconprod_9 9 9 9"}) {
         SCOPED_TRACE(testing::PrintToString(std::wstring(text)));
-        SetText(kSimulatorsKey, kAnswer, text);
+        SetText(kSimulatorsKey, kSimulatorAnswerValue, text);
         const std::vector<int> counts = Counts();
         EXPECT_LE(counts[0], 16);
         EXPECT_LE(counts[1], 4);

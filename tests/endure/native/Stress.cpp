@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "RegistryNames.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "fakes/Dialogs.h"
 #include "fakes/ScriptedPlatform.h"
@@ -67,7 +68,7 @@ ServerReply Answer(std::string_view command, std::atomic<unsigned>& turn) {
 
 void PreparePlatform(ScriptedPlatform& platform, std::atomic<unsigned>& turn) {
     platform.server.SetDefault([&turn](std::string_view command) { return Answer(command, turn); });
-    platform.registry.Set(L"Software\\Vellmark\\Misc", L"LogCommunication", RegistryValue::Dword(1));
+    platform.registry.Set(kMiscKey, kLogValue, RegistryValue::Dword(1));
     const std::wstring program = L"SOFTWARE\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\OKO";
     platform.registry.Set(program, L"DisplayName", RegistryValue::Text(L"OKO-Control Server"));
     platform.registry.Set(program, L"InstallLocation", RegistryValue::Text(L"C:\\OKO\\"));

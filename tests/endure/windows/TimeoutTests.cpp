@@ -4,6 +4,7 @@
 
 #include "Effort.h"
 #include "Incubator.h"
+#include "RegistryNames.h"
 #include "Report.h"
 
 namespace {
@@ -13,15 +14,12 @@ class ReplyTimeout {
  public:
     explicit ReplyTimeout(DWORD milliseconds) {
         EXPECT_EQ(
-            RegSetKeyValueW(HKEY_LOCAL_MACHINE, kKey, L"ReplyTimeout", REG_DWORD, &milliseconds, sizeof milliseconds),
+            RegSetKeyValueW(HKEY_LOCAL_MACHINE, kMiscKey, kTimeoutValue, REG_DWORD, &milliseconds, sizeof milliseconds),
             ERROR_SUCCESS);
     }
-    ~ReplyTimeout() { RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kKey, L"ReplyTimeout"); }
+    ~ReplyTimeout() { RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, kMiscKey, kTimeoutValue); }
     ReplyTimeout(const ReplyTimeout&) = delete;
     ReplyTimeout& operator=(const ReplyTimeout&) = delete;
-
- private:
-    static constexpr const wchar_t* kKey = L"Software\\Vellmark\\Misc";
 };
 
 class TimeoutTests : public testing::Test {
