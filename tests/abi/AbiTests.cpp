@@ -1,6 +1,7 @@
 // Every slot of every interface, called through the Microsoft object layout.
 
 #include "Caller.h"
+#include "Channels.h"
 #include "windows/LoadedLibrary.h"
 
 namespace {
@@ -46,16 +47,12 @@ TEST_F(AbiTests, Device_EverySlotIsInItsPlace) {
     EXPECT_EQ(results.results[11], 2);
     EXPECT_EQ(results.results[13], 1);
 
-    CDevApiInterface_Temperature* temperature = nullptr;
-    CDevApiInterface_GasConcentration* gas = nullptr;
-    CDevApiInterface_Humidifier* humidifier = nullptr;
-    m_library.Device(1).GetTemperature(0, &temperature);
-    m_library.Device(1).GetGasConcentration(1, &gas);
-    m_library.Device(1).GetHumidifier(0, &humidifier);
-    EXPECT_EQ(channels, (std::array<void*, 3>{temperature, gas, humidifier}));
+    CDevApiInterface_Temperature& temperature = TemperatureOf(m_library.Device(1), 0);
+    EXPECT_EQ(channels, (std::array<void*, 3>{&temperature, &GasConcentrationOf(m_library.Device(1), 1),
+                                              &HumidifierOf(m_library.Device(1), 0)}));
     double below = 0.0;
     double above = 0.0;
-    temperature->GetTolerance(&below, &above);
+    temperature.GetTolerance(&below, &above);
     EXPECT_EQ(below, 0.75);
     EXPECT_EQ(above, 0.25);
 }

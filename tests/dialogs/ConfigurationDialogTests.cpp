@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Channels.h"
 #include "DialogTest.h"
 #include "ui/resources/ResourceIds.h"
 
@@ -257,11 +258,9 @@ TEST_F(ConfigurationDialogTests, EmptyField_LeavesTheEarlierOnesTaken) {
 
 TEST_F(ConfigurationDialogTests, EmptyField_KeepsTheChannelsOffTheServerUntilTheNextOk) {
     Start({9});
-    CDevApiInterface_Temperature* channel = nullptr;
-    Device().GetTemperature(0, &channel);
     const auto readAsks = [&] {
         double value = 0.0;
-        channel->GetCurrentTemperature(&value);
+        TemperatureOf(Device(), 0).GetCurrentTemperature(&value);
         return !server.NewCommands().empty();
     };
     EXPECT_TRUE(readAsks());
@@ -279,9 +278,7 @@ TEST_F(ConfigurationDialogTests, EmptyField_KeepsTheChannelsOffTheServerUntilThe
 
 TEST_F(ConfigurationDialogTests, HumidityThatTheHostSwitchedOff_LetsTheDialogOnlyBeCancelled) {
     Start({9, 12, 15});
-    CDevApiInterface_Humidifier* channel = nullptr;
-    Device().GetHumidifier(0, &channel);
-    channel->SetEnabled(0);
+    HumidifierOf(Device(), 0).SetEnabled(0);
     EXPECT_EQ(ShowConfiguration([](const OpenDialog& dialog) {
                   for (const int id : {IDC_HUMIDITY_BELOW, IDC_HUMIDITY_ABOVE}) {
                       EXPECT_FALSE(dialog.IsEnabled(id)) << id;

@@ -11,6 +11,7 @@
 #include <string>
 #include <utility>
 
+#include "Channels.h"
 #include "RegistryNames.h"
 #include "catalogue/StatusCheck.h"
 #include "fakes/Dialogs.h"
@@ -152,10 +153,8 @@ void HostCalls(std::int32_t, const wchar_t* line) {
         device->Init(HostCalls, nullptr);
         device->ShowConnection(text.data(), 0, nullptr);
     }
-    CDevApiInterface_Temperature* channel = nullptr;
-    device->GetTemperature(0, &channel);
     double value = 0.0;
-    channel->GetCurrentTemperature(&value);
+    TemperatureOf(*device, 0).GetCurrentTemperature(&value);
     s_pCalledBack = device;
 }
 

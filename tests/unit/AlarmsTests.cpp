@@ -133,8 +133,8 @@ TEST_F(AlarmsTests, TemperatureChannelThatStandsForNothing_IsAlarmedAsProduct0) 
 
 TEST_F(AlarmsTests, BothGasesOfAMixer_AreAlarmedUnderItsOneNumber) {
     CDevApiInterface_Impl& device = Device();
-    Put(device.m_pGasConcentration[0]->m_address, {12, 0});
-    Put(device.m_pGasConcentration[1]->m_address, {12, 1});
+    Assign(*device.m_pGasConcentration[0], 12, 0);
+    Assign(*device.m_pGasConcentration[1], 12, 1);
     EXPECT_EQ(device.ApplyConfiguration(L"dIncubatorBelow 1 | dIncubatorAbove 1 | dCO2Below 0.1 | dCO2Above 0.2 | "
                                         L"dO2Below 0.3 | dO2Above 0.4"),
               0);

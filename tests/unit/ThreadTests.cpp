@@ -4,6 +4,7 @@
 #include <set>
 #include <thread>
 
+#include "Channels.h"
 #include "Fixture.h"
 #include "ProductSets.h"
 #include "ui/StatusReport.h"
@@ -17,37 +18,34 @@ void UseChannels(CDevApiInterface_Impl& device) {
     std::uint32_t state = 0;
     std::array<wchar_t, oko::kChannelNameLength> name{};
     for (std::uint32_t i = 0; i < static_cast<std::uint32_t>(device.GetTemperatureCount()); ++i) {
-        CDevApiInterface_Temperature* channel = nullptr;
-        device.GetTemperature(i, &channel);
-        channel->GetName(name.data(), oko::kChannelNameLength);
-        channel->SetTargetTemperature(30.0);
-        channel->GetTargetTemperature(&value);
-        channel->GetCurrentTemperature(&value);
-        channel->GetTemperatureState(&state);
-        channel->SetTemperatureRate(1.0);
-        channel->SetTolerance(0.1, 0.2);
-        channel->GetTolerance(&value, &other);
-        channel->GetTemperatureLimits(&value, &other);
-        channel->HasFeature(oko::kFeatureSensorOnly);
+        CDevApiInterface_Temperature& channel = TemperatureOf(device, i);
+        channel.GetName(name.data(), oko::kChannelNameLength);
+        channel.SetTargetTemperature(30.0);
+        channel.GetTargetTemperature(&value);
+        channel.GetCurrentTemperature(&value);
+        channel.GetTemperatureState(&state);
+        channel.SetTemperatureRate(1.0);
+        channel.SetTolerance(0.1, 0.2);
+        channel.GetTolerance(&value, &other);
+        channel.GetTemperatureLimits(&value, &other);
+        channel.HasFeature(oko::kFeatureSensorOnly);
     }
     for (std::uint32_t i = 0; i < static_cast<std::uint32_t>(device.GetGasConcentrationCount()); ++i) {
-        CDevApiInterface_GasConcentration* channel = nullptr;
-        device.GetGasConcentration(i, &channel);
-        channel->GetName(name.data(), oko::kChannelNameLength);
-        channel->SetTargetGasConcentration(5.0);
-        channel->GetTargetGasConcentration(&value);
-        channel->GetCurrentGasConcentration(&value);
-        channel->GetGasConcentrationState(&state);
-        channel->HasFeature(oko::kFeatureAirMode);
+        CDevApiInterface_GasConcentration& channel = GasConcentrationOf(device, i);
+        channel.GetName(name.data(), oko::kChannelNameLength);
+        channel.SetTargetGasConcentration(5.0);
+        channel.GetTargetGasConcentration(&value);
+        channel.GetCurrentGasConcentration(&value);
+        channel.GetGasConcentrationState(&state);
+        channel.HasFeature(oko::kFeatureAirMode);
     }
     for (std::uint32_t i = 0; i < static_cast<std::uint32_t>(device.GetHumidifierCount()); ++i) {
-        CDevApiInterface_Humidifier* channel = nullptr;
-        device.GetHumidifier(i, &channel);
-        channel->SetEnabled(1);
-        channel->SetTargetHumidity(60.0);
-        channel->GetTargetHumidity(&value);
-        channel->GetCurrentHumidity(&value);
-        channel->GetHumidityState(&state);
+        CDevApiInterface_Humidifier& channel = HumidifierOf(device, i);
+        channel.SetEnabled(1);
+        channel.SetTargetHumidity(60.0);
+        channel.GetTargetHumidity(&value);
+        channel.GetCurrentHumidity(&value);
+        channel.GetHumidityState(&state);
     }
 }
 

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "Channels.h"
 #include "EmulatorProcess.h"
 #include "LoopbackClient.h"
 
@@ -29,11 +30,7 @@ class Running {
 
     CDevApiInterface& Device() const { return m_library.Device(0); }
 
-    CDevApiInterface_Temperature& Temperature(std::uint32_t index) const {
-        CDevApiInterface_Temperature* channel = nullptr;
-        Device().GetTemperature(index, &channel);
-        return *channel;
-    }
+    CDevApiInterface_Temperature& Temperature(std::uint32_t index) const { return TemperatureOf(Device(), index); }
 
     /// The names of all live channels.
     std::vector<std::wstring> Names() const {
@@ -47,14 +44,10 @@ class Running {
             add(Temperature(i));
         }
         for (std::uint32_t i = 0; i < static_cast<std::uint32_t>(Device().GetGasConcentrationCount()); ++i) {
-            CDevApiInterface_GasConcentration* channel = nullptr;
-            Device().GetGasConcentration(i, &channel);
-            add(*channel);
+            add(GasConcentrationOf(Device(), i));
         }
         for (std::uint32_t i = 0; i < static_cast<std::uint32_t>(Device().GetHumidifierCount()); ++i) {
-            CDevApiInterface_Humidifier* channel = nullptr;
-            Device().GetHumidifier(i, &channel);
-            add(*channel);
+            add(HumidifierOf(Device(), i));
         }
         return names;
     }
@@ -136,10 +129,8 @@ TEST(EmulatorTests, FailingSensor_IsReportedAndItsDeviceLogged) {
     device.ApplyConnection(L"");
     ASSERT_EQ(device.Init(HostRecord::Callback, nullptr), 0);
     EXPECT_EQ(HostRecord::CountLines(L"OKO-Lab bold line status error: product 15, device 7, error: 4"), 1U);
-    CDevApiInterface_GasConcentration* o2 = nullptr;
-    device.GetGasConcentration(1, &o2);
     double value = 7.0;
-    EXPECT_EQ(o2->GetCurrentGasConcentration(&value), -1);
+    EXPECT_EQ(GasConcentrationOf(device, 1).GetCurrentGasConcentration(&value), -1);
     EXPECT_EQ(value, 7.0);
     device.Close();
 }

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <thread>
 
+#include "Channels.h"
 #include "LoopbackServer.h"
 #include "RegistryNames.h"
 
@@ -68,10 +69,8 @@ TEST(LinkTests, SocketOfTheHostWithAClosedLinksNumber_IsLeftAlone) {
             reused = reused || sockets.back()->Own() == probe;
         }
         RecordProperty("numberReused", reused ? 1 : 0);
-        CDevApiInterface_Temperature* channel = nullptr;
-        device.GetTemperature(0, &channel);
         double value = -7.0;
-        EXPECT_EQ(channel->GetCurrentTemperature(&value), -1);
+        EXPECT_EQ(TemperatureOf(device, 0).GetCurrentTemperature(&value), -1);
         EXPECT_EQ(value, -7.0);
         device.Close();
         for (const auto& pair : sockets) {
@@ -95,8 +94,8 @@ class ReplyTimeoutTests : public testing::Test {
             ERROR_SUCCESS);
         m_device.ApplyConnection(L"m_iComPort 3");
         EXPECT_EQ(m_device.Init(HostRecord::Callback, nullptr), 0);
-        m_device.GetTemperature(0, &m_base);
-        m_device.GetTemperature(1, &m_lid);
+        m_base = &TemperatureOf(m_device, 0);
+        m_lid = &TemperatureOf(m_device, 1);
     }
     ~ReplyTimeoutTests() override {
         m_device.Close();

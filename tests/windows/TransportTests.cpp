@@ -5,6 +5,7 @@
 #include <clocale>
 #include <cstdio>
 
+#include "Channels.h"
 #include "LoopbackServer.h"
 
 namespace {
@@ -17,7 +18,7 @@ class TransportTests : public testing::Test {
         HostRecord::Current() = {};
         m_device.ApplyConnection(L"m_iComPort 3");
         EXPECT_EQ(m_device.Init(HostRecord::Callback, nullptr), 0);
-        m_device.GetTemperature(0, &m_channel);
+        m_channel = &TemperatureOf(m_device, 0);
     }
     ~TransportTests() override { m_device.Close(); }
 

@@ -1,15 +1,14 @@
 // The simulator's value thread and its notices, and the library's coming and going, in real time.
 
+#include "Channels.h"
 #include "ChildProcess.h"
 #include "ProcessResources.h"
 
 namespace {
 
 double CurrentOf(CDevApiInterface& device, std::uint32_t index) {
-    CDevApiInterface_Temperature* channel = nullptr;
-    device.GetTemperature(index, &channel);
     double value = 0.0;
-    channel->GetCurrentTemperature(&value);
+    TemperatureOf(device, index).GetCurrentTemperature(&value);
     return value;
 }
 
@@ -59,17 +58,11 @@ TEST(ValueThreadTests, SetTargets_PostTheirNoticeToTheCallingThread) {
     const LoadedLibrary library;
     CDevApiInterface& device = library.Device(1);
     ASSERT_EQ(device.Init(nullptr, nullptr), 0);
-    CDevApiInterface_Temperature* temperature = nullptr;
-    CDevApiInterface_GasConcentration* gas = nullptr;
-    CDevApiInterface_Humidifier* humidifier = nullptr;
-    device.GetTemperature(0, &temperature);
-    device.GetGasConcentration(0, &gas);
-    device.GetHumidifier(0, &humidifier);
     TakeNotices();
-    EXPECT_EQ(temperature->SetTargetTemperature(38.0), 0);
+    EXPECT_EQ(TemperatureOf(device, 0).SetTargetTemperature(38.0), 0);
     EXPECT_TRUE(TakeNotices().empty());
-    EXPECT_EQ(gas->SetTargetGasConcentration(5.0), 0);
-    EXPECT_EQ(humidifier->SetTargetHumidity(60.0), 0);
+    EXPECT_EQ(GasConcentrationOf(device, 0).SetTargetGasConcentration(5.0), 0);
+    EXPECT_EQ(HumidifierOf(device, 0).SetTargetHumidity(60.0), 0);
     EXPECT_EQ(TakeNotices(), (std::vector<WPARAM>{66539, 66539}));
     device.Close();
 }

@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "Channels.h"
 #include "RegistryNames.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "fakes/Dialogs.h"
@@ -134,21 +135,19 @@ void UseHumidifier(CDevApiInterface_Humidifier& channel) {
 }
 
 template <class Channel>
-void UseAll(CDevApiInterface_Impl& device, std::uint32_t count,
-            std::int32_t (CDevApiInterface_Impl::*get)(std::uint32_t, Channel**), void (*use)(Channel&)) {
+void UseAll(CDevApiInterface_Impl& device, std::uint32_t count, Channel& (*get)(CDevApiInterface&, std::uint32_t),
+            void (*use)(Channel&)) {
     for (std::uint32_t index = 0; index < count; ++index) {
-        Channel* channel = nullptr;
-        (device.*get)(index, &channel);
-        use(*channel);
+        use(get(device, index));
         CountCall();
     }
 }
 
 void UseChannels(CDevApiInterface_Impl& device) {
     using Device = CDevApiInterface_Impl;
-    UseAll(device, Device::kTemperatures, &Device::GetTemperature, UseTemperature);
-    UseAll(device, Device::kGasConcentrations, &Device::GetGasConcentration, UseGasConcentration);
-    UseAll(device, Device::kHumidifiers, &Device::GetHumidifier, UseHumidifier);
+    UseAll(device, Device::kTemperatures, TemperatureOf, UseTemperature);
+    UseAll(device, Device::kGasConcentrations, GasConcentrationOf, UseGasConcentration);
+    UseAll(device, Device::kHumidifiers, HumidifierOf, UseHumidifier);
     device.GetTemperatureCount();
     device.GetGasConcentrationCount();
     device.GetHumidifierCount();

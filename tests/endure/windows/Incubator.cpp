@@ -4,6 +4,7 @@
 #include <fstream>
 #include <map>
 
+#include "Channels.h"
 #include "Report.h"
 #include "Scenario.h"
 #include "windows/ScratchFolder.h"
@@ -80,8 +81,7 @@ Incubator::~Incubator() {
 
 void Incubator::AddChannels() {
     for (std::uint32_t i = 0; i < static_cast<std::uint32_t>(Device().GetTemperatureCount()); ++i) {
-        CDevApiInterface_Temperature* channel = nullptr;
-        Device().GetTemperature(i, &channel);
+        CDevApiInterface_Temperature* const channel = &TemperatureOf(Device(), i);
         m_channels.push_back({NameOf(*channel),
                               [channel](double* value) { return channel->GetCurrentTemperature(value); },
                               [channel](double* value) { return channel->GetTargetTemperature(value); },
@@ -98,8 +98,7 @@ void Incubator::AddChannels() {
                               0.0});
     }
     for (std::uint32_t i = 0; i < static_cast<std::uint32_t>(Device().GetGasConcentrationCount()); ++i) {
-        CDevApiInterface_GasConcentration* channel = nullptr;
-        Device().GetGasConcentration(i, &channel);
+        CDevApiInterface_GasConcentration* const channel = &GasConcentrationOf(Device(), i);
         m_channels.push_back({NameOf(*channel),
                               [channel](double* value) { return channel->GetCurrentGasConcentration(value); },
                               [channel](double* value) { return channel->GetTargetGasConcentration(value); },
@@ -116,8 +115,7 @@ void Incubator::AddChannels() {
                               0.0});
     }
     for (std::uint32_t i = 0; i < static_cast<std::uint32_t>(Device().GetHumidifierCount()); ++i) {
-        CDevApiInterface_Humidifier* channel = nullptr;
-        Device().GetHumidifier(i, &channel);
+        CDevApiInterface_Humidifier* const channel = &HumidifierOf(Device(), i);
         m_channels.push_back({NameOf(*channel),
                               [channel](double* value) { return channel->GetCurrentHumidity(value); },
                               [channel](double* value) { return channel->GetTargetHumidity(value); },
