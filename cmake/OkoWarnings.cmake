@@ -7,11 +7,15 @@ else()
     target_compile_options(oko_settings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
 endif()
 if(WIN32)
-    target_compile_definitions(oko_settings INTERFACE UNICODE _UNICODE _WIN32_WINNT=0x0601)
+    target_compile_definitions(oko_settings INTERFACE NOMINMAX UNICODE _UNICODE _WIN32_WINNT=0x0601)
 endif()
 if(MINGW)
     # The compiler's own libraries go into each file, so that it runs where no compiler is.
     add_link_options(-static)
+    # The same sources give the same bytes, whenever and in whatever folder they are built.
+    add_link_options(-Wl,--no-insert-timestamp)
+    add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.>
+        $<$<COMPILE_LANGUAGE:CXX>:-ffile-prefix-map=${CMAKE_BINARY_DIR}=./build>)
 endif()
 if(OKO_SANITIZE)
     add_compile_options(-fsanitize=${OKO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)

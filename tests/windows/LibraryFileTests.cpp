@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 
 #include "LoadedLibrary.h"
 
@@ -16,11 +18,13 @@ class LibraryImage {
     LibraryImage(const LibraryImage&) = delete;
     LibraryImage& operator=(const LibraryImage&) = delete;
 
+    const IMAGE_NT_HEADERS& Headers() const {
+        return *At<IMAGE_NT_HEADERS>(static_cast<DWORD>(At<IMAGE_DOS_HEADER>(0)->e_lfanew));
+    }
+
     template <class Table>
     const Table* Directory(int index) const {
-        const auto* const dos = At<IMAGE_DOS_HEADER>(0);
-        const auto* const headers = At<IMAGE_NT_HEADERS>(static_cast<DWORD>(dos->e_lfanew));
-        return At<Table>(headers->OptionalHeader.DataDirectory[index].VirtualAddress);
+        return At<Table>(Headers().OptionalHeader.DataDirectory[index].VirtualAddress);
     }
 
     template <class Table>
@@ -57,6 +61,39 @@ TEST(LibraryFileTests, Imports_AreSystemLibrariesOnly) {
     }
     EXPECT_GE(count, 4);
 }
+
+/// The library's bytes as they lie in the file.
+std::string LibraryBytes() {
+    std::ifstream file{std::filesystem::path(LibraryFile()), std::ios::binary};
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+TEST(LibraryFileTests, Addresses_AreRandomAndDataIsNotRun) {
+    const LibraryImage image;
+    const WORD characteristics = image.Headers().OptionalHeader.DllCharacteristics;
+    EXPECT_TRUE(characteristics & IMAGE_DLLCHARACTERISTICS_DYNAMIC_BASE);
+    EXPECT_TRUE(characteristics & IMAGE_DLLCHARACTERISTICS_HIGH_ENTROPY_VA);
+    EXPECT_TRUE(characteristics & IMAGE_DLLCHARACTERISTICS_NX_COMPAT);
+    // Without relocations the loader could put it at its preferred address only.
+    EXPECT_GT(image.Headers().OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_BASERELOC].Size, 0U);
+    EXPECT_FALSE(image.Headers().FileHeader.Characteristics & IMAGE_FILE_RELOCS_STRIPPED);
+}
+
+#ifdef __GNUC__  // what these three look for is this compiler's way
+TEST(LibraryFileTests, SmashedStack_IsNoticed) {
+    // What the compiler's run-time says then; linked in only when a function calls it.
+    EXPECT_NE(LibraryBytes().find("stack smashing detected"), std::string::npos);
+}
+
+TEST(LibraryFileTests, IndexOutOfRange_IsNoticed) {
+    EXPECT_NE(LibraryBytes().find("__n < this->size()"), std::string::npos);
+}
+
+TEST(LibraryFileTests, FileHeader_TellsNoTimeOfDay) {
+    const LibraryImage image;
+    EXPECT_EQ(image.Headers().FileHeader.TimeDateStamp, 0U);
+}
+#endif
 
 TEST(LibraryFileTests, Size_IsAtMost600Kilobytes) {
     EXPECT_LE(std::filesystem::file_size(LibraryFile()), 600U * 1024U);
