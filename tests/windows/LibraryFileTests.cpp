@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 
 #include "LoadedLibrary.h"
 
@@ -80,9 +81,32 @@ TEST(LibraryFileTests, Addresses_AreRandomAndDataIsNotRun) {
 }
 
 #ifdef __GNUC__  // what these three look for is this compiler's way
-TEST(LibraryFileTests, SmashedStack_IsNoticed) {
-    // What the compiler's run-time says then; linked in only when a function calls it.
-    EXPECT_NE(LibraryBytes().find("stack smashing detected"), std::string::npos);
+/// Where the guard of the stacks lies in the library, found by the value that the file gives it.
+DWORD StackGuardAddress() {
+    constexpr std::uint64_t kInFile = 0x2B99'2DDF'A232;
+    const LibraryImage image;
+    const auto* section = IMAGE_FIRST_SECTION(&image.Headers());
+    while (std::memcmp(section->Name, ".data", sizeof ".data") != 0) {
+        ++section;
+    }
+    const std::string_view data(image.At<char>(section->VirtualAddress), section->Misc.VirtualSize);
+    std::array<char, sizeof kInFile> bytes{};
+    std::memcpy(bytes.data(), &kInFile, bytes.size());
+    const std::size_t offset = data.find(std::string_view(bytes.data(), bytes.size()));
+    EXPECT_NE(offset, std::string_view::npos);
+    return section->VirtualAddress + static_cast<DWORD>(offset);
+}
+
+TEST(LibraryFileTests, StackGuard_IsAnotherOneAtEachLoad) {
+    const DWORD address = StackGuardAddress();
+    std::set<std::uint64_t> guards;
+    constexpr int kLoads = 5;
+    for (int i = 0; i < kLoads; ++i) {
+        const HMODULE library = LoadLibraryW(LibraryFile().c_str());
+        guards.insert(*reinterpret_cast<const std::uint64_t*>(reinterpret_cast<const char*>(library) + address));
+        FreeLibrary(library);
+    }
+    EXPECT_EQ(guards.size(), std::size_t{kLoads});
 }
 
 TEST(LibraryFileTests, IndexOutOfRange_IsNoticed) {
