@@ -1,0 +1,27 @@
+# Runs the host and keeps how it ended in `result`, and what it wrote in `output` and `errors`.
+function(run_host program)
+    execute_process(COMMAND ${RUNNER} ${program} RESULT_VARIABLE ended OUTPUT_VARIABLE said ERROR_VARIABLE complained)
+    string(REPLACE "\r" "" said "${said}")
+    string(REPLACE "\r" "" complained "${complained}")
+    message("${said}${complained}")
+    set(result "${ended}" PARENT_SCOPE)
+    set(output "${said}" PARENT_SCOPE)
+    set(errors "${complained}" PARENT_SCOPE)
+endfunction()
+
+# Lines in this order; other lines may stand between them.
+function(expect_lines text)
+    set(rest "\n${text}")
+    foreach(line ${ARGN})
+        if(NOT rest MATCHES "\n${line}\n(.*)$")
+            message(FATAL_ERROR "there is no line ${line}, or it comes too early")
+        endif()
+        set(rest "\n${CMAKE_MATCH_1}")
+    endforeach()
+endfunction()
+
+function(expect_equal value expected)
+    if(NOT value STREQUAL expected)
+        message(FATAL_ERROR "it is \"${value}\" and not \"${expected}\"")
+    endif()
+endfunction()
