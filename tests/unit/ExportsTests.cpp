@@ -46,6 +46,20 @@ TEST_F(ExportsTests, QueryPhysDevice_LargeBuffer_IsFilledUpWithZeros) {
     EXPECT_EQ(type[31], '#');
 }
 
+TEST_F(ExportsTests, QueryPhysDevice_EveryText_FitsTheLengthThatHostsAreTold) {
+    for (const std::uint32_t index : {oko::kRealDevice, oko::kSimulatorDevice}) {
+        SCOPED_TRACE(index);
+        std::array<char, oko::kDeviceTextLength> type;
+        std::array<wchar_t, oko::kDeviceTextLength> name;
+        type.fill('#');
+        name.fill(L'#');
+        LibQueryPhysDevice(index, nullptr, type.data(), oko::kDeviceTextLength, nullptr, 0, name.data(),
+                           oko::kDeviceTextLength, nullptr, 0);
+        EXPECT_EQ(type.back(), '\0');
+        EXPECT_EQ(name.back(), L'\0');
+    }
+}
+
 TEST_F(ExportsTests, QueryPhysDevice_NullAndEmptyBuffers_AreLeftOut) {
     std::array<char, 2> buffer{'#', '#'};
     EXPECT_EQ(LibQueryPhysDevice(0, nullptr, nullptr, 9, nullptr, 9, nullptr, 9, nullptr, 9), 0);

@@ -57,6 +57,17 @@ TEST_F(SimulationTests, Temperature_ControlledZone_MovesByItsDistance) {
     }
 }
 
+TEST_F(SimulationTests, Temperature_RateOfTheHost_IsDegreesPerMinuteFarFromTheTargetAndLessNearIt) {
+    for (const auto& [distance, share] : {std::pair{3.0, 1.0}, std::pair{1.5, 0.3}, std::pair{0.4, 0.12}}) {
+        SCOPED_TRACE(distance);
+        auto& channel = Zone(9, 0, 37.0 - distance);
+        channel.SetTolerance(5.0, 5.0);  // outside the band the rate is the simulator's own
+        EXPECT_EQ(channel.SetTemperatureRate(6.0), 0);
+        Step(channel, 1.0);
+        EXPECT_NEAR(channel.m_dCurrent, 37.0 - distance + 6.0 * share / 60, 1e-9);
+    }
+}
+
 TEST_F(SimulationTests, Temperature_EdgesOfTheDamping_BelongToTheSlowerSide) {
     for (const auto& [current, moved] : {std::pair{36.5, 10.0 * 2 / 500}, std::pair{37.5, -10.0 * 2 / 500},
                                          std::pair{35.0, 10.0 * 2 / 200}, std::pair{39.0, -10.0 * 2 / 200}}) {
