@@ -83,9 +83,10 @@ class CDevApiInterface {
     /// Slot 6. Runs the modal connection dialog over `parent` (may be null); on the simulator it returns 0 at once.
     /// `text`: buffer of oko::kConnectionTextLength wide characters with the connection settings text (oko/Settings.h),
     /// ending in a zero, which is written anew on success. `length`: the text's length; 0 when there is none yet, and
-    /// the buffer is not read. 0: a port was chosen, or Find and Connect went its way; that leaves the link closed: go
-    /// on with ApplyConnection. -1: closed through the close box, `text` is null, or an Init or a search is under way;
-    /// nothing is written. [blocks until it is closed, and while the server searches]
+    /// the buffer is not read. 0: a port was chosen; or Find and Connect went its way, which leaves the link closed:
+    /// go on with ApplyConnection; or there was no dialog to show, and nothing is written. -1: closed through the close
+    /// box, `text` is null, or an Init or a search is under way; nothing is written. [blocks until it is closed, and
+    /// while the server searches]
     virtual std::int32_t ShowConnection(wchar_t* text, std::int32_t length, oko::WindowHandle parent) = 0;
 
     /// Slot 7. Takes the connection settings text (oko/Settings.h; empty or null keeps the port) and opens the link, or
