@@ -2,6 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "Answer.h"
+
 namespace {
 
 class FaultsTests : public testing::Test {

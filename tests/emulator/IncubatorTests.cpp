@@ -2,7 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Answer.h"
+#include "Command.h"
+#include "Scenario.h"
 
 namespace {
 

@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Command.h"
 #include "Faults.h"
 #include "Incubator.h"
 

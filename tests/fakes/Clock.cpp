@@ -1,6 +1,12 @@
 #include "platform/Clock.h"
 
 #include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <thread>
+#include <vector>
 
 #include "fakes/ScriptedPlatform.h"
 

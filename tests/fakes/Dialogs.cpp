@@ -2,11 +2,15 @@
 
 #include <cstdint>
 #include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "core/CDevApiInterface_Impl.h"
 #include "platform/WaitCursor.h"
 #include "ui/ConfigurationDialog.h"
 #include "ui/ConnectionDialog.h"
+#include "ui/DialogEnd.h"
 #include "ui/ProgressWindow.h"
 #include "ui/ValuePanel.h"
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/Window.h"
+#include "oko/WindowHandle.h"
 #include "ui/DialogEnd.h"
 
 class CDevApiInterface_Impl;

@@ -1,3 +1,11 @@
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "fakes/ScriptedPlatform.h"
 #include "platform/FileSearch.h"
 

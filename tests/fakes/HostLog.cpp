@@ -1,10 +1,13 @@
 #include "fakes/HostLog.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <iterator>
 #include <mutex>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "oko/HostCallback.h"
 

@@ -1,6 +1,9 @@
 #include "platform/Random.h"
 
 #include <array>
+#include <cstddef>
+#include <mutex>
+#include <vector>
 
 #include "fakes/ScriptedPlatform.h"
 

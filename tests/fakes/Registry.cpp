@@ -1,6 +1,16 @@
 #include "platform/Registry.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "fakes/ScriptedPlatform.h"
 

@@ -1,5 +1,6 @@
 #include "fakes/ScriptedPlatform.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 

@@ -14,13 +14,12 @@
 #include <string>
 #include <string_view>
 #include <thread>
-#include <utility>
 #include <vector>
 
+#include "oko/WindowHandle.h"
 #include "platform/Registry.h"
 #include "platform/Sync.h"
 #include "platform/UdpSocket.h"
-#include "platform/Window.h"
 
 // The stand-ins for src/platform/ in the native build: a scripted server, a registry in a map, a clock that advances
 // when someone sleeps, numbers in place of chance, and records of what was shown, posted and started. Each part has a

@@ -1,5 +1,8 @@
 #include "platform/Shell.h"
 
+#include <mutex>
+#include <vector>
+
 #include "fakes/ScriptedPlatform.h"
 
 std::vector<RecordedShell::Launch> RecordedShell::Launches() const {

@@ -2,7 +2,11 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
+#include <memory>
 #include <mutex>
+#include <thread>
+#include <vector>
 
 #include "fakes/ScriptedPlatform.h"
 

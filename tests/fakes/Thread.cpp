@@ -1,6 +1,10 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <utility>
 
 #include "fakes/ScriptedPlatform.h"
 #include "platform/Sync.h"

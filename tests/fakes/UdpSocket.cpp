@@ -1,6 +1,16 @@
 #include "platform/UdpSocket.h"
 
 #include <algorithm>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "fakes/ScriptedPlatform.h"
 

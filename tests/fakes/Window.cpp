@@ -1,6 +1,14 @@
 #include "platform/Window.h"
 
+#include <cstddef>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
 #include "fakes/ScriptedPlatform.h"
+#include "oko/WindowHandle.h"
 
 namespace {
 

@@ -4,6 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
+#include "Channels.h"
+#include "TargetSetting.h"
+
 namespace {
 
 Channel MakeChannel(ChannelKind kind, const char* name, double& target) {

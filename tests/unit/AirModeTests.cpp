@@ -1,5 +1,16 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
 #include "Fixture.h"
 #include "ProductSets.h"
+#include "channels/CDevApiInterface_GasConcentration_Impl.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "fakes/HostLog.h"
+#include "fakes/ScriptedPlatform.h"
 
 namespace {
 

@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstddef>
+#include <cwchar>
 #include <limits>
+#include <string>
 #include <vector>
 
 namespace {

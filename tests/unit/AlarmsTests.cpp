@@ -1,6 +1,16 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "Fixture.h"
 #include "Journal.h"
 #include "ProductSets.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "fakes/HostLog.h"
+#include "fakes/ScriptedPlatform.h"
+#include "oko/WindowHandle.h"
 
 namespace {
 

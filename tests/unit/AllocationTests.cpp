@@ -2,8 +2,17 @@
 // wear its heap. The simulator's road is the library's own from end to end; the real device's differs only in the
 // socket.
 
+#include <gtest/gtest.h>
+
+#include <vector>
+
 #include "CountingAllocator.h"
 #include "Fixture.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "fakes/HostLog.h"
+#include "oko/CDevApiInterface_GasConcentration.h"
+#include "oko/CDevApiInterface_Humidifier.h"
+#include "oko/CDevApiInterface_Temperature.h"
 
 namespace {
 

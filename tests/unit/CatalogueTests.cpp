@@ -2,13 +2,28 @@
 
 #include "catalogue/Catalogue.h"
 
+#include <gtest/gtest.h>
+
+#include <array>
 #include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <future>
+#include <memory>
+#include <string_view>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "Fixture.h"
 #include "ProductSets.h"
 #include "RegistryNames.h"
+#include "fakes/HostLog.h"
+#include "fakes/ScriptedPlatform.h"
+#include "oko/Settings.h"
+#include "ui/DialogEnd.h"
 #include "ui/StatusReport.h"
 
 namespace {

@@ -1,11 +1,25 @@
 // Which channels each product gives, and the commands that find that out.
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <ostream>
+#include <string>
+#include <vector>
 
 #include "Fixture.h"
 #include "ProductSets.h"
 #include "RegistryNames.h"
+#include "channels/SharedValues.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "fakes/HostLog.h"
+#include "fakes/ScriptedPlatform.h"
+#include "oko/CDevApiInterface.h"
+#include "oko/CDevApiInterface_Temperature.h"
+#include "oko/Result.h"
 
 namespace {
 

@@ -1,11 +1,21 @@
 // What all reads and writes of all channels share, held against each of them.
 
+#include <gtest/gtest.h>
+
 #include <cmath>
+#include <cstdint>
 #include <functional>
 #include <limits>
+#include <string>
+#include <vector>
 
 #include "Fixture.h"
 #include "ResultTexts.h"
+#include "channels/SharedValues.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "fakes/HostLog.h"
+#include "fakes/ScriptedPlatform.h"
+#include "gtest/gtest.h"
 
 namespace {
 

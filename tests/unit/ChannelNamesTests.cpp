@@ -1,8 +1,15 @@
-#include "channels/ChannelNames.h"
+#include <gtest/gtest.h>
 
-#include <set>
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cwchar>
+#include <string>
+#include <vector>
 
 #include "Fixture.h"
+#include "oko/INotify.h"
 
 namespace {
 

@@ -4,8 +4,10 @@
 
 #include <cmath>
 #include <limits>
-#include <string>
+#include <string_view>
 #include <vector>
+
+#include "core/CommandText.h"
 
 namespace {
 

@@ -1,11 +1,24 @@
 // Slot 4 and the configuration dialog's fields, without a window.
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
 #include <map>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "Fixture.h"
 #include "Journal.h"
 #include "ProductSets.h"
+#include "channels/SharedValues.h"
+#include "fakes/HostLog.h"
+#include "gtest/gtest.h"
+#include "oko/Settings.h"
+#include "oko/WindowHandle.h"
 #include "ui/ConfigurationFields.h"
+#include "ui/DialogEnd.h"
 #include "ui/resources/ResourceIds.h"
 
 namespace {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cwchar>
 #include <limits>
 #include <vector>
 

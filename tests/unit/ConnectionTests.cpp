@@ -1,8 +1,28 @@
 // Slots 3 and 6 and the search for the incubator, without a window.
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cwchar>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
 #include "Fixture.h"
 #include "Journal.h"
 #include "ResultTexts.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "fakes/HostLog.h"
+#include "fakes/ScriptedPlatform.h"
+#include "gtest/gtest.h"
+#include "oko/Settings.h"
+#include "oko/WindowHandle.h"
+#include "ui/DialogEnd.h"
 
 namespace {
 

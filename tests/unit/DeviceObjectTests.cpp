@@ -1,6 +1,20 @@
-#include <typeinfo>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
 
 #include "Fixture.h"
+#include "channels/SharedValues.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "gtest/gtest.h"
+#include "link/Products.h"
+#include "oko/CDevApiInterface_GasConcentration.h"
+#include "oko/CDevApiInterface_Humidifier.h"
+#include "oko/CDevApiInterface_Temperature.h"
+#include "oko/LibQuery.h"
 
 namespace {
 

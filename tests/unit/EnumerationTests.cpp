@@ -1,6 +1,16 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include "Fixture.h"
 #include "ProductSets.h"
+#include "catalogue/ProductRecord.h"
 #include "channels/ParameterRead.h"
+#include "fakes/HostLog.h"
+#include "fakes/ScriptedPlatform.h"
+#include "gtest/gtest.h"
 
 namespace {
 

@@ -1,8 +1,16 @@
 #include "core/Exports.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
 
 #include "Fixture.h"
+#include "oko/CDevApiInterface.h"
+#include "oko/LibQuery.h"
 #include "platform/Module.h"
 
 namespace {

@@ -1,5 +1,14 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include "Fixture.h"
 #include "RegistryNames.h"
+#include "channels/CDevApiInterface_GasConcentration_Impl.h"
+#include "fakes/HostLog.h"
+#include "fakes/ScriptedPlatform.h"
 
 namespace {
 

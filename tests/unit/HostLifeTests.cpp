@@ -1,12 +1,27 @@
 // What a host may count on from one call to the next; docs/host-integration.md tells of it.
 
+#include <gtest/gtest.h>
+
+#include <array>
 #include <cmath>
+#include <cstdint>
 #include <mutex>
 #include <set>
 #include <thread>
+#include <vector>
 
 #include "Fixture.h"
 #include "ProductSets.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "fakes/HostLog.h"
+#include "fakes/ScriptedPlatform.h"
+#include "oko/CDevApiInterface.h"
+#include "oko/CDevApiInterface_GasConcentration.h"
+#include "oko/CDevApiInterface_Temperature.h"
+#include "oko/LibQuery.h"
+#include "oko/Result.h"
+#include "oko/Settings.h"
+#include "ui/DialogEnd.h"
 
 namespace {
 

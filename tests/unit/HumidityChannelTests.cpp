@@ -1,4 +1,11 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include "Fixture.h"
+#include "channels/CDevApiInterface_Humidifier_Impl.h"
 
 namespace {
 

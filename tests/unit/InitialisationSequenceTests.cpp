@@ -1,10 +1,20 @@
 // Everything that Init and Close send, command by command, for whole product sets.
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <map>
+#include <string>
+#include <vector>
 
 #include "Fixture.h"
 #include "ProductSets.h"
 #include "RegistryNames.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "fakes/HostLog.h"
+#include "fakes/ScriptedPlatform.h"
+#include "gtest/gtest.h"
+#include "oko/Result.h"
 
 namespace {
 

@@ -1,8 +1,19 @@
 // Init's steps in order, and what goes wrong on the way. Which channels come of it: ChannelAssignmentTests.
 
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include "Fixture.h"
 #include "RegistryNames.h"
 #include "ResultTexts.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "fakes/HostLog.h"
+#include "fakes/ScriptedPlatform.h"
+#include "oko/Result.h"
+#include "platform/Registry.h"
 
 namespace {
 

@@ -1,11 +1,14 @@
 // A host may choose any locale for its process. Nothing on the wire and no value may change with it.
 
+#include <gtest/gtest.h>
+
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <locale>
 
 #include "Fixture.h"
+#include "core/CDevApiInterface_Impl.h"
 
 namespace {
 

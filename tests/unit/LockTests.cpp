@@ -1,16 +1,27 @@
 // Which operations wait for the data lock while another thread holds it, and which do not.
 
+#include <gtest/gtest.h>
+
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <functional>
 #include <future>
 #include <mutex>
+#include <string>
+#include <string_view>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "Fixture.h"
 #include "ProductSets.h"
 #include "channels/Simulation.h"
+#include "fakes/HostLog.h"
+#include "fakes/ScriptedPlatform.h"
+#include "gtest/gtest.h"
 #include "link/Exchange.h"
+#include "oko/HostCallback.h"
 
 namespace {
 

@@ -1,8 +1,17 @@
 #include "channels/ParameterRead.h"
 
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include "Fixture.h"
 #include "ProductSets.h"
 #include "ResultTexts.h"
+#include "fakes/HostLog.h"
+#include "fakes/ScriptedPlatform.h"
+#include "gtest/gtest.h"
 
 namespace {
 

@@ -1,5 +1,11 @@
 #include "ui/PortList.h"
 
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include "Fixture.h"
 
 namespace {

@@ -1,13 +1,26 @@
 // Holds the table of commands in docs/protocol.md against the formats and against what a device really sends.
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <fstream>
 #include <iterator>
 #include <regex>
 #include <set>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "Fixture.h"
 #include "ProductSets.h"
+#include "fakes/HostLog.h"
+#include "oko/LibQuery.h"
+#include "oko/Result.h"
+#include "oko/Settings.h"
 #include "ui/ConfigurationFields.h"
+#include "ui/DialogEnd.h"
 
 namespace {
 

@@ -1,8 +1,19 @@
 // The registry's ReplyTimeout: a way out of the wait for a silent server, off unless asked for.
 
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
 #include "Fixture.h"
 #include "RegistryNames.h"
+#include "core/CommandText.h"
+#include "fakes/HostLog.h"
+#include "fakes/ScriptedPlatform.h"
+#include "gtest/gtest.h"
 #include "link/Exchange.h"
+#include "platform/Registry.h"
 
 namespace {
 

@@ -1,7 +1,13 @@
 #include "link/ResultCode.h"
 
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
 #include "Fixture.h"
 #include "ResultTexts.h"
+#include "fakes/HostLog.h"
 
 namespace {
 

@@ -1,6 +1,14 @@
 #include "link/ServerDiscovery.h"
 
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cwchar>
+#include <string>
+#include <vector>
+
 #include "Fixture.h"
+#include "fakes/ScriptedPlatform.h"
 #include "platform/FileSearch.h"
 
 namespace {

@@ -1,8 +1,15 @@
 #include "channels/Simulation.h"
 
+#include <gtest/gtest.h>
+
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
 
 #include "Fixture.h"
+#include "gtest/gtest.h"
 
 namespace {
 

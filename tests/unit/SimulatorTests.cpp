@@ -1,6 +1,16 @@
 #include "link/Simulator.h"
 
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
 #include "Fixture.h"
+#include "fakes/HostLog.h"
 #include "link/Exchange.h"
 #include "link/SimulatorTables.h"
 

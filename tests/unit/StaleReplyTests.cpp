@@ -1,8 +1,19 @@
 // Replies that come twice or late: they must never be taken for the answer to another command.
 
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
 #include "Fixture.h"
-#include "ProductSets.h"
+#include "core/CommandText.h"
 #include "core/RecentCommands.h"
+#include "fakes/HostLog.h"
+#include "fakes/ScriptedPlatform.h"
 #include "link/Exchange.h"
 #include "link/Reply.h"
 

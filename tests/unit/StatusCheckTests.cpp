@@ -1,5 +1,6 @@
 #include "catalogue/StatusCheck.h"
 
+#include "catalogue/ProductRecord.h"
 #include "Fixture.h"
 
 namespace {

@@ -1,10 +1,16 @@
 #include "ui/StatusReport.h"
 
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstddef>
 #include <numeric>
+#include <string>
+#include <vector>
 
 #include "Fixture.h"
 #include "ProductSets.h"
-#include "ui/StatusRows.h"
+#include "catalogue/ProductRecord.h"
 
 namespace {
 

@@ -1,4 +1,13 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include "Fixture.h"
+#include "channels/CDevApiInterface_Temperature_Impl.h"
+#include "fakes/ScriptedPlatform.h"
+#include "gtest/gtest.h"
 
 namespace {
 

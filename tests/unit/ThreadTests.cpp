@@ -1,12 +1,29 @@
 // Several threads of a host on one device. The thread sanitizer's build is what these tests are for.
 
+#include <gtest/gtest.h>
+
+#include <array>
 #include <atomic>
+#include <cstdint>
+#include <mutex>
 #include <set>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "Channels.h"
 #include "Fixture.h"
 #include "ProductSets.h"
+#include "channels/SharedValues.h"
+#include "fakes/HostLog.h"
+#include "fakes/ScriptedPlatform.h"
+#include "link/Products.h"
+#include "oko/CDevApiInterface_GasConcentration.h"
+#include "oko/CDevApiInterface_Humidifier.h"
+#include "oko/CDevApiInterface_Temperature.h"
+#include "oko/INotify.h"
+#include "oko/Settings.h"
+#include "ui/DialogEnd.h"
 #include "ui/StatusReport.h"
 
 namespace {

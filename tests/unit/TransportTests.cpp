@@ -1,9 +1,22 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
 #include <thread>
+#include <vector>
 
 #include "Fixture.h"
+#include "core/CommandText.h"
+#include "fakes/HostLog.h"
+#include "fakes/ScriptedPlatform.h"
 #include "link/Exchange.h"
+#include "oko/LibQuery.h"
 
 namespace {
 

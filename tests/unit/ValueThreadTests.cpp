@@ -1,7 +1,18 @@
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
 #include <thread>
+#include <vector>
 
 #include "Fixture.h"
 #include "channels/Simulation.h"
+#include "fakes/HostLog.h"
+#include "oko/CDevApiInterface_GasConcentration.h"
+#include "oko/CDevApiInterface_Humidifier.h"
+#include "oko/CDevApiInterface_Temperature.h"
+#include "oko/Result.h"
 
 namespace {
 

@@ -1,6 +1,12 @@
 #include "Command.h"
 
 #include <charconv>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <vector>
 
 namespace {
 

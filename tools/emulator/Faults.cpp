@@ -3,6 +3,16 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstddef>
+#include <functional>
+#include <random>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "Answer.h"
 
 namespace {
 

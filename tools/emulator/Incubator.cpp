@@ -4,7 +4,18 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
+#include <map>
 #include <numbers>
+#include <optional>
+#include <random>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "Answer.h"
+#include "Command.h"
+#include "Scenario.h"
 
 namespace {
 

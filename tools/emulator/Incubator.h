@@ -1,7 +1,10 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <random>
+#include <string>
+#include <utility>
 
 #include "Answer.h"
 #include "Command.h"

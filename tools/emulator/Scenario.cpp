@@ -1,10 +1,17 @@
 #include "Scenario.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <fstream>
 #include <functional>
+#include <ios>
 #include <iterator>
 #include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace {
 

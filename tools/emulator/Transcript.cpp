@@ -2,6 +2,11 @@
 
 #include <array>
 #include <charconv>
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace {
 

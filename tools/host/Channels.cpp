@@ -1,9 +1,20 @@
 #include "Channels.h"
 
 #include <array>
+#include <cstdint>
+#include <functional>
 #include <limits>
+#include <string>
+#include <vector>
 
 #include "Text.h"
+#include "oko/BandState.h"
+#include "oko/CDevApiInterface.h"
+#include "oko/CDevApiInterface_GasConcentration.h"
+#include "oko/CDevApiInterface_Humidifier.h"
+#include "oko/CDevApiInterface_Temperature.h"
+#include "oko/INotify.h"
+#include "oko/Result.h"
 
 namespace {
 

@@ -1,9 +1,13 @@
 #include "ListCommand.h"
 
 #include <array>
+#include <cstdint>
+#include <filesystem>
 #include <iostream>
 
 #include "Library.h"
+#include "oko/LibQuery.h"
+#include "oko/Result.h"
 
 int RunList(const std::filesystem::path& libraryFile) {
     const Library library(libraryFile);

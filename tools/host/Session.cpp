@@ -1,9 +1,18 @@
 #include "Session.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <iostream>
+#include <string>
 #include <utility>
+#include <vector>
 
+#include "SettingsFile.h"
 #include "Text.h"
+#include "oko/CDevApiInterface.h"
+#include "oko/HostCallback.h"
+#include "oko/Result.h"
 
 namespace {
 

@@ -1,6 +1,8 @@
 #include "SettingsFile.h"
 
+#include <filesystem>
 #include <fstream>
+#include <string>
 #include <string_view>
 
 #include "Text.h"

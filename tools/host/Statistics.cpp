@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
+#include <vector>
 
 void Statistics::AddTable(const std::vector<double>& values) {
     ++m_nTables;

@@ -3,6 +3,10 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
+#include <optional>
+#include <string_view>
+#include <system_error>
 
 namespace {
 

@@ -1,6 +1,11 @@
 #include "Targets.h"
 
 #include <algorithm>
+#include <string>
+#include <vector>
+
+#include "Channels.h"
+#include "TargetSetting.h"
 
 std::string SetTarget(const std::vector<Channel>& channels, const TargetSetting& setting) {
     const auto matches = [&](const Channel& channel) {

@@ -1,5 +1,9 @@
 #include "Text.h"
 
+#include <cstddef>
+#include <string>
+#include <string_view>
+
 namespace {
 
 bool IsHighSurrogate(char32_t code) { return code >= 0xD800 && code < 0xDC00; }

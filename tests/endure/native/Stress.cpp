@@ -5,10 +5,14 @@
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <memory>
+#include <stop_token>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -19,6 +23,7 @@
 #include "fakes/ScriptedPlatform.h"
 #include "oko/LibQuery.h"
 #include "ui/ConfigurationFields.h"
+#include "ui/DialogEnd.h"
 #include "ui/StatusReport.h"
 
 namespace {
