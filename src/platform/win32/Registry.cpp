@@ -1,5 +1,6 @@
 #include "platform/Registry.h"
 
+#include <string>
 #include <utility>
 
 #include "platform/win32/Windows.h"

@@ -7,6 +7,7 @@
 
 #include "base/Numbers.h"
 #include "base/Text.h"
+#include "platform/Window.h"
 #include "ui/resources/ResourceIds.h"
 
 namespace {
