@@ -46,7 +46,7 @@ class ArchiveTests(unittest.TestCase):
             "README.html", "CHANGELOG.html", *(f"docs/{page}.html" for page in pages),
             "bin/OkoLabBoldLine.dll", "bin/oko-host.exe", "bin/oko-control-emulator.exe",
             *(f"bin/scenarios/{scenario}" for scenario in scenarios),
-            "debug/OkoLabBoldLine.dll.debug",
+            "debug/OkoLabBoldLine.dll.debug", "examples/minimal_host/CMakeLists.txt",
             *(f"include/oko/{header}" for header in headers),
             "lib/libOkoLabBoldLine.dll.a", "lib/OkoLabBoldLine.lib",
             "lib/cmake/OkoLabBoldLine/OkoLabBoldLineConfig.cmake",
