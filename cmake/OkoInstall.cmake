@@ -11,6 +11,7 @@ if(TARGET oko-host)
     install(DIRECTORY ${CMAKE_SOURCE_DIR}/tools/emulator/scenarios DESTINATION bin)
 endif()
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/include/oko DESTINATION include)
+install(DIRECTORY ${CMAKE_SOURCE_DIR}/examples DESTINATION .)
 
 # Microsoft's linker wants an import library of its own kind. This one holds the names of the export list and nothing
 # that depends on a compiler.

@@ -48,6 +48,7 @@ class ArchiveTests(unittest.TestCase):
             *(f"bin/scenarios/{scenario}" for scenario in scenarios),
             "debug/OkoLabBoldLine.dll.debug", "examples/minimal_host/CMakeLists.txt",
             *(f"include/oko/{header}" for header in headers),
+            "examples/minimal_host/MinimalHost.cpp",
             "lib/libOkoLabBoldLine.dll.a", "lib/OkoLabBoldLine.lib",
             "lib/cmake/OkoLabBoldLine/OkoLabBoldLineConfig.cmake",
             "lib/cmake/OkoLabBoldLine/OkoLabBoldLineConfigVersion.cmake",
