@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 #include "platform/win32/Windows.h"
 
 /// A library that lies beside the program, loaded as long as this object lives.

@@ -1,10 +1,17 @@
 // The library's real device against a responder in this process, held against bare exchanges of the same bytes.
 
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
 #include <exception>
+#include <string>
+#include <vector>
 
 #include "Library.h"
 #include "Pairs.h"
 #include "Responder.h"
+#include "Row.h"
 #include "oko/LibQuery.h"
 
 namespace {

@@ -1,9 +1,13 @@
 // What it costs a host to look whether the library has devices for it: load, ask for both names, unload.
 
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
 #include <exception>
 
 #include "Library.h"
 #include "Pairs.h"
+#include "Row.h"
 #include "oko/LibQuery.h"
 
 namespace {

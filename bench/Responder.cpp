@@ -1,8 +1,13 @@
 #include "Responder.h"
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
+#include <mutex>
+#include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "Pairs.h"
 

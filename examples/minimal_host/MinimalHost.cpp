@@ -5,7 +5,9 @@
 #include <windows.h>
 
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
+#include <exception>
 #include <limits>
 #include <stdexcept>
 #include <string>

@@ -1,7 +1,13 @@
 // Every slot of every interface, called through the Microsoft object layout.
 
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstddef>
+
 #include "Caller.h"
 #include "Channels.h"
+#include "oko/CDevApiInterface_Temperature.h"
 #include "windows/LoadedLibrary.h"
 
 namespace {

@@ -1,9 +1,21 @@
 // The configuration dialog: what it shows for which incubator, how it is left, and what comes of it.
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "Channels.h"
 #include "DialogTest.h"
+#include "dialogs/OpenDialog.h"
+#include "gtest/gtest.h"
+#include "oko/Result.h"
 #include "ui/resources/ResourceIds.h"
 
 namespace {

@@ -1,6 +1,16 @@
 // The connection dialog: its list of ports, and how it is left.
 
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <vector>
+
 #include "DialogTest.h"
+#include "dialogs/OpenDialog.h"
+#include "oko/LibQuery.h"
+#include "oko/Result.h"
 #include "ui/resources/ResourceIds.h"
 
 namespace {

@@ -1,10 +1,23 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cwchar>
 #include <map>
-#include <memory>
 #include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "OpenDialog.h"
+#include "oko/LibQuery.h"
+#include "oko/Result.h"
+#include "oko/Settings.h"
 #include "windows/LoopbackServer.h"
 
 /// A host's main window, the dialogs' parent.

@@ -1,13 +1,27 @@
 // "Find and Connect" with its progress windows, and the connection sequence that follows.
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
+#include <cstddef>
+#include <filesystem>
 #include <fstream>
+#include <set>
+#include <string>
+#include <vector>
 
 #include "DialogTest.h"
 #include "ProgressRecorder.h"
+#include "dialogs/OpenDialog.h"
+#include "oko/CDevApiInterface.h"
+#include "oko/Result.h"
 #include "ui/resources/ResourceIds.h"
 #include "unit/ResultTexts.h"
+#include "windows/EmulatorProcess.h"
 #include "windows/InstalledEmulator.h"
+#include "windows/LoadedLibrary.h"
+#include "windows/Processes.h"
+#include "windows/ScratchFolder.h"
 
 namespace {
 

@@ -1,11 +1,21 @@
 // oko-host opens the dialogs as an imaging application would, keeps both settings texts and says what changed.
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <string>
 
 #include "OpenDialog.h"
 #include "ui/resources/ResourceIds.h"
+#include "windows/ChildProcess.h"
 #include "windows/DialogTexts.h"
 #include "windows/EmulatorProcess.h"
+#include "windows/LoadedLibrary.h"
+#include "windows/ScratchFolder.h"
 
 namespace {
 

@@ -1,12 +1,25 @@
 // Every dialog as the system shows it in one language, that of OKO_LANGUAGE: which template comes, and whether its
 // texts fit.
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <cstdlib>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "DialogTest.h"
+#include "dialogs/OpenDialog.h"
+#include "oko/CDevApiInterface.h"
+#include "oko/LibQuery.h"
+#include "oko/Result.h"
 #include "ui/resources/ResourceIds.h"
 #include "windows/DialogTexts.h"
+#include "windows/LoadedLibrary.h"
 #include "windows/TextMargin.h"
 
 namespace {

@@ -1,7 +1,13 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <array>
 #include <atomic>
+#include <cstddef>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <thread>
 
 #include "windows/LoadedLibrary.h"

@@ -1,10 +1,18 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstddef>
 #include <functional>
 #include <set>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
+#include "platform/win32/Windows.h"
 #include "ui/resources/ResourceIds.h"
-#include "windows/LoadedLibrary.h"
 
 /// What a progress window showed after one progress message.
 struct ProgressShown {

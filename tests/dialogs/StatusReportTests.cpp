@@ -1,9 +1,21 @@
 // The status report inside the configuration dialog: its lines, its columns and how the dialog grows for them.
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "DialogTest.h"
+#include "dialogs/OpenDialog.h"
+#include "gtest/gtest.h"
+#include "oko/Result.h"
 #include "ui/resources/ResourceIds.h"
+#include "windows/LoadedLibrary.h"
 
 namespace {
 

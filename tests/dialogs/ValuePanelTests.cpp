@@ -1,6 +1,11 @@
 // The value panel that a host puts into a window of its own.
 
+#include <gtest/gtest.h>
+
 #include "DialogTest.h"
+#include "dialogs/OpenDialog.h"
+#include "oko/LibQuery.h"
+#include "oko/WindowHandle.h"
 #include "ui/resources/ResourceIds.h"
 
 namespace {

@@ -1,12 +1,18 @@
 // Opens every dialog in turn and has its picture taken: prints "picture NAME X Y WIDTH HEIGHT" and waits for a line on
 // the standard input before it goes on.
 
+#include <gtest/gtest.h>
+
 #include <iostream>
+#include <string>
 
 #include "dialogs/DialogTest.h"
+#include "dialogs/OpenDialog.h"
 #include "dialogs/ProgressRecorder.h"
+#include "oko/Result.h"
 #include "ui/resources/ResourceIds.h"
 #include "windows/EmulatorProcess.h"
+#include "windows/LoadedLibrary.h"
 
 namespace {
 

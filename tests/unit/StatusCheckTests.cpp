@@ -1,7 +1,7 @@
 #include "catalogue/StatusCheck.h"
 
-#include "catalogue/ProductRecord.h"
 #include "Fixture.h"
+#include "catalogue/ProductRecord.h"
 
 namespace {
 

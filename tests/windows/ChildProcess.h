@@ -1,11 +1,16 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <string>
+#include <string_view>
 
 #include "ScratchFolder.h"
+#include "windows/LoadedLibrary.h"
 
 /// A program from this one's folder, with its output in a file and an input that stays open while the object lives. It
 /// ends with the object at the latest.

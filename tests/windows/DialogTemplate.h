@@ -1,11 +1,13 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstring>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "LoadedLibrary.h"
+#include "platform/win32/Windows.h"
 
 /// A dialog template as it stands in the library's resources.
 

@@ -2,9 +2,11 @@
 
 #include <optional>
 #include <stdexcept>
+#include <string>
 
 #include "ChildProcess.h"
 #include "ServerPort.h"
+#include "windows/LoadedLibrary.h"
 
 /// Runs the emulator with some options until it ends by itself. Gives its exit code.
 inline DWORD RunEmulator(const std::wstring& options) {

@@ -1,12 +1,26 @@
 // The real device against the emulated server: every scenario, and what a caller sees when the server misbehaves.
 
+#include <gtest/gtest.h>
+
+#include <array>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
 
 #include "Channels.h"
 #include "EmulatorProcess.h"
 #include "LoopbackClient.h"
+#include "oko/BandState.h"
+#include "oko/CDevApiInterface_Temperature.h"
+#include "oko/INotify.h"
+#include "windows/ChildProcess.h"
+#include "windows/LoadedLibrary.h"
+#include "windows/ScratchFolder.h"
 
 namespace {
 

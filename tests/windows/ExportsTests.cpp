@@ -1,6 +1,11 @@
+#include <gtest/gtest.h>
+
+#include <array>
 #include <limits>
 
 #include "LoadedLibrary.h"
+#include "oko/CDevApiInterface.h"
+#include "oko/CDevApiInterface_Temperature.h"
 
 namespace {
 

@@ -1,8 +1,14 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <filesystem>
+#include <string>
+#include <system_error>
 
 #include "EmulatorProcess.h"
+#include "windows/Processes.h"
+#include "windows/ScratchFolder.h"
 
 /// The emulator, entered in the machine's list of installed programs while the object lives.
 class InstalledEmulator {

@@ -1,9 +1,14 @@
 #pragma once
 
+#include <filesystem>
 #include <functional>
+#include <string>
+#include <system_error>
 
 #include "ScratchFolder.h"
 #include "ServerPort.h"
+#include "windows/LoadedLibrary.h"
+#include "windows/Processes.h"
 
 /// What a test program that was killed leaves to the next one.
 

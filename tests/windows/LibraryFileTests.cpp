@@ -1,11 +1,19 @@
 // The library as a file: what it exports and imports, and its size.
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <ios>
 #include <iterator>
 #include <set>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "LoadedLibrary.h"
 

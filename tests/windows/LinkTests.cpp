@@ -1,11 +1,18 @@
 // The link on real sockets: closed ones, whose numbers the system gives to others, and servers that keep silent.
 
+#include <gtest/gtest.h>
+
 #include <atomic>
+#include <memory>
+#include <string_view>
 #include <thread>
+#include <vector>
 
 #include "Channels.h"
 #include "LoopbackServer.h"
 #include "RegistryNames.h"
+#include "oko/CDevApiInterface.h"
+#include "windows/LoadedLibrary.h"
 
 namespace {
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
+#include <string>
 #include <string_view>
 
 #include "ServerPort.h"

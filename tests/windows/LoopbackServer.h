@@ -1,11 +1,14 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <functional>
 #include <mutex>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "ServerPort.h"

@@ -1,8 +1,19 @@
 // The placeholder that stands for a silent port, and how it hands the port over: no command may go unanswered, however
 // busy the machine is.
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
 #include "EmulatorProcess.h"
 #include "LoopbackClient.h"
+#include "windows/ChildProcess.h"
+#include "windows/LoadedLibrary.h"
+#include "windows/ServerPort.h"
 
 namespace {
 

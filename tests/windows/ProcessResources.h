@@ -1,12 +1,16 @@
 #pragma once
 
 // clang-format off
-#include "LoadedLibrary.h"
+#include "platform/win32/Windows.h"
 #include <psapi.h>
 #include <tlhelp32.h>
 // clang-format on
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
 
 /// What this process holds of the system, to be compared with what it held before.
 struct ProcessResources {

@@ -1,9 +1,14 @@
 #pragma once
 
 // clang-format off
-#include "LoadedLibrary.h"
+#include "platform/win32/Windows.h"
 #include <tlhelp32.h>
 // clang-format on
+
+#include <array>
+#include <string>
+#include <string_view>
+#include <vector>
 
 /// A process of this machine.
 struct RunningProcess {

@@ -1,9 +1,16 @@
 // The registry values that the library reads, on the machine's real registry.
 
+#include <gtest/gtest.h>
+
+#include <array>
 #include <cstring>
+#include <string>
+#include <vector>
 
 #include "LoadedLibrary.h"
 #include "RegistryNames.h"
+#include "gtest/gtest.h"
+#include "oko/CDevApiInterface.h"
 
 namespace {
 

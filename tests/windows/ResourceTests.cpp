@@ -1,12 +1,20 @@
 // The dialog templates as they stand in the built library: ids, classes, styles, places, texts, and whether the texts
 // fit.
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <set>
+#include <string>
+#include <vector>
 
 #include "DialogTemplate.h"
 #include "DialogTexts.h"
+#include "LoadedLibrary.h"
 #include "TextMargin.h"
+#include "gtest/gtest.h"
 #include "ui/resources/ResourceIds.h"
 
 namespace {

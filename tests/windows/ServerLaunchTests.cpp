@@ -1,11 +1,21 @@
 // The library finds the installed server in the real registry and on the real disk and starts it through the real
 // shell.
 
+#include <gtest/gtest.h>
+
 #include <atomic>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
 #include <optional>
+#include <string_view>
 
 #include "InstalledEmulator.h"
 #include "LoopbackServer.h"
+#include "oko/CDevApiInterface.h"
+#include "windows/EmulatorProcess.h"
+#include "windows/LoadedLibrary.h"
+#include "windows/Processes.h"
 
 namespace {
 

@@ -2,10 +2,16 @@
 
 // clang-format off
 #include "Processes.h"
+#include "LoadedLibrary.h"
+#include <gtest/gtest.h>
 #include <iphlpapi.h>
 // clang-format on
 
 #include <algorithm>
+#include <array>
+#include <string>
+#include <string_view>
+#include <vector>
 
 /// The emulator, and its installed copy.
 inline constexpr std::array<std::wstring_view, 2> kServerPrograms{L"oko-control-emulator.exe",

@@ -1,7 +1,10 @@
 // What every test program does before its first test and after its last one: nothing that an earlier program left may
 // meet a test, and nothing that a test starts may outlive the program.
 
+#include <gtest/gtest.h>
+
 #include <iostream>
+#include <string>
 
 #include "Leftovers.h"
 

@@ -1,11 +1,26 @@
 // The tests' own promise: a test program that is killed takes along what it started, and what it left on the disk and
 // in the registry does not meet the next one.
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
+#include <string>
+#include <vector>
 
 #include "InstalledEmulator.h"
 #include "Leftovers.h"
+#include "oko/CDevApiInterface.h"
+#include "oko/LibQuery.h"
+#include "oko/Result.h"
+#include "windows/ChildProcess.h"
+#include "windows/EmulatorProcess.h"
+#include "windows/LoadedLibrary.h"
+#include "windows/Processes.h"
+#include "windows/ScratchFolder.h"
+#include "windows/ServerPort.h"
 
 namespace {
 

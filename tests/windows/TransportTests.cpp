@@ -1,11 +1,19 @@
 // The real device against a server on a real socket.
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
-#include <atomic>
+#include <array>
 #include <clocale>
 #include <cstdio>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "Channels.h"
+#include "LoadedLibrary.h"
 #include "LoopbackServer.h"
 
 namespace {

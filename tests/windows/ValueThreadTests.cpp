@@ -1,8 +1,15 @@
 // The simulator's value thread and its notices, and the library's coming and going, in real time.
 
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <vector>
+
 #include "Channels.h"
 #include "ChildProcess.h"
 #include "ProcessResources.h"
+#include "oko/CDevApiInterface.h"
+#include "windows/LoadedLibrary.h"
 
 namespace {
 

@@ -1,6 +1,13 @@
 // The project's version, as the library's file and the programs show it.
 
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
 #include "ChildProcess.h"
+#include "windows/LoadedLibrary.h"
 
 namespace {
 

@@ -3,8 +3,11 @@
 #include <windows.h>
 
 #include <array>
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
+#include <string>
+#include <system_error>
 
 namespace {
 

@@ -2,17 +2,27 @@
 
 #include <windows.h>
 
-#include <CLI/CLI.hpp>
+#include <CLI/App.hpp>
+#include <CLI/Validators.hpp>
 #include <array>
 #include <atomic>
 #include <charconv>
 #include <chrono>
+#include <exception>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <optional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <system_error>
 #include <thread>
+#include <utility>
+#include <vector>
 
+#include "Answer.h"
 #include "Command.h"
 #include "Faults.h"
 #include "Incubator.h"

@@ -5,9 +5,13 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <cstddef>
+#include <functional>
 #include <optional>
+#include <string>
 #include <string_view>
-#include <utility>
+
+#include "Answer.h"
 
 namespace {
 

@@ -4,7 +4,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <cwchar>
 #include <iostream>
+#include <string>
 
 #include "Channels.h"
 #include "ExitCode.h"
@@ -13,6 +16,10 @@
 #include "Session.h"
 #include "SettingsFile.h"
 #include "Text.h"
+#include "oko/CDevApiInterface.h"
+#include "oko/Result.h"
+#include "oko/Settings.h"
+#include "oko/WindowHandle.h"
 
 namespace {
 

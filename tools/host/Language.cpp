@@ -3,7 +3,9 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "Languages.h"
 #include "Library.h"

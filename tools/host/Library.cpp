@@ -3,7 +3,13 @@
 #include <windows.h>
 
 #include <array>
+#include <cstdint>
+#include <filesystem>
 #include <string>
+
+#include "oko/CDevApiInterface.h"
+#include "oko/LibQuery.h"
+#include "oko/Result.h"
 
 namespace {
 

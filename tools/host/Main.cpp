@@ -2,10 +2,18 @@
 
 #include <windows.h>
 
-#include <CLI/CLI.hpp>
+#include <CLI/App.hpp>
+#include <CLI/Error.hpp>
+#include <CLI/Option.hpp>
+#include <CLI/Validators.hpp>
 #include <charconv>
+#include <exception>
+#include <filesystem>
 #include <iostream>
 #include <map>
+#include <string>
+#include <system_error>
+#include <vector>
 
 #include "DialogCommands.h"
 #include "ExitCode.h"
@@ -15,6 +23,7 @@
 #include "MonitorCommand.h"
 #include "OkoVersion.h"
 #include "SettingsFile.h"
+#include "TargetSetting.h"
 #include "Text.h"
 
 namespace {

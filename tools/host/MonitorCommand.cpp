@@ -1,20 +1,28 @@
 #include "MonitorCommand.h"
 
+#include <bits/chrono.h>
 #include <windows.h>
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <iostream>
+#include <iterator>
+#include <string>
+#include <vector>
 
 #include "Channels.h"
 #include "ExitCode.h"
 #include "Library.h"
 #include "Screen.h"
 #include "Session.h"
+#include "SettingsFile.h"
 #include "Statistics.h"
 #include "Table.h"
+#include "TargetSetting.h"
 #include "Targets.h"
+#include "oko/CDevApiInterface.h"
 
 namespace {
 

@@ -3,7 +3,10 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <iostream>
+#include <string>
+#include <vector>
 
 namespace {
 

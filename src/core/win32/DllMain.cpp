@@ -1,4 +1,3 @@
-#include <new>
 
 #include "core/Exports.h"
 #include "platform/win32/Windows.h"

@@ -1,5 +1,6 @@
 #include "platform/Clock.h"
 
+#include <cstdint>
 #include <ctime>
 
 #include "platform/win32/Windows.h"

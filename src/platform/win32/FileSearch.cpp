@@ -1,5 +1,8 @@
 #include "platform/FileSearch.h"
 
+#include <memory>
+#include <optional>
+
 #include "platform/win32/Windows.h"
 
 struct FileSearch::State {

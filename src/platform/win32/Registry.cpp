@@ -1,6 +1,10 @@
 #include "platform/Registry.h"
 
+#include <cstdint>
+#include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "platform/win32/Windows.h"

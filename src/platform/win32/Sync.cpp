@@ -1,6 +1,7 @@
 #include "platform/Sync.h"
 
-#include <new>
+#include <cstdint>
+#include <memory>
 
 #include "platform/win32/Windows.h"
 

@@ -1,5 +1,7 @@
 #include "platform/UdpSocket.h"
 
+#include <cstdint>
+
 #include "platform/win32/Windows.h"
 
 bool UdpSocket::StartUp() noexcept {

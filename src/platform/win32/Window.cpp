@@ -1,6 +1,7 @@
 #include "platform/Window.h"
 
 #include "oko/ChangeNotice.h"
+#include "oko/WindowHandle.h"
 #include "platform/win32/Windows.h"
 
 namespace {

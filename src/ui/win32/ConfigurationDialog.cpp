@@ -2,9 +2,12 @@
 
 #include "ui/ConfigurationDialog.h"
 
+#include <array>
 #include <string>
 
+#include "oko/WindowHandle.h"
 #include "ui/ConfigurationFields.h"
+#include "ui/DialogEnd.h"
 #include "ui/StatusReportView.h"
 #include "ui/resources/ResourceIds.h"
 #include "ui/win32/DialogWindow.h"

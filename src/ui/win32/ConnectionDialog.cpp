@@ -2,6 +2,12 @@
 
 #include "ui/ConnectionDialog.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "oko/WindowHandle.h"
+#include "ui/DialogEnd.h"
 #include "ui/PortList.h"
 #include "ui/resources/ResourceIds.h"
 #include "ui/win32/DialogWindow.h"

@@ -1,6 +1,7 @@
 #include "ui/ProgressWindow.h"
 
 // clang-format off
+#include "oko/WindowHandle.h"
 #include "ui/win32/DialogWindow.h"
 #include <commctrl.h>
 // clang-format on

@@ -2,10 +2,15 @@
 
 #include "ui/StatusReportView.h"
 
+#include <array>
+#include <cstddef>
+
+#include "core/CDevApiInterface_Impl.h"
+#include "oko/WindowHandle.h"
 #include "platform/WaitCursor.h"
+#include "platform/win32/Windows.h"
 #include "ui/StatusReport.h"
 #include "ui/resources/ResourceIds.h"
-#include "ui/win32/DialogWindow.h"
 
 namespace {
 

@@ -1,5 +1,6 @@
 #include "ui/ValuePanel.h"
 
+#include "oko/WindowHandle.h"
 #include "ui/win32/DialogWindow.h"
 
 namespace {

@@ -1,7 +1,12 @@
 #include "Exchanges.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
+#include <ios>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "Transcript.h"
 

@@ -1,9 +1,17 @@
 // A host's calls against a server that misbehaves: every result has to be one that the answers on the wire allow, and
 // no value may come from another channel's answer or from an older one.
 
+#include <gtest/gtest.h>
+
+#include <array>
+#include <string>
+#include <string_view>
+#include <vector>
+
 #include "Effort.h"
 #include "Incubator.h"
 #include "Report.h"
+#include "endure/windows/Exchanges.h"
 
 namespace {
 

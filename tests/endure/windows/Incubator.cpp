@@ -1,12 +1,28 @@
 #include "Incubator.h"
 
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
+#include <string>
+#include <vector>
 
 #include "Channels.h"
 #include "Report.h"
 #include "Scenario.h"
+#include "endure/windows/Exchanges.h"
+#include "oko/CDevApiInterface_GasConcentration.h"
+#include "oko/CDevApiInterface_Humidifier.h"
+#include "oko/CDevApiInterface_Temperature.h"
+#include "oko/INotify.h"
+#include "oko/Result.h"
+#include "windows/EmulatorProcess.h"
 #include "windows/ScratchFolder.h"
 
 namespace {

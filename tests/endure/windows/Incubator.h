@@ -1,10 +1,18 @@
 #pragma once
 
-#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "Judgement.h"
-#include "windows/EmulatorProcess.h"
+#include "endure/windows/Exchanges.h"
+#include "oko/CDevApiInterface.h"
+#include "oko/LibQuery.h"
+#include "windows/LoadedLibrary.h"
 
 /// A live channel, as a host works it and as the wire shows it.
 struct LiveChannel {

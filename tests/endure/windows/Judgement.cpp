@@ -1,9 +1,14 @@
 #include "Judgement.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
+#include <cstddef>
 #include <cstdlib>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "endure/windows/Exchanges.h"
 
 namespace {
 

@@ -1,8 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
-#include <set>
 #include <string_view>
+#include <vector>
 
 #include "Exchanges.h"
 

@@ -1,8 +1,17 @@
 // Coming and going: what the library takes it gives back.
 
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <string>
+
 #include "Effort.h"
 #include "Report.h"
+#include "oko/CDevApiInterface.h"
+#include "oko/LibQuery.h"
+#include "oko/Result.h"
 #include "windows/EmulatorProcess.h"
+#include "windows/LoadedLibrary.h"
 #include "windows/ProcessResources.h"
 
 namespace {

@@ -1,10 +1,15 @@
 // oko-endurance [--short]: works the library hard and shows a table of what it endured. Ends with 0 only when all held.
 
+#include <gtest/gtest.h>
+
 #include <atomic>
 #include <iomanip>
 #include <iostream>
 #include <mutex>
+#include <string>
+#include <string_view>
 #include <thread>
+#include <vector>
 
 #include "Effort.h"
 #include "Report.h"

@@ -1,11 +1,19 @@
 // With a time-out for replies: a server that is silent or late costs a call its answer, and nothing else.
 
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "Effort.h"
 #include "Incubator.h"
 #include "RegistryNames.h"
 #include "Report.h"
+#include "endure/windows/Exchanges.h"
+#include "oko/Result.h"
+#include "platform/win32/Windows.h"
 
 namespace {
 

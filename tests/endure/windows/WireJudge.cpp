@@ -1,5 +1,17 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
 #include "Incubator.h"
 #include "Transcript.h"
+#include "endure/windows/Judgement.h"
+#include "oko/Result.h"
 
 bool WireJudge::NextIs(const std::string& command) const {
     return m_next < m_exchanges.size() && m_exchanges[m_next].command == command;
