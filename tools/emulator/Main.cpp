@@ -2,8 +2,7 @@
 
 #include <windows.h>
 
-#include <CLI/App.hpp>
-#include <CLI/Validators.hpp>
+#include <CLI/CLI.hpp>
 #include <array>
 #include <atomic>
 #include <charconv>

@@ -7,7 +7,6 @@
 #include <ios>
 #include <iterator>
 #include <nlohmann/json.hpp>
-#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <string_view>
 #include <utility>

@@ -2,10 +2,7 @@
 
 #include <windows.h>
 
-#include <CLI/App.hpp>
-#include <CLI/Error.hpp>
-#include <CLI/Option.hpp>
-#include <CLI/Validators.hpp>
+#include <CLI/CLI.hpp>
 #include <charconv>
 #include <exception>
 #include <filesystem>

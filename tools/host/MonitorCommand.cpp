@@ -1,6 +1,5 @@
 #include "MonitorCommand.h"
 
-#include <bits/chrono.h>
 #include <windows.h>
 
 #include <algorithm>
