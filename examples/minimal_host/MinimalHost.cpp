@@ -46,7 +46,7 @@ class Plugin {
         wchar_t program[32768] = {};
         GetModuleFileNameW(nullptr, program, 32767);
         std::wstring file(program);
-        file = file.substr(0, file.find_last_of(L'\\') + 1) + L"OkoLabBoldLine.dll";
+        file.replace(file.find_last_of(L'\\') + 1, std::wstring::npos, L"OkoLabBoldLine.dll");
         m_module = LoadLibraryW(file.c_str());
         Require(m_module != nullptr,
                 "cannot load " + ToUtf8(file) + " (system error " + std::to_string(GetLastError()) + ")");
@@ -133,7 +133,7 @@ Channel& ChannelAt(CDevApiInterface& device, std::int32_t (CDevApiInterface::*sl
     Channel* channel = nullptr;
     const std::int32_t result = (device.*slot)(static_cast<std::uint32_t>(index), &channel);
     Require(result == oko::kSuccess && channel != nullptr, "a channel is missing");
-    return *channel;
+    return *channel;  // cppcheck-suppress nullPointer; Require throws
 }
 
 using Temperature = CDevApiInterface_Temperature;

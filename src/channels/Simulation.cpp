@@ -82,7 +82,7 @@ void MoveControlledZone(CDevApiInterface_Temperature_Impl& channel, const Band& 
     const double current = Get(channel.m_dCurrent);
     const double distance = std::abs(current - target);
     const double damping = distance <= 0.5 ? 500.0 : distance <= 2.0 ? 200.0 : 60.0;
-    Put(channel.m_dCurrent, current + (channel.m_dRate * elapsedSeconds / damping));
+    Put(channel.m_dCurrent, current + channel.m_dRate * elapsedSeconds / damping);
     if (band.above) {
         Put(channel.m_iState, static_cast<std::int32_t>(oko::kTemperatureAbove));
     } else if (band.below) {

@@ -27,7 +27,7 @@ void FindProduct(CDevApiInterface_Impl& device, int product, double& shown, doub
     while (!ended) {
         if (next != shown) {
             // Not in m_iProgress. kept: docs/oddities.md#search-progress-apart
-            SendProgress(device.m_hProgressWnd, static_cast<int>(next + 0.5));
+            SendProgress(device.m_hProgressWnd, static_cast<int>(next + 0.5));  // NOLINT(bugprone-incorrect-roundings)
             shown = next;
         }
         SleepMilliseconds(kFindPollDelayMs);

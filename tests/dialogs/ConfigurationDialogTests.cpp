@@ -14,7 +14,6 @@
 #include "Channels.h"
 #include "DialogTest.h"
 #include "dialogs/OpenDialog.h"
-#include "gtest/gtest.h"
 #include "oko/Result.h"
 #include "ui/resources/ResourceIds.h"
 

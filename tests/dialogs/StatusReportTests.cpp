@@ -12,7 +12,6 @@
 
 #include "DialogTest.h"
 #include "dialogs/OpenDialog.h"
-#include "gtest/gtest.h"
 #include "oko/Result.h"
 #include "ui/resources/ResourceIds.h"
 #include "windows/LoadedLibrary.h"

@@ -14,7 +14,6 @@
 #include "ProductSets.h"
 #include "channels/SharedValues.h"
 #include "fakes/HostLog.h"
-#include "gtest/gtest.h"
 #include "oko/Settings.h"
 #include "oko/WindowHandle.h"
 #include "ui/ConfigurationFields.h"

@@ -19,7 +19,6 @@
 #include "core/CDevApiInterface_Impl.h"
 #include "fakes/HostLog.h"
 #include "fakes/ScriptedPlatform.h"
-#include "gtest/gtest.h"
 #include "oko/Settings.h"
 #include "oko/WindowHandle.h"
 #include "ui/DialogEnd.h"

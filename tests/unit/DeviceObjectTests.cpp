@@ -9,7 +9,6 @@
 #include "Fixture.h"
 #include "channels/SharedValues.h"
 #include "core/CDevApiInterface_Impl.h"
-#include "gtest/gtest.h"
 #include "link/Products.h"
 #include "oko/CDevApiInterface_GasConcentration.h"
 #include "oko/CDevApiInterface_Humidifier.h"

@@ -10,7 +10,6 @@
 #include "channels/ParameterRead.h"
 #include "fakes/HostLog.h"
 #include "fakes/ScriptedPlatform.h"
-#include "gtest/gtest.h"
 
 namespace {
 

@@ -13,7 +13,6 @@
 #include "core/CDevApiInterface_Impl.h"
 #include "fakes/HostLog.h"
 #include "fakes/ScriptedPlatform.h"
-#include "gtest/gtest.h"
 #include "oko/Result.h"
 
 namespace {

@@ -19,7 +19,6 @@
 #include "channels/Simulation.h"
 #include "fakes/HostLog.h"
 #include "fakes/ScriptedPlatform.h"
-#include "gtest/gtest.h"
 #include "link/Exchange.h"
 #include "oko/HostCallback.h"
 

@@ -11,7 +11,6 @@
 #include "ResultTexts.h"
 #include "fakes/HostLog.h"
 #include "fakes/ScriptedPlatform.h"
-#include "gtest/gtest.h"
 
 namespace {
 

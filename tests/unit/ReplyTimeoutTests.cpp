@@ -11,7 +11,6 @@
 #include "core/CommandText.h"
 #include "fakes/HostLog.h"
 #include "fakes/ScriptedPlatform.h"
-#include "gtest/gtest.h"
 #include "link/Exchange.h"
 #include "platform/Registry.h"
 

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "Fixture.h"
-#include "gtest/gtest.h"
 
 namespace {
 

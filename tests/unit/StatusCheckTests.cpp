@@ -1,7 +1,15 @@
 #include "catalogue/StatusCheck.h"
 
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "Fixture.h"
 #include "catalogue/ProductRecord.h"
+#include "core/CDevApiInterface_Impl.h"
+#include "fakes/HostLog.h"
 
 namespace {
 

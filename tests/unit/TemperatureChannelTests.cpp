@@ -7,7 +7,6 @@
 #include "Fixture.h"
 #include "channels/CDevApiInterface_Temperature_Impl.h"
 #include "fakes/ScriptedPlatform.h"
-#include "gtest/gtest.h"
 
 namespace {
 

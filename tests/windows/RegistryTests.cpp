@@ -9,7 +9,6 @@
 
 #include "LoadedLibrary.h"
 #include "RegistryNames.h"
-#include "gtest/gtest.h"
 #include "oko/CDevApiInterface.h"
 
 namespace {

@@ -14,7 +14,6 @@
 #include "DialogTexts.h"
 #include "LoadedLibrary.h"
 #include "TextMargin.h"
-#include "gtest/gtest.h"
 #include "ui/resources/ResourceIds.h"
 
 namespace {

@@ -27,7 +27,7 @@ constexpr int kRefused = 3;
 constexpr int kAirModeState = 237;
 constexpr int kAirModeSwitch = 238;
 
-const Answer kDone{0, "1"};
+Answer Done() { return {0, "1"}; }
 
 Answer Refuse(const std::string& why) { return {kRefused, std::string("e ").append(why)}; }
 
@@ -116,11 +116,11 @@ Answer Incubator::Execute(const Command& command) {
         {"comport", {2, 3, [](Incubator& self, const Command& c) { return self.ComPort(c); }}},
         {"listdev", {1, 1, [](Incubator& self, const Command& c) { return self.ListDevices(c); }}},
         {"bl-param-list", {1, 1, [](Incubator& self, const Command& c) { return self.ListParameters(c); }}},
-        {"mode", {2, 2, [](Incubator&, const Command&) { return kDone; }}},
+        {"mode", {2, 2, [](Incubator&, const Command&) { return Done(); }}},
         {"checkcon", {1, 1, [](Incubator& self, const Command& c) { return self.CheckConnection(c); }}},
-        {"start", {1, 1, [](Incubator&, const Command&) { return kDone; }}},
+        {"start", {1, 1, [](Incubator&, const Command&) { return Done(); }}},
         {"status", {0, 0, [](Incubator& self, const Command&) { return self.Status(); }}},
-        {"connect", {2, 2, [](Incubator&, const Command&) { return kDone; }}},
+        {"connect", {2, 2, [](Incubator&, const Command&) { return Done(); }}},
         {"find", {1, 1, [](Incubator& self, const Command& c) { return self.Find(c); }}},
         {"findstat", {0, 0, [](Incubator& self, const Command&) { return self.FindStatus(); }}},
         {"readcurval", {1, 2, [](Incubator& self, const Command& c) { return self.ReadCurrent(c); }}},
@@ -168,7 +168,7 @@ Answer Incubator::ComPort(const Command& command) {
         return Refuse("no port number");
     }
     m_comPorts[{*product, *link}] = *port;
-    return kDone;
+    return Done();
 }
 
 Answer Incubator::ListDevices(const Command& command) const {
@@ -201,7 +201,7 @@ Answer Incubator::Find(const Command& command) {
     constexpr int kFindMsWithoutProduct = 100;
     m_findStart = m_now;
     m_findEnd = m_now + (product != nullptr ? product->findMs : kFindMsWithoutProduct) / 1000.0;
-    return kDone;
+    return Done();
 }
 
 Answer Incubator::FindStatus() {
@@ -244,7 +244,7 @@ Answer Incubator::WriteSetPoint(const Command& command) {
         return Refuse("out of range");
     }
     MotionOf(*product, *device).target = *value;
-    return kDone;
+    return Done();
 }
 
 Answer Incubator::ReadLimit(const Command& command, double DeviceScenario::* limit) const {
@@ -288,10 +288,10 @@ Answer Incubator::WriteParameter(const Command& command) {
     if (*number == kAirModeSwitch) {
         m_written[{product->number, kAirModeState}] = command.arguments[2];
     }
-    return kDone;
+    return Done();
 }
 
 Answer Incubator::Alarm(const Command& command) {
     // Any product number: the plug-in names 0 where it has no product behind a channel.
-    return command.Integer(0) && command.Number(1) ? kDone : Refuse("no product number or no threshold");
+    return command.Integer(0) && command.Number(1) ? Done() : Refuse("no product number or no threshold");
 }

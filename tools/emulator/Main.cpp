@@ -77,7 +77,8 @@ void StopAtEndOfInput() {
     std::array<char, 256> ignored;
     DWORD length = 0;
     const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
-    while (::ReadFile(input, ignored.data(), static_cast<DWORD>(ignored.size()), &length, nullptr) && length > 0) {
+    while (::ReadFile(input, ignored.data(), static_cast<DWORD>(ignored.size()), &length, nullptr) != FALSE &&
+           length > 0) {
     }
     g_bStop = true;
 }
@@ -258,7 +259,8 @@ int Main(CLI::App& app, Options& options) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+// What is left to throw is want of memory.
+int main(int argc, char** argv) {  // NOLINT(bugprone-exception-escape)
     CLI::App app{"Stands in for the OKO-Control Server: answers its commands for an emulated incubator."};
     app.footer(
         "Examples:\n"

@@ -61,7 +61,7 @@ struct Scenario {
 };
 
 /// Reads a scenario from JSON text; `place` stands for the file in error messages. Throws ScenarioError.
-Scenario ParseScenario(std::string_view json, const std::string& place);
+Scenario ParseScenario(std::string_view text, const std::string& place);
 
 /// The ready-made scenarios: their JSON texts by name.
 const std::map<std::string, std::string_view>& ReadyScenarios();

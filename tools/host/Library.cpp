@@ -25,7 +25,7 @@ HMODULE Load(const std::filesystem::path& file) {
 template <class Function>
 Function Find(void* module, const char* name) {
     const FARPROC address = GetProcAddress(static_cast<HMODULE>(module), name);
-    return reinterpret_cast<Function>(reinterpret_cast<void*>(address));
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(address));  // NOLINT(bugprone-casting-through-void)
 }
 
 }  // namespace

@@ -185,7 +185,8 @@ int Fail(const std::exception& error, ExitCode code) {
 
 }  // namespace
 
-int wmain(int argc, wchar_t** argv) {
+int wmain(int argc,
+          wchar_t** argv) {  // NOLINT(misc-use-internal-linkage,readability-identifier-naming): the system's name
     const Utf8Console console;
     CLI::App app{"Loads the OKO-Lab bold line plug-in as an imaging application would.", "oko-host"};
     app.set_version_flag("--version", std::string("oko-host ") + kOkoVersion);

@@ -52,7 +52,7 @@ struct Outcome {
 std::size_t PumpMessages() {
     std::size_t notices = 0;
     MSG message{};
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
         notices += message.message == WM_COMMAND ? 1U : 0U;
         DispatchMessageW(&message);
     }

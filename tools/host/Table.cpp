@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -33,7 +34,7 @@ std::string FormatValue(double value) {
         return "-";
     }
     std::array<char, 400> text{};
-    std::snprintf(text.data(), text.size(), "%.2f", value);
+    std::ignore = std::snprintf(text.data(), text.size(), "%.2f", value);
     return text.data();
 }
 

@@ -4,8 +4,9 @@
 
 #ifdef __GLIBCXX__
 namespace __gnu_cxx {
-void __freeres();  // part of the run-time, declared in none of its headers
-}
+// Part of the run-time, declared in none of its headers.
+void __freeres();  // NOLINT(bugprone-reserved-identifier,misc-use-internal-linkage,readability-identifier-naming)
+}  // namespace __gnu_cxx
 #endif
 
 namespace {

@@ -13,7 +13,7 @@ struct FileSearch::State {
 
 FileSearch::FileSearch(const wchar_t* pattern) noexcept try : m_pState(std::make_unique<State>()) {
     m_pState->search = FindFirstFileW(pattern, &m_pState->entry);
-} catch (...) {
+} catch (...) {  // NOLINT(bugprone-empty-catch)
     // No memory: the search finds nothing.
 }
 
@@ -27,7 +27,7 @@ std::optional<FileEntry> FileSearch::Next() noexcept {
     if (!m_pState || m_pState->search == INVALID_HANDLE_VALUE) {
         return std::nullopt;
     }
-    if (!m_pState->fresh && !FindNextFileW(m_pState->search, &m_pState->entry)) {
+    if (!m_pState->fresh && FindNextFileW(m_pState->search, &m_pState->entry) == FALSE) {
         return std::nullopt;
     }
     m_pState->fresh = false;

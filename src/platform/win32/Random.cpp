@@ -6,4 +6,6 @@ static_assert(RAND_MAX == kRandomMax);
 
 void SeedRandom(unsigned seed) noexcept { std::srand(seed); }
 
-int NextRandom() noexcept { return std::rand(); }
+int NextRandom() noexcept {
+    return std::rand();  // NOLINT(concurrency-mt-unsafe): Windows keeps a sequence for each thread
+}

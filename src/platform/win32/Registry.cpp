@@ -61,7 +61,7 @@ void RegistryKey::WriteText(const wchar_t* name, std::wstring_view text) const n
     const std::wstring terminated(text);
     const auto sizeBytes = static_cast<DWORD>((terminated.size() + 1) * sizeof(wchar_t));
     RegSetValueExW(Handle(m_hKey), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(terminated.c_str()), sizeBytes);
-} catch (...) {
+} catch (...) {  // NOLINT(bugprone-empty-catch)
     // No memory for a default answer: the next Init writes it.
 }
 

@@ -11,6 +11,7 @@
 #include "platform/FailFast.h"
 #include "platform/win32/Windows.h"
 
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming): the compiler's names
 extern "C" {
 
 /// As the file has it, until it is drawn.
@@ -18,6 +19,7 @@ std::uintptr_t __stack_chk_guard = 0x2B99'2DDF'A232;
 
 [[noreturn]] void __stack_chk_fail() { FailFast(); }
 }
+// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 
 namespace {
 

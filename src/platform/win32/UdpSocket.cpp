@@ -1,6 +1,7 @@
 #include "platform/UdpSocket.h"
 
 #include <cstdint>
+#include <tuple>
 
 #include "platform/win32/Windows.h"
 
@@ -22,7 +23,8 @@ void UdpSocket::ConnectLoopback(std::uint16_t port) noexcept {
     address.sin_family = AF_INET;
     address.sin_port = htons(port);
     address.sin_addr.s_addr = inet_addr("127.0.0.1");
-    connect(m_handle, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    // A failure shows itself at the first exchange.
+    std::ignore = connect(m_handle, reinterpret_cast<const sockaddr*>(&address), sizeof address);
 }
 
 void UdpSocket::SetReceiveTimeout(std::uint32_t milliseconds) noexcept {
