@@ -28,9 +28,6 @@ foreach(page IN LISTS pages)
 endforeach()
 add_custom_target(oko-html ALL DEPENDS ${outputs})
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/docs/pictures DESTINATION docs)
-if(EXISTS ${CMAKE_SOURCE_DIR}/examples)
-    install(DIRECTORY ${CMAKE_SOURCE_DIR}/examples DESTINATION .)
-endif()
 
 # The terms of what is linked into the programs, as the packages that it comes from state them; docs/third-party.md says
 # what is whose.
