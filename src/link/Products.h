@@ -40,39 +40,62 @@ enum class GasKind { Neither, Co2, O2 };
 /// The gases of a product: of its only controller, or of its controllers 0 and 1.
 enum class Gases { None, Co2, O2, Co2AndO2 };
 
-/// What the library needs to know of a product.
+/// What the library needs to know of a product. As it stands here it is one that the server made up: a single
+/// controller of a gas that nobody can name.
 struct ProductTraits {
-    std::int32_t product;
-    ChannelKind kind;
-    Gases gases;
-    std::int32_t setPointZones;  // zones 0 to so many less one take a target
-    bool airMode;                // its O2 controller can work with air
-    bool listsParameters;        // is asked "bl-param-list"
-    bool parameterSensors;       // its sensors are read as parameters
-    bool roomSensor;             // has parameter::kRoomTemperature
-    bool secondLink;             // is connected twice
-    bool ownAlarms;              // its temperature alarms are not set from here
+    std::int32_t product = 0;
+    ChannelKind kind = ChannelKind::Gas;
+    Gases gases = Gases::None;
+    std::int32_t setPointZones = 1;  // zones 0 to so many less one take a target
+    bool airMode = false;            // its O2 controller can work with air
+    bool listsParameters = false;    // is asked "bl-param-list"
+    bool parameterSensors = false;   // its sensors are read as parameters
+    bool roomSensor = false;         // has parameter::kRoomTemperature
+    bool secondLink = false;         // is connected twice
+    bool ownAlarms = false;          // its temperature alarms are not set from here
 };
 
 /// In ascending order, without gaps: "each product" in a loop is from the first to the last row.
 inline constexpr std::array<ProductTraits, 11> kProducts{{
-    // product, kind, gases, zones, air mode, lists parameters, parameter sensors, room sensor, second link, own alarms
-    {product::kH501, ChannelKind::Temperature, Gases::None, 1, false, false, false, false, false, false},
-    {product::kH201, ChannelKind::Temperature, Gases::None, 1, false, true, true, false, false, false},
-    {product::kH301, ChannelKind::Temperature, Gases::None, 1, false, true, true, true, false, false},
-    {product::kCo2, ChannelKind::Gas, Gases::Co2, 1, false, true, true, false, false, false},
-    {product::kO2, ChannelKind::Gas, Gases::O2, 1, true, true, true, false, false, false},
-    {product::kMixer12, ChannelKind::Gas, Gases::Co2AndO2, 1, true, true, true, false, true, false},
-    {product::kMixer13, ChannelKind::Gas, Gases::Co2AndO2, 1, true, true, true, false, true, false},
-    {product::kH101, ChannelKind::Temperature, Gases::None, 1, false, true, true, true, false, false},
-    {product::kActiveHumidifier, ChannelKind::Humidity, Gases::None, 1, false, true, true, false, false, false},
-    {product::kH401, ChannelKind::Temperature, Gases::None, 2, false, true, false, false, false, true},
-    {product::kSevenZones, ChannelKind::Temperature, Gases::None, 1, false, true, false, false, false, true},
+    {.product = product::kH501, .kind = ChannelKind::Temperature},
+    {.product = product::kH201, .kind = ChannelKind::Temperature, .listsParameters = true, .parameterSensors = true},
+    {.product = product::kH301,
+     .kind = ChannelKind::Temperature,
+     .listsParameters = true,
+     .parameterSensors = true,
+     .roomSensor = true},
+    {.product = product::kCo2, .gases = Gases::Co2, .listsParameters = true, .parameterSensors = true},
+    {.product = product::kO2, .gases = Gases::O2, .airMode = true, .listsParameters = true, .parameterSensors = true},
+    {.product = product::kMixer12,
+     .gases = Gases::Co2AndO2,
+     .airMode = true,
+     .listsParameters = true,
+     .parameterSensors = true,
+     .secondLink = true},
+    {.product = product::kMixer13,
+     .gases = Gases::Co2AndO2,
+     .airMode = true,
+     .listsParameters = true,
+     .parameterSensors = true,
+     .secondLink = true},
+    {.product = product::kH101,
+     .kind = ChannelKind::Temperature,
+     .listsParameters = true,
+     .parameterSensors = true,
+     .roomSensor = true},
+    {.product = product::kActiveHumidifier,
+     .kind = ChannelKind::Humidity,
+     .listsParameters = true,
+     .parameterSensors = true},
+    {.product = product::kH401,
+     .kind = ChannelKind::Temperature,
+     .setPointZones = 2,
+     .listsParameters = true,
+     .ownAlarms = true},
+    {.product = product::kSevenZones, .kind = ChannelKind::Temperature, .listsParameters = true, .ownAlarms = true},
 }};
 
-/// Whatever else the server may come up with: one controller of a gas that nobody can name.
-inline constexpr ProductTraits kUnknownProduct{
-    0, ChannelKind::Gas, Gases::None, 1, false, false, false, false, false, false};
+inline constexpr ProductTraits kUnknownProduct{};
 
 inline constexpr std::int32_t kFirstProduct = kProducts.front().product;
 inline constexpr std::int32_t kLastProduct = kProducts.back().product;  // inclusive
@@ -80,7 +103,7 @@ static_assert(kLastProduct - kFirstProduct + 1 == static_cast<std::int32_t>(kPro
 
 /// The traits of a product, kUnknownProduct when the table does not name it.
 constexpr const ProductTraits& TraitsOf(std::int32_t product) noexcept {
-    const auto* const row = std::ranges::find(kProducts, product, &ProductTraits::product);
+    const auto row = std::ranges::find(kProducts, product, &ProductTraits::product);
     return row != kProducts.end() ? *row : kUnknownProduct;
 }
 
