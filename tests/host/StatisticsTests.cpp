@@ -1,6 +1,6 @@
 // What the summary says about the channels' values.
 
-#include "Statistics.h"
+#include "judge/Statistics.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // How the monitor's table is written.
 
-#include "Table.h"
+#include "show/Table.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "Text.h"
+#include "text/Text.h"
 
 namespace {
 

@@ -1,14 +1,14 @@
 // The targets that the user asks for on the command line.
 
-#include "Targets.h"
+#include "device/Targets.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "Channels.h"
-#include "TargetSetting.h"
+#include "device/Channels.h"
+#include "device/TargetSetting.h"
 
 namespace {
 

@@ -12,16 +12,16 @@
 #include <system_error>
 #include <vector>
 
-#include "DialogCommands.h"
 #include "ExitCode.h"
-#include "Language.h"
-#include "Library.h"
-#include "ListCommand.h"
-#include "MonitorCommand.h"
 #include "OkoVersion.h"
-#include "SettingsFile.h"
-#include "TargetSetting.h"
-#include "Text.h"
+#include "commands/ListCommand.h"
+#include "commands/MonitorCommand.h"
+#include "commands/win32/DialogCommands.h"
+#include "commands/win32/Language.h"
+#include "device/Library.h"
+#include "device/SettingsFile.h"
+#include "device/TargetSetting.h"
+#include "text/Text.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "Language.h"
+#include "commands/win32/Language.h"
 
 #include <windows.h>
 
@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "Languages.h"
-#include "Library.h"
-#include "Text.h"
+#include "device/Library.h"
+#include "text/Text.h"
 
 namespace {
 

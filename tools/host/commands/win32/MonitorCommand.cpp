@@ -1,4 +1,4 @@
-#include "MonitorCommand.h"
+#include "commands/MonitorCommand.h"
 
 #include <windows.h>
 
@@ -11,17 +11,17 @@
 #include <string>
 #include <vector>
 
-#include "Channels.h"
 #include "ExitCode.h"
-#include "Library.h"
-#include "Screen.h"
-#include "Session.h"
-#include "SettingsFile.h"
-#include "Statistics.h"
-#include "Table.h"
-#include "TargetSetting.h"
-#include "Targets.h"
+#include "device/Channels.h"
+#include "device/Library.h"
+#include "device/Session.h"
+#include "device/SettingsFile.h"
+#include "device/TargetSetting.h"
+#include "device/Targets.h"
+#include "judge/Statistics.h"
 #include "oko/CDevApiInterface.h"
+#include "show/Screen.h"
+#include "show/Table.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "TargetSetting.h"
+#include "device/TargetSetting.h"
 
 /// What `oko-host monitor` was asked for.
 struct MonitorOptions {

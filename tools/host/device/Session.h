@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "SettingsFile.h"
+#include "device/SettingsFile.h"
 #include "oko/CDevApiInterface.h"
 
 /// A device from its connection settings to Close. Close is called when the session ends, also after a failed Init. At

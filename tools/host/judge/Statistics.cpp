@@ -1,4 +1,4 @@
-#include "Statistics.h"
+#include "judge/Statistics.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,11 +1,11 @@
-#include "SettingsFile.h"
+#include "device/SettingsFile.h"
 
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <string_view>
 
-#include "Text.h"
+#include "text/Text.h"
 
 namespace {
 

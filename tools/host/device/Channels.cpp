@@ -1,4 +1,4 @@
-#include "Channels.h"
+#include "device/Channels.h"
 
 #include <array>
 #include <cstdint>
@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "Text.h"
 #include "oko/BandState.h"
 #include "oko/CDevApiInterface.h"
 #include "oko/CDevApiInterface_GasConcentration.h"
@@ -15,6 +14,7 @@
 #include "oko/CDevApiInterface_Temperature.h"
 #include "oko/INotify.h"
 #include "oko/Result.h"
+#include "text/Text.h"
 
 namespace {
 
@@ -118,22 +118,4 @@ std::vector<Channel> ListChannels(CDevApiInterface& device) {
     AddGases(device, channels);
     AddHumidifiers(device, channels);
     return channels;
-}
-
-const char* KindName(ChannelKind kind) {
-    switch (kind) {
-        case ChannelKind::Temperature:
-            return "temperature";
-        case ChannelKind::Gas:
-            return "gas";
-        case ChannelKind::Humidity:
-            break;
-    }
-    return "humidity";
-}
-
-const char* UnitOf(ChannelKind kind) {
-    return kind == ChannelKind::Temperature ? "\xC2\xB0"
-                                              "C"
-                                            : "%";
 }

@@ -1,11 +1,11 @@
-#include "Targets.h"
+#include "device/Targets.h"
 
 #include <algorithm>
 #include <string>
 #include <vector>
 
-#include "Channels.h"
-#include "TargetSetting.h"
+#include "device/Channels.h"
+#include "device/TargetSetting.h"
 
 std::string SetTarget(const std::vector<Channel>& channels, const TargetSetting& setting) {
     const auto matches = [&](const Channel& channel) {

@@ -1,4 +1,4 @@
-#include "Session.h"
+#include "device/Session.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -8,11 +8,11 @@
 #include <utility>
 #include <vector>
 
-#include "SettingsFile.h"
-#include "Text.h"
+#include "device/SettingsFile.h"
 #include "oko/CDevApiInterface.h"
 #include "oko/HostCallback.h"
 #include "oko/Result.h"
+#include "text/Text.h"
 
 namespace {
 

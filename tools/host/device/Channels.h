@@ -4,11 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "model/ChannelInfo.h"
 #include "oko/CDevApiInterface.h"
 
 /// The live channels of a device, all kinds alike.
-
-enum class ChannelKind { Temperature, Gas, Humidity };
 
 struct Channel {
     ChannelKind kind;
@@ -24,9 +23,3 @@ struct Channel {
 
 /// Every channel that Init offers, in the device's order.
 std::vector<Channel> ListChannels(CDevApiInterface& device);
-
-/// "temperature", "gas", "humidity".
-const char* KindName(ChannelKind kind);
-
-/// "°C" or "%".
-const char* UnitOf(ChannelKind kind);

@@ -1,4 +1,4 @@
-#include "Table.h"
+#include "show/Table.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "TargetSetting.h"
+#include "device/TargetSetting.h"
 
 #include <array>
 #include <charconv>

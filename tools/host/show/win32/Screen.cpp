@@ -1,4 +1,4 @@
-#include "Screen.h"
+#include "show/Screen.h"
 
 #include <windows.h>
 

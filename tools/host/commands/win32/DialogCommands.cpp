@@ -1,4 +1,4 @@
-#include "DialogCommands.h"
+#include "commands/win32/DialogCommands.h"
 
 #include <windows.h>
 
@@ -9,17 +9,17 @@
 #include <iostream>
 #include <string>
 
-#include "Channels.h"
 #include "ExitCode.h"
-#include "Language.h"
-#include "Library.h"
-#include "Session.h"
-#include "SettingsFile.h"
-#include "Text.h"
+#include "commands/win32/Language.h"
+#include "device/Channels.h"
+#include "device/Library.h"
+#include "device/Session.h"
+#include "device/SettingsFile.h"
 #include "oko/CDevApiInterface.h"
 #include "oko/Result.h"
 #include "oko/Settings.h"
 #include "oko/WindowHandle.h"
+#include "text/Text.h"
 
 namespace {
 
