@@ -3,6 +3,7 @@
 
 #include "model/ChannelInfo.h"
 #include "model/Event.h"
+#include "model/Reading.h"
 
 const char* KindName(ChannelKind kind) {
     switch (kind) {
@@ -26,4 +27,11 @@ const char* EventKindName(EventKind kind) {
     constexpr std::array<const char*, 10> kNames{"started",   "ended",    "target changed", "air mode", "link lost",
                                                  "link back", "alarm on", "alarm off",      "log",      "trouble"};
     return kNames[static_cast<std::size_t>(kind)];
+}
+
+const char* StateName(ChannelKind kind, ChannelState state) {
+    constexpr std::array<const char*, 6> kNames{"-", "below", "ok", "above", "no value", "no answer"};
+    // A zone below its target heats; the others have nothing to tell of what they do about it.
+    return kind == ChannelKind::Temperature && state == ChannelState::Below ? "heating"
+                                                                            : kNames[static_cast<std::size_t>(state)];
 }

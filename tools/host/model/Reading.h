@@ -2,9 +2,11 @@
 
 #include <optional>
 
-/// Where a channel's value lies. NoAnswer: the device did not answer in time, or refused; what it said before is not
-/// shown any more.
-enum class ChannelState { None, Below, Within, Above, NoAnswer };
+#include "model/ChannelInfo.h"
+
+/// Where a channel's value lies. None: nobody can say, as of a sensor. NoValue: an answer came, without a number in it.
+/// NoAnswer: none came in time, or a refusal. What was read before is not shown any more then.
+enum class ChannelState { None, Below, Within, Above, NoValue, NoAnswer };
 
 /// One channel as it was read once.
 struct Reading {
@@ -15,3 +17,6 @@ struct Reading {
 
     bool Valid() const { return current.has_value(); }
 };
+
+/// "-", "heating" (a temperature below its band), "below", "ok", "above", "no value", "no answer".
+const char* StateName(ChannelKind kind, ChannelState state);
