@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "text/Parsed.h"
+
+/// Numbers as people and files write them: with a point, whatever the locale.
+
+/// A finite number, blanks around it allowed. A decimal comma and a unit behind the number are refused by name.
+Parsed<double> ParseNumber(std::string_view text);
+
+/// As short as it can be read back: "38.5".
+std::string FormatShortest(double value);
+
+/// With that many decimals: "6.20". What is no number is "-".
+std::string FormatFixed(double value, int decimals);
+
+/// The text without the blanks around it.
+std::string_view TrimBlanks(std::string_view text);
+
+/// The text with its decimal commas as points; nothing changes where a comma does not stand alone between digits.
+std::string WithPoints(std::string_view text);
