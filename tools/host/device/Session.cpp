@@ -3,10 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <iostream>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "device/SettingsFile.h"
 #include "oko/CDevApiInterface.h"
@@ -16,15 +14,10 @@
 
 namespace {
 
-/// What a host would have stored the first time: the incubator's usual tolerances.
-constexpr const wchar_t* kDefaultAlarmSettings =
-    L"dIncubatorBelow 0.200000 | dIncubatorAbove 0.200000 | dCO2Below 0.500000 | dCO2Above 0.500000 | "
-    L"dO2Below 0.500000 | dO2Above 0.500000 | dHumidityBelow 1.000000 | dHumidityAbove 1.000000";
-
 struct Record {
-    std::vector<std::string> lines;
+    std::function<void(const std::string&)> onLine;
+    std::size_t lines = 0;
     std::size_t airModeChanges = 0;
-    std::function<void()> beforeLine;
 };
 
 Record& TheRecord() {
@@ -32,34 +25,24 @@ Record& TheRecord() {
     return record;
 }
 
-void ShowLine(const std::string& line) {
-    if (TheRecord().beforeLine) {
-        TheRecord().beforeLine();
-    }
-    std::cerr << line << std::endl;
-}
-
-/// Shows the library's lines as they come.
 void OnHostCallback(std::int32_t code, const wchar_t* text) {
     if (code == oko::kCallbackLog && text != nullptr) {
-        TheRecord().lines.push_back(ToUtf8(text));
-        ShowLine("log: " + TheRecord().lines.back());
+        ++TheRecord().lines;
+        TheRecord().onLine(ToUtf8(text));
     } else if (code == oko::kCallbackAirModeChanged) {
         ++TheRecord().airModeChanges;
-        ShowLine("air mode changed");
     }
 }
 
 }  // namespace
 
-Session::Session(CDevApiInterface& device, std::function<void()> beforeLine) : m_device(device) {
-    TheRecord() = {};
-    TheRecord().beforeLine = std::move(beforeLine);
+Session::Session(CDevApiInterface& device, std::function<void(const std::string&)> onLine) : m_device(device) {
+    TheRecord() = {std::move(onLine), 0, 0};
 }
 
 Session::~Session() {
     m_device.Close();
-    TheRecord().beforeLine = {};  // its owner may be gone soon; the lines stay
+    TheRecord().onLine = [](const std::string&) {};  // its owner may be gone soon; the counts stay
 }
 
 bool Session::Open(const Settings& settings) {
@@ -67,10 +50,12 @@ bool Session::Open(const Settings& settings) {
     if (m_device.Init(OnHostCallback, nullptr) != oko::kSuccess) {
         return false;
     }
-    m_device.ApplyConfiguration(settings.alarms.empty() ? kDefaultAlarmSettings : settings.alarms.c_str());
+    if (!settings.alarms.empty()) {
+        m_device.ApplyConfiguration(settings.alarms.c_str());
+    }
     return true;
 }
 
-const std::vector<std::string>& Session::LogLines() { return TheRecord().lines; }
+std::size_t Session::LogLines() { return TheRecord().lines; }
 
 std::size_t Session::AirModeChanges() { return TheRecord().airModeChanges; }

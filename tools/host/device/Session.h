@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <functional>
 #include <string>
-#include <vector>
 
 #include "device/SettingsFile.h"
 #include "oko/CDevApiInterface.h"
@@ -12,18 +11,18 @@
 /// most one at a time: a host callback carries no context.
 class Session {
  public:
-    /// `beforeLine` is called before a line of the library is shown on the standard error output.
-    explicit Session(CDevApiInterface& device, std::function<void()> beforeLine = {});
+    /// `onLine` is called with each line that the library logs, on the thread that called into the library.
+    Session(CDevApiInterface& device, std::function<void(const std::string&)> onLine);
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    /// Gives the device its settings and initialises it; without alarm settings it gets the usual ones. False when Init
-    /// failed.
+    /// Gives the device its connection, initialises it and applies the alarm settings where there are any: without, the
+    /// server keeps those that it has. False when Init failed.
     bool Open(const Settings& settings);
 
-    /// The lines that the library logged so far, and how often it said that the air mode changed.
-    static const std::vector<std::string>& LogLines();
+    /// How often the library logged a line, and said that the air mode changed.
+    static std::size_t LogLines();
     static std::size_t AirModeChanges();
 
  private:

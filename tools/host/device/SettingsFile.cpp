@@ -1,10 +1,14 @@
 #include "device/SettingsFile.h"
 
+#include <charconv>
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "oko/Settings.h"
 #include "text/Text.h"
 
 namespace {
@@ -13,6 +17,23 @@ constexpr std::string_view kConnectionKey = "connection=";
 constexpr std::string_view kAlarmsKey = "alarms=";
 
 }  // namespace
+
+std::optional<int> PortOf(const Settings& settings) {
+    constexpr int kHighestPort = 256;
+    const std::string text = ToUtf8(settings.connection);
+    const std::string key = ToUtf8(oko::kComPortKey);
+    if (!text.starts_with(key)) {
+        return std::nullopt;
+    }
+    const std::size_t digits = text.find_first_not_of(" \t", key.size());
+    int port = 0;
+    if (digits != std::string::npos) {
+        std::from_chars(text.data() + digits, text.data() + text.size(), port);
+    }
+    return port >= 1 && port <= kHighestPort ? std::optional(port) : std::nullopt;
+}
+
+std::wstring ConnectionText(int port) { return std::wstring(oko::kComPortKey) + L" " + std::to_wstring(port); }
 
 Settings ReadSettings(const std::filesystem::path& file) {
     Settings settings;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -15,6 +16,12 @@ class SettingsError : public std::runtime_error {
  public:
     using std::runtime_error::runtime_error;
 };
+
+/// The COM port that the connection text names, 1 to 256; nothing when it names none.
+std::optional<int> PortOf(const Settings& settings);
+
+/// The connection text of this port.
+std::wstring ConnectionText(int port);
 
 /// What the file holds; nothing when it is not there.
 Settings ReadSettings(const std::filesystem::path& file);

@@ -1,37 +1,20 @@
 #include "device/TargetSetting.h"
 
-#include <array>
-#include <charconv>
-#include <cmath>
 #include <cstddef>
-#include <optional>
+#include <string>
 #include <string_view>
-#include <system_error>
 
-namespace {
+#include "text/Number.h"
+#include "text/Parsed.h"
 
-constexpr std::array<std::string_view, 3> kKinds{"temperature", "gas", "humidity"};
-
-}  // namespace
-
-std::optional<TargetSetting> ParseTargetSetting(std::string_view text) {
-    TargetSetting setting{};
-    for (const std::string_view kind : kKinds) {
-        if (text.starts_with(kind) && text.substr(kind.size()).starts_with(':')) {
-            setting.kind = kind;
-            text.remove_prefix(kind.size() + 1);
-            break;
-        }
-    }
-    const std::size_t equals = text.rfind('=');
+Parsed<TargetSetting> ParseTargetSetting(std::string_view text) {
+    const std::size_t equals = text.rfind('=');  // a name may hold one
     if (equals == std::string_view::npos || equals == 0) {
-        return std::nullopt;
+        return Parsed<TargetSetting>::Error("\"" + std::string(text) + "\" is not of the form NAME=VALUE");
     }
-    setting.name = text.substr(0, equals);
-    const std::string_view number = text.substr(equals + 1);
-    const auto result = std::from_chars(number.data(), number.data() + number.size(), setting.value);
-    if (result.ec != std::errc{} || result.ptr != number.data() + number.size() || !std::isfinite(setting.value)) {
-        return std::nullopt;
+    const Parsed<double> value = ParseNumber(text.substr(equals + 1));
+    if (!value) {
+        return Parsed<TargetSetting>::Error(value.error);
     }
-    return setting;
+    return Parsed<TargetSetting>::Of({std::string(text.substr(0, equals)), *value});
 }

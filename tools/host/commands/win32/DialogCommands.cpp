@@ -1,15 +1,21 @@
-#include "commands/win32/DialogCommands.h"
+// The plug-in's dialogs, opened as an imaging application would.
 
 #include <windows.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cwchar>
+#include <filesystem>
 #include <iostream>
+#include <memory>
+#include <stdexcept>
 #include <string>
 
 #include "ExitCode.h"
+#include "commands/CommandLine.h"
+#include "commands/Commands.h"
 #include "commands/win32/Language.h"
 #include "device/Channels.h"
 #include "device/Library.h"
@@ -22,6 +28,26 @@
 #include "text/Text.h"
 
 namespace {
+
+/// What `oko-host configure`, `connect` and `panel` were asked for.
+struct DialogOptions {
+    std::filesystem::path library;
+    std::string device = "simulator";  // or "incubator"
+    std::string settings = "oko-host.ini";
+    std::string language;  // "de"; empty: the system's
+};
+
+/// The system does not let this program choose the language; the text is for the user.
+class LanguageError : public std::runtime_error {
+ public:
+    using std::runtime_error::runtime_error;
+};
+
+/// There is no screen to show a window on.
+class ScreenError : public std::runtime_error {
+ public:
+    using std::runtime_error::runtime_error;
+};
 
 /// A host's main window, on which the dialogs stand.
 class HostWindow {
@@ -57,6 +83,21 @@ class HostWindow {
     HWND m_hWindow;
 };
 
+/// What a host would have stored the first time: the incubator's usual tolerances.
+constexpr const wchar_t* kUsualAlarms =
+    L"dIncubatorBelow 0.200000 | dIncubatorAbove 0.200000 | dCO2Below 0.500000 | dCO2Above 0.500000 | "
+    L"dO2Below 0.500000 | dO2Above 0.500000 | dHumidityBelow 1.000000 | dHumidityAbove 1.000000";
+
+Settings WithUsualAlarms(Settings settings) {
+    if (settings.alarms.empty()) {
+        settings.alarms = kUsualAlarms;
+    }
+    return settings;
+}
+
+/// The library's lines as they come.
+void ShowLine(const std::string& line) { std::cerr << "log: " << line << std::endl; }
+
 /// Keeps a settings text that came out of a dialog, and says what changed.
 void Keep(std::wstring& kept, const wchar_t* text) {
     if (kept == text) {
@@ -81,8 +122,15 @@ int FailInit(const DialogOptions& options) {
 
 /// The lines themselves were shown as they came.
 void PrintCallbacks() {
-    std::cout << "called back: " << Session::LogLines().size() << " log lines, " << Session::AirModeChanges()
+    std::cout << "called back: " << Session::LogLines() << " log lines, " << Session::AirModeChanges()
               << " changes of the air mode\n";
+}
+
+/// The first line: what is about to be touched.
+void NameDevice(const DialogOptions& options) {
+    std::cout << (options.device == "incubator" ? "incubator, by way of the OKO-Control Server"
+                                                : "simulator: a simulated incubator, built into the library")
+              << " (settings: " << options.settings << ")\n";
 }
 
 /// Runs messages until the host's window is closed.
@@ -94,15 +142,16 @@ void RunMessages() {
     }
 }
 
-}  // namespace
-
+/// Brings the device up and opens its configuration dialog. Prints what changed and what was called back, and keeps the
+/// alarm settings.
 int RunConfigure(const DialogOptions& options) {
+    NameDevice(options);
     const Library library(options.library);
     ChooseLanguage(library, options);
     CDevApiInterface& device = library.Device(options.device);
-    Settings settings = ReadSettings(options.settings);
-    Session session(device);
-    if (!session.Open(settings)) {
+    Settings settings = ReadSettings(PathOf(options.settings));
+    Session session(device, ShowLine);
+    if (!session.Open(WithUsualAlarms(settings))) {
         return FailInit(options);
     }
     const HostWindow window(L"oko-host");
@@ -113,17 +162,20 @@ int RunConfigure(const DialogOptions& options) {
         return kExitDone;
     }
     Keep(settings.alarms, text.data());
-    WriteSettings(options.settings, settings);
+    WriteSettings(PathOf(options.settings), settings);
     PrintCallbacks();
     return kExitDone;
 }
 
+/// Opens the connection dialog and then brings the device up with the chosen port, as a host does. Prints what changed
+/// and what was called back, and keeps the connection settings.
 int RunConnect(const DialogOptions& options) {
+    NameDevice(options);
     const Library library(options.library);
     ChooseLanguage(library, options);
     CDevApiInterface& device = library.Device(options.device);
-    Settings settings = ReadSettings(options.settings);
-    Session session(device);
+    Settings settings = ReadSettings(PathOf(options.settings));
+    Session session(device, ShowLine);
     const HostWindow window(L"oko-host");
     std::array<wchar_t, oko::kConnectionTextLength> text{};
     std::copy_n(settings.connection.begin(), std::min(settings.connection.size(), text.size() - 1), text.begin());
@@ -133,10 +185,10 @@ int RunConnect(const DialogOptions& options) {
         return kExitDone;
     }
     Keep(settings.connection, text.data());
-    WriteSettings(options.settings, settings);
+    WriteSettings(PathOf(options.settings), settings);
 
     // The progress window that a search leaves open shows the rest of the way and closes at its end.
-    if (!session.Open(settings)) {
+    if (!session.Open(WithUsualAlarms(settings))) {
         return FailInit(options);
     }
     std::cout << "connected: " << ListChannels(device).size() << " channels\n";
@@ -144,7 +196,9 @@ int RunConnect(const DialogOptions& options) {
     return kExitDone;
 }
 
+/// Shows the value panel in a window until that is closed.
 int RunPanel(const DialogOptions& options) {
+    NameDevice(options);
     const Library library(options.library);
     ChooseLanguage(library, options);
     const HostWindow window(L"oko-host");
@@ -156,4 +210,43 @@ int RunPanel(const DialogOptions& options) {
     ShowWindow(static_cast<HWND>(panel), SW_SHOW);
     RunMessages();
     return kExitDone;
+}
+
+/// What the commands that open a dialog share; errors of their own become exit codes here.
+void AddDialog(CLI::App& app, CommandRun& run, const char* name, const char* what, int (*show)(const DialogOptions&)) {
+    CLI::App* const command = app.add_subcommand(name, what);
+    const auto options = std::make_shared<DialogOptions>();
+    AddLibraryOption(*command, options->library);
+    command->add_option("--device", options->device, "Which device to open")
+        ->check(CLI::IsMember({"simulator", "incubator"}))
+        ->capture_default_str();
+    command->add_option("--settings", options->settings, "Where the settings texts are kept")->capture_default_str();
+    command->add_option("--language", options->language, "Another language than the system's")
+        ->check(CLI::IsMember(DialogLanguages()));
+    command->footer(
+        std::string("Examples:\n  oko-host ") + name + " --device incubator\n  oko-host " + name +
+        " --language de\n\n"
+        "Where the system lets no program choose the language of its dialogs, --language says so and opens\n"
+        "nothing. Wine is such a system: it goes by the environment, OKO_LANGUAGE=de_DE scripts/wine ...");
+    command->callback([&run, options, show] {
+        run = [options, show]() -> int {
+            try {
+                return show(*options);
+            } catch (const LanguageError& error) {
+                std::cerr << "oko-host: " << error.what() << "\n";
+                return kExitNoLanguage;
+            } catch (const ScreenError& error) {
+                std::cerr << "oko-host: " << error.what() << "\n";
+                return kExitNoScreen;
+            }
+        };
+    });
+}
+
+}  // namespace
+
+void AddDialogCommands(CLI::App& app, CommandRun& run) {
+    AddDialog(app, run, "configure", "Opens the configuration dialog", RunConfigure);
+    AddDialog(app, run, "connect", "Opens the connection dialog, then connects", RunConnect);
+    AddDialog(app, run, "panel", "Shows the value panel until its window is closed", RunPanel);
 }

@@ -4,9 +4,10 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <iostream>
 #include <string>
 #include <vector>
+
+#include "show/Output.h"
 
 namespace {
 
@@ -65,10 +66,7 @@ Screen::Screen() : m_bTerminal(IsConsole(Output())) {}
 
 void Screen::Show(const std::vector<std::string>& lines) {
     if (!m_bTerminal) {
-        for (const std::string& line : lines) {
-            std::cout << line << "\n";
-        }
-        std::cout << std::flush;
+        Print(JoinLines(lines));
         return;
     }
     // With the console's own calls: not every console understands escape sequences, Wine's among them.

@@ -1,0 +1,11 @@
+#include "commands/Commands.h"
+
+#include <CLI/CLI.hpp>
+
+#include "commands/CommandLine.h"
+
+void AddCommands(CLI::App& app, CommandRun& run) {
+    AddMonitorCommand(app, run);
+    AddListCommand(app, run);
+    AddDialogCommands(app, run);
+}

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "commands/CommandLine.h"
+
+/// Every command adds itself to the command line; the one that is chosen stores what it runs.
+
+void AddCommands(CLI::App& app, CommandRun& run);
+
+void AddListCommand(CLI::App& app, CommandRun& run);
+void AddMonitorCommand(CLI::App& app, CommandRun& run);
+void AddDialogCommands(CLI::App& app, CommandRun& run);  // configure, connect, panel: on Windows

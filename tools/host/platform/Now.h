@@ -1,0 +1,6 @@
+#pragma once
+
+#include "model/Moment.h"
+
+/// This instant. Any thread.
+Moment Now();

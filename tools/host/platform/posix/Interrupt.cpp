@@ -1,0 +1,31 @@
+#include "platform/Interrupt.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+
+#include "ExitCode.h"
+
+namespace {
+
+std::atomic<int> g_nInterrupts = 0;
+static_assert(std::atomic<int>::is_always_lock_free);  // a signal handler may take no lock
+
+void OnSignal(int) {
+    if (g_nInterrupts.fetch_add(1) > 0) {
+        EndNow(kExitInterrupted);
+    }
+}
+
+}  // namespace
+
+void CatchInterrupts() {
+    std::signal(SIGINT, OnSignal);
+    std::signal(SIGTERM, OnSignal);
+    std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is an error of the write
+}
+
+bool Interrupted() noexcept { return g_nInterrupts > 0; }
+
+void EndNow(int exitCode) noexcept { _exit(exitCode); }
