@@ -1,0 +1,19 @@
+#include "text/Words.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+std::string JoinWords(const std::vector<std::string>& words, std::string_view last) {
+    std::string joined;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        if (i > 0) {
+            joined += i + 1 < words.size() ? ", " : " " + std::string(last) + " ";
+        }
+        joined += words[i];
+    }
+    return joined;
+}
+
+std::string InQuotes(std::string_view text) { return "\"" + std::string(text) + "\""; }

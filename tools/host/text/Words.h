@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// "a, b or c", with that last word between the last two.
+std::string JoinWords(const std::vector<std::string>& words, std::string_view last);
+
+/// The text in double quotes.
+std::string InQuotes(std::string_view text);
