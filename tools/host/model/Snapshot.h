@@ -51,5 +51,6 @@ struct Snapshot {
     std::vector<ChannelInfo> channels;
     std::vector<ChannelStatus> statuses;  // one for each channel
     std::vector<AlarmStatus> alarms;
-    DurationHistogram exchanges;  // how long reads took
+    DurationHistogram exchanges;       // how long reads took
+    std::uint64_t logWriteErrors = 0;  // rows and events that the log's file did not take
 };
