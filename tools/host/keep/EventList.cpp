@@ -17,5 +17,6 @@ std::vector<Event> EventList::After(std::uint64_t id) const {
     if (m_events.empty() || id > m_events.back().id) {
         id = 0;
     }
-    return {std::ranges::upper_bound(m_events, id, {}, &Event::id), m_events.end()};
+    const auto isNew = [id](const Event& event) { return event.id > id; };
+    return {std::ranges::find_if(m_events, isNew), m_events.end()};
 }

@@ -155,8 +155,8 @@ void WriteStates(Writer& writer, const Snapshot& snapshot) {
 void WriteReads(Writer& writer, const Snapshot& snapshot) {
     writer.Gauge("oko_reading_age", "seconds", "How long ago the channel's last value came.");
     for (std::size_t i = 0; i < snapshot.channels.size(); ++i) {
-        if (snapshot.statuses[i].ageSeconds) {
-            writer.Sample("", {{"channel", snapshot.channels[i].key}}, *snapshot.statuses[i].ageSeconds);
+        if (const auto& age = snapshot.statuses[i].ageSeconds) {
+            writer.Sample("", {{"channel", snapshot.channels[i].key}}, *age);
         }
     }
     writer.Counter("oko_reads", "How often the channel was read.");
