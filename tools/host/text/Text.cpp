@@ -1,6 +1,7 @@
 #include "text/Text.h"
 
 #include <cstddef>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -44,4 +45,9 @@ std::string ToUtf8(std::wstring_view text) {
         }
     }
     return utf8;
+}
+
+std::string PathText(const std::filesystem::path& path) {
+    const std::u8string text = path.u8string();
+    return {text.begin(), text.end()};
 }
