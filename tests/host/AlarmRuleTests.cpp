@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-#include "judge/ChannelName.h"
 #include "model/ChannelInfo.h"
+#include "model/FindChannel.h"
 
 namespace {
 

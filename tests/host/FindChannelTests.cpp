@@ -53,26 +53,24 @@ TEST_F(FindChannelTests, KeyFindsItsChannel) { EXPECT_EQ(*FindChannel(channels, 
 
 TEST_F(FindChannelTests, KindChoosesAmongEqualNames) { EXPECT_EQ(*FindChannel(channels, "gas:Room"), 2U); }
 
-TEST_F(FindChannelTests, OfSeveralOfOneKindAndNameTheNameMeansTheFirst) {
-    EXPECT_EQ(*FindChannel(channels, "Twin"), 4U);
-}
-
-TEST_F(FindChannelTests, NameInSeveralKindsIsRefusedWithoutItsKind) {
+TEST_F(FindChannelTests, NameOfSeveralIsRefusedWithTheirKeys) {
+    EXPECT_EQ(FindChannel(channels, "Twin").error,
+              "\"Twin\" is the name of 2 channels: write humidity:Twin:0 or humidity:Twin:1");
     EXPECT_EQ(FindChannel(channels, "Room").error,
-              "\"Room\" is the name of a temperature and of a gas channel: write temperature:Room or gas:Room");
+              "\"Room\" is the name of 2 channels: write temperature:Room or gas:Room");
 }
 
 TEST_F(FindChannelTests, UnknownNameIsToldWhatThereIs) {
     EXPECT_EQ(FindChannel(channels, "Lid").error,
-              "no channel is called \"Lid\"; the channels are: temperature:Room, Base, gas:Room, CO2, "
-              "humidity:Twin:0, humidity:Twin:1");
+              "no channel is called \"Lid\": write temperature:Room, Base, gas:Room, CO2, humidity:Twin:0 or "
+              "humidity:Twin:1");
     EXPECT_FALSE(FindChannel(channels, "humidity:CO2"));
 }
 
 TEST_F(FindChannelTests, SensorHasNoTarget) {
     EXPECT_EQ(FindChannelWithTarget(channels, "Base").error,
-              "\"Base\" is a sensor without a target; targets have: temperature:Room, gas:Room, CO2, "
-              "humidity:Twin:0, humidity:Twin:1");
+              "\"Base\" is a sensor without a target: write temperature:Room, gas:Room, CO2, humidity:Twin:0 or "
+              "humidity:Twin:1");
     EXPECT_TRUE(FindChannelWithTarget(channels, "CO2"));
 }
 

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "judge/Band.h"
-#include "judge/ChannelName.h"
 #include "model/ChannelInfo.h"
+#include "model/FindChannel.h"
 #include "text/Duration.h"
 #include "text/Number.h"
 #include "text/Parsed.h"

@@ -2,63 +2,63 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "model/ChannelInfo.h"
 #include "text/Parsed.h"
+#include "text/Words.h"
 
 namespace {
 
-std::string Quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
-
-/// "channels are: H301-T, Base, CO2"
-template <class Predicate>
-std::string KeysWhere(const std::vector<ChannelInfo>& channels, Predicate predicate) {
-    std::string keys;
-    for (const ChannelInfo& channel : channels) {
-        if (predicate(channel)) {
-            keys += (keys.empty() ? "" : ", ") + channel.key;
-        }
-    }
+std::vector<std::string> Keys(const std::vector<ChannelInfo>& channels) {
+    std::vector<std::string> keys;
+    std::ranges::transform(channels, std::back_inserter(keys), &ChannelInfo::key);
     return keys;
+}
+
+bool IsMeant(const ChannelInfo& channel, std::string_view name) {
+    return name == channel.name || name == std::string(KindName(channel.kind)) + ":" + channel.name;
+}
+
+std::string Unknown(const std::vector<ChannelInfo>& channels, std::string_view name) {
+    const std::string sentence = "no channel is called " + InQuotes(name);
+    if (channels.empty()) {
+        return sentence + ": there is none at all";
+    }
+    return sentence + ": write " + JoinWords(Keys(channels), "or");
 }
 
 }  // namespace
 
-Parsed<std::size_t> FindChannel(const std::vector<ChannelInfo>& channels, std::string_view text) {
-    const auto indexOf = [&](auto found) { return static_cast<std::size_t>(found - channels.begin()); };
-    if (const auto found = std::ranges::find(channels, text, &ChannelInfo::key); found != channels.end()) {
-        return Parsed<std::size_t>::Of(indexOf(found));
+Parsed<std::size_t> FindChannel(const std::vector<ChannelInfo>& channels, std::string_view name) {
+    const auto byKey = std::ranges::find(channels, name, &ChannelInfo::key);
+    if (byKey != channels.end()) {
+        return Parsed<std::size_t>::Of(static_cast<std::size_t>(byKey - channels.begin()));
     }
-    const auto matches = [&](const ChannelInfo& channel) {
-        return text == channel.name || text == std::string(KindName(channel.kind)) + ":" + channel.name;
-    };
-    const auto found = std::ranges::find_if(channels, matches);
-    if (found == channels.end()) {
-        return Parsed<std::size_t>::Error("no channel is called " + Quoted(text) + "; the channels are: " +
-                                          KeysWhere(channels, [](const ChannelInfo&) { return true; }));
+    std::vector<ChannelInfo> meant;
+    std::ranges::copy_if(channels, std::back_inserter(meant),
+                         [&](const auto& channel) { return IsMeant(channel, name); });
+    if (meant.empty()) {
+        return Parsed<std::size_t>::Error(Unknown(channels, name));
     }
-    const auto other = std::find_if(found, channels.end(), [&](const ChannelInfo& channel) {
-        return matches(channel) && channel.kind != found->kind;
-    });
-    if (other != channels.end()) {
-        const std::string first = KindName(found->kind);
-        const std::string second = KindName(other->kind);
-        return Parsed<std::size_t>::Error(Quoted(text) + " is the name of a " + first + " and of a " + second +
-                                          " channel: write " + first + ":" + found->name + " or " + second + ":" +
-                                          other->name);
+    if (meant.size() > 1) {
+        return Parsed<std::size_t>::Error(InQuotes(name) + " is the name of " + std::to_string(meant.size()) +
+                                          " channels: write " + JoinWords(Keys(meant), "or"));
     }
-    return Parsed<std::size_t>::Of(indexOf(found));
+    const auto found = std::ranges::find(channels, meant.front().key, &ChannelInfo::key);
+    return Parsed<std::size_t>::Of(static_cast<std::size_t>(found - channels.begin()));
 }
 
-Parsed<std::size_t> FindChannelWithTarget(const std::vector<ChannelInfo>& channels, std::string_view text) {
-    auto found = FindChannel(channels, text);
-    if (found && !channels[*found].canSetTarget) {
-        return Parsed<std::size_t>::Error(
-            Quoted(text) + " is a sensor without a target; targets have: " +
-            KeysWhere(channels, [](const ChannelInfo& channel) { return channel.canSetTarget; }));
+Parsed<std::size_t> FindChannelWithTarget(const std::vector<ChannelInfo>& channels, std::string_view name) {
+    auto found = FindChannel(channels, name);
+    if (!found || channels[*found].canSetTarget) {
+        return found;
     }
-    return found;
+    std::vector<ChannelInfo> settable;
+    std::ranges::copy_if(channels, std::back_inserter(settable), &ChannelInfo::canSetTarget);
+    return Parsed<std::size_t>::Error(InQuotes(name) + " is a sensor without a target: write " +
+                                      JoinWords(Keys(settable), "or"));
 }

@@ -15,7 +15,7 @@
 #include "model/Reading.h"
 #include "model/Snapshot.h"
 #include "text/Json.h"
-#include "text/UtcTime.h"
+#include "text/Time.h"
 
 namespace {
 
