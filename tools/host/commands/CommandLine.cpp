@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <iostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "ExitCode.h"
@@ -15,8 +16,12 @@
 #include "device/Library.h"
 #include "device/SettingsFile.h"
 #include "device/TargetSetting.h"
+#include "judge/AlarmRule.h"
+#include "keep/CsvFormat.h"
+#include "platform/GrowingFile.h"
 #include "show/Output.h"
 #include "text/Duration.h"
+#include "text/Parsed.h"
 
 namespace {
 
@@ -32,6 +37,22 @@ std::string TakeDuration(const std::string& text, double& seconds) {
     }
     seconds = *parsed;
     return {};
+}
+
+/// An option that may be repeated, each text of it parsed.
+template <class Value>
+void AddTexts(CLI::App& command, const char* name, const char* type, std::vector<Value>& values,
+              Parsed<Value> (*parse)(std::string_view), const char* what) {
+    const auto take = [name, &values, parse](const std::vector<std::string>& texts) {
+        for (const std::string& text : texts) {
+            const Parsed<Value> parsed = parse(text);
+            if (!parsed) {
+                throw CLI::ValidationError(name, parsed.error);
+            }
+            values.push_back(*parsed);
+        }
+    };
+    command.add_option_function<std::vector<std::string>>(name, take, what)->type_name(type);
 }
 
 int Fail(const std::exception& error, ExitCode code) {
@@ -106,26 +127,12 @@ void AddWatchOptions(CLI::App& command, WatchRequest& request) {
             },
             "How long, such as 10s, 2min or 3d; until Ctrl+C when left out")
         ->type_name("TIME");
-    command
-        .add_option_function<std::vector<std::string>>(
-            "--set",
-            [&request](const std::vector<std::string>& texts) {
-                for (const std::string& text : texts) {
-                    const auto target = ParseTargetSetting(text);
-                    if (!target) {
-                        throw CLI::ValidationError("--set", target.error);
-                    }
-                    request.targets.push_back(*target);
-                }
-            },
-            "Sets a target first: NAME=VALUE, or KIND:NAME=VALUE; may be repeated")
-        ->type_name("NAME=VALUE");
+    AddTexts(command, "--set", "NAME=VALUE", request.targets, ParseTargetSetting,
+             "Sets a target first: NAME=VALUE, or KIND:NAME=VALUE; may be repeated");
     command.add_flag("--strict", request.strict, "A target that the device changes is a failure");
-    command
-        .add_option(
-            "--alarm", request.alarms,
-            "Watches a channel: \"CO2: 4.5..5.5 for 2m\", \"CO2 for 2m\" (by the tolerances), \"all\"; may be repeated")
-        ->type_name("RULE");
+    AddTexts(
+        command, "--alarm", "RULE", request.alarms, ParseAlarm,
+        "Watches a channel: \"CO2: 4.5..5.5 for 2m\", \"CO2 for 2m\" (by the tolerances), \"all\"; may be repeated");
     AddDuration(command, "--missing", request.missingWithinSeconds,
                 "A channel without a value for that long is an alarm; 30s or three rows when left out");
     command.add_flag("--beep", request.beep, "Sounds when an alarm comes on");
@@ -162,5 +169,9 @@ int RunCommandLine(std::vector<std::string> arguments) {
         return Fail(error, kExitNotKept);
     } catch (const OutputError& error) {
         return Fail(error, kExitNotWritten);
+    } catch (const FileError& error) {
+        return Fail(error, kExitNotWritten);
+    } catch (const CsvError& error) {
+        return Fail(error, kExitBadFile);
     }
 }

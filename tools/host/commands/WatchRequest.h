@@ -7,6 +7,7 @@
 
 #include "device/DeviceThread.h"
 #include "device/TargetSetting.h"
+#include "judge/AlarmRule.h"
 
 /// What every command that watches a device was asked for.
 struct WatchRequest {
@@ -18,8 +19,8 @@ struct WatchRequest {
     std::optional<double> seconds;       // --for; none: until Ctrl+C
     std::vector<TargetSetting> targets;  // set first
     bool strict = false;                 // a clamped target is a failure
-    std::vector<std::string> alarms;     // --alarm texts
-    double missingWithinSeconds = 0.0;   // --missing: a channel without a value for so long is an alarm; 0: 30 s
+    std::vector<AlarmText> alarms;
+    double missingWithinSeconds = 0.0;  // --missing: a channel without a value for so long is an alarm; 0: 30 s
     bool beep = false;
     std::filesystem::path onAlarm;  // empty: no program is started
     std::filesystem::path csv;      // empty: no log

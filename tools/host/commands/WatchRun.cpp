@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,9 +17,12 @@
 #include "commands/WatchRequest.h"
 #include "device/DeviceThread.h"
 #include "device/SettingsFile.h"
+#include "judge/Alarm.h"
+#include "judge/AlarmRule.h"
 #include "judge/Watch.h"
 #include "model/DeviceMessage.h"
 #include "model/Event.h"
+#include "model/Reading.h"
 #include "model/Snapshot.h"
 #include "platform/Interrupt.h"
 #include "platform/Now.h"
@@ -101,7 +106,18 @@ void WatchRun::SetTarget(std::size_t channel, double value, OnTargetSet onSet) {
 }
 
 void WatchRun::AddEvent(EventKind kind, const std::string& text, const std::string& channel) {
-    const Event event{.id = ++m_nEvents, .when = ::Now(), .kind = kind, .channel = channel, .text = text};
+    Tell({.id = 0, .when = ::Now(), .kind = kind, .channel = channel, .text = text});
+}
+
+void WatchRun::WatchFor(const std::vector<AlarmRule>& rules) {
+    const double delay = m_request.missingWithinSeconds > 0.0 ? m_request.missingWithinSeconds
+                                                              : DefaultMissingDataDelay(Now().intervalSeconds);
+    m_alarms.emplace(Now().channels, rules, delay, Now().when);
+    m_watch.SetAlarms(m_alarms->Statuses());
+}
+
+void WatchRun::Tell(Event event) {
+    event.id = TakeEventId();
     for (const auto& [onRow, onEvent] : m_sinks) {
         onEvent(event);
     }
@@ -132,17 +148,25 @@ void WatchRun::Take(const DeviceMessage& message) {
 
 /// Events first: what led to a row stands above it.
 void WatchRun::PassOn(bool row) {
-    for (Event& event : m_watch.TakeEvents()) {
-        event.id = ++m_nEvents;
-        for (const auto& [onRow, onEvent] : m_sinks) {
-            onEvent(event);
-        }
+    std::ranges::for_each(m_watch.TakeEvents(), [this](const Event& event) { Tell(event); });
+    if (!row) {
+        return;
     }
-    if (row) {
-        for (const auto& [onRow, onEvent] : m_sinks) {
-            onRow(Now());
-        }
+    JudgeAlarms();
+    for (const auto& [onRow, onEvent] : m_sinks) {
+        onRow(Now());
     }
+}
+
+void WatchRun::JudgeAlarms() {
+    if (!m_alarms) {
+        return;
+    }
+    std::vector<Reading> readings;
+    std::ranges::transform(Now().statuses, std::back_inserter(readings), &ChannelStatus::reading);
+    const std::vector<AlarmChange> changes = m_alarms->Update(readings, Now().when);
+    m_watch.SetAlarms(m_alarms->Statuses());
+    std::ranges::for_each(changes, [this](const AlarmChange& change) { Tell(change.event); });
 }
 
 Readiness ReadSettingsInto(WatchRequest& request) {

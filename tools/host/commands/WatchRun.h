@@ -11,6 +11,8 @@
 
 #include "commands/WatchRequest.h"
 #include "device/DeviceThread.h"
+#include "judge/Alarm.h"
+#include "judge/AlarmRule.h"
 #include "judge/Watch.h"
 #include "model/DeviceMessage.h"
 #include "model/Event.h"
@@ -36,6 +38,9 @@ class WatchRun {
     /// Starts the device and waits until it is open. Else the exit code; Sentence() tells the user why.
     int Open();
 
+    /// Judges each row by these rules from now on; each alarm that comes or goes is an event.
+    void WatchFor(const std::vector<AlarmRule>& rules);
+
     /// Goes on until this returns true (asked after each message and at least ten times a second), Ctrl+C, or the
     /// device is gone. True when it was the function that ended it.
     bool RunUntil(const std::function<bool()>& isEnough);
@@ -49,6 +54,9 @@ class WatchRun {
 
     /// Adds an event of this program's own.
     void AddEvent(EventKind kind, const std::string& text, const std::string& channel = {});
+
+    /// The number of the next event, for one that is not given to all sinks.
+    std::uint64_t TakeEventId() noexcept { return ++m_nEvents; }
 
     const Snapshot& Now() const noexcept { return m_watch.Now(); }
     bool IsSilent() const noexcept { return m_watch.IsSilent(); }  // a call takes too long
@@ -64,12 +72,15 @@ class WatchRun {
     void Pump(double waitSeconds);
     void Take(const DeviceMessage& message);
     void PassOn(bool row);
+    void JudgeAlarms();
+    void Tell(Event event);
 
     WatchRequest m_request;
     double m_dAnswerWithin;
     std::shared_ptr<DeviceThread::Queue> m_messages = std::make_shared<DeviceThread::Queue>();
     std::unique_ptr<DeviceThread> m_device;
     Watch m_watch;
+    std::optional<Alarms> m_alarms;
     std::vector<std::pair<OnRow, OnEvent>> m_sinks;
     std::map<std::uint64_t, OnTargetSet> m_awaited;
     std::uint64_t m_nRequests = 0;

@@ -1,14 +1,19 @@
 #include "commands/Watching.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <iostream>
+#include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "ExitCode.h"
 #include "commands/WatchRequest.h"
 #include "commands/WatchRun.h"
 #include "commands/WatchTargets.h"
+#include "judge/AlarmRule.h"
+#include "keep/CsvLog.h"
 #include "model/Event.h"
 #include "model/Snapshot.h"
 #include "platform/Interrupt.h"
@@ -19,30 +24,86 @@ namespace {
 
 void TellUser(const std::string& sentence) { std::cerr << "oko-host: " << sentence << std::endl; }
 
-/// The sinks that the request asks for, in the order in which they must not be missed: file, then actions, then view.
+/// What becomes of rows and events, in the order in which they must not be missed: the log, then the view. What comes
+/// before the device is open waits for the log to begin.
 class Sinks {
  public:
-    Sinks(WatchRun& run, const WatchParts& parts);
+    Sinks(WatchRun& run, const WatchParts& parts) : m_run(run), m_parts(parts) {
+        run.AddSink([this](const Snapshot& snapshot) { TakeRow(snapshot); },
+                    [this](const Event& event) { TakeEvent(event); });
+    }
 
-    bool Written() const { return !OutputFailed(); }
+    /// Begins the log. Throws CsvError and FileError.
+    void BeginLog();
+
+    bool Written() const { return !OutputFailed() && (!m_log || m_log->LostRows() == 0); }
+
+ private:
+    void TakeRow(const Snapshot& snapshot);
+    void TakeEvent(const Event& event);
+    void ShowEvent(const Event& event) const;
+    void ShowTrouble(const std::optional<Event>& trouble) const;
+
+    WatchRun& m_run;
+    const WatchParts& m_parts;
+    std::vector<Event> m_early;
+    std::optional<CsvLog> m_log;
 };
 
-Sinks::Sinks(WatchRun& run, const WatchParts& parts) {
-    run.AddSink(
-        [&parts](const Snapshot& snapshot) {
-            if (parts.onRow) {
-                parts.onRow(snapshot);
-            }
-        },
-        [&parts](const Event& event) {
-            if (parts.onEvent) {
-                parts.onEvent(event);
-            }
-        });
+void Sinks::BeginLog() {
+    const WatchRequest& request = m_run.Request();
+    if (request.csv.empty()) {
+        return;
+    }
+    m_log.emplace(request.csv, m_run.Now(), request.append ? CsvLog::IfThere::Append : CsvLog::IfThere::Refuse);
+    for (const Event& event : m_early) {
+        ShowTrouble(m_log->AddEvent(event));
+    }
+    m_early.clear();
 }
 
-/// Targets first, then what the command does once the device is open.
-int Begin(WatchRun& run, const WatchParts& parts) {
+void Sinks::TakeRow(const Snapshot& snapshot) {
+    if (m_log) {
+        ShowTrouble(m_log->AddSample(snapshot));
+    }
+    if (m_parts.onRow) {
+        m_parts.onRow(snapshot);
+    }
+}
+
+void Sinks::TakeEvent(const Event& event) {
+    if (m_log) {
+        ShowTrouble(m_log->AddEvent(event));
+    } else if (!m_run.Request().csv.empty()) {
+        m_early.push_back(event);
+    }
+    ShowEvent(event);
+}
+
+void Sinks::ShowEvent(const Event& event) const {
+    if (m_parts.onEvent) {
+        m_parts.onEvent(event);
+    }
+}
+
+/// The log's own: it has written it where it can.
+void Sinks::ShowTrouble(const std::optional<Event>& trouble) const {
+    if (trouble) {
+        Event event = *trouble;
+        event.id = m_run.TakeEventId();
+        ShowEvent(event);
+    }
+}
+
+/// The log and the alarms, then the targets, then what the command does once the device is open.
+int Begin(WatchRun& run, const WatchParts& parts, Sinks& sinks) {
+    const auto rules = ResolveAlarms(run.Request().alarms, run.Now().channels);
+    if (!rules) {
+        TellUser(rules.error);
+        return kExitBadTarget;
+    }
+    sinks.BeginLog();
+    run.WatchFor(*rules);
     const TargetsOutcome targets = SetTargets(run, run.Request().targets, run.Request().strict);
     std::ranges::for_each(targets.sentences, TellUser);
     if (targets.exitCode != kExitDone && targets.exitCode != kExitClamped) {
@@ -81,14 +142,18 @@ int RunWatch(WatchRequest request, const WatchParts& parts) {
         TellUser(readiness.sentence);
         return readiness.exitCode;
     }
+    if (!request.csv.empty() && !request.append && std::filesystem::is_regular_file(request.csv)) {
+        TellUser(request.csv.string() + " is there already: name another file, or go on in it with --append");
+        return kExitNotWritten;
+    }
     if (parts.announce) {
         parts.announce(Announcement(request));
     }
     WatchRun run(std::move(request));
-    const Sinks sinks(run, parts);
+    Sinks sinks(run, parts);
     int code = run.Open();
     if (code == kExitDone) {
-        code = Begin(run, parts);
+        code = Begin(run, parts, sinks);
         if (code == kExitDone || code == kExitClamped) {
             RunRows(run, parts);
             const int end = JudgeEnd(run.Now(), sinks.Written());
