@@ -19,7 +19,9 @@
 
 namespace {
 
-bool IsAnswer(const Reading& reading) { return reading.state != ChannelState::NoAnswer; }
+bool HasAnswered(const ChannelStatus& status) {
+    return status.reads > 0 && status.reading.state != ChannelState::NoAnswer;
+}
 
 }  // namespace
 
@@ -63,8 +65,8 @@ bool Watch::Tick(Moment now) {
     if (!m_bOpen || !m_bSilent || now.seconds < due) {
         return false;
     }
-    // By the clock of the rows, so that an outage has as many of them as time without one.
-    m_lastRow.seconds = std::max(due, now.seconds - m_rules.intervalSeconds);
+    // By the clock of the rows; but the time until the device counted as silent is not made up for.
+    m_lastRow.seconds = now.seconds - due < m_rules.intervalSeconds ? due : now.seconds;
     ++m_snapshot.row;
     return true;
 }
@@ -95,6 +97,9 @@ void Watch::Handle(const device_message::ChannelRead& read) {
         m_answered[read.channel] = m_snapshot.when;
     }
     NoteTarget(read.channel, read.reading.target);
+    if (!read.reading.Valid()) {
+        return;
+    }
     std::optional<bool>& airMode = m_airModes[read.channel];
     if (airMode && *airMode != read.reading.airMode) {
         Tell(EventKind::AirMode, read.reading.airMode ? "on" : "off", m_snapshot.channels[read.channel].key);
@@ -123,15 +128,15 @@ void Watch::JudgeLink() {
         return;
     }
     const bool anyRead = std::ranges::any_of(m_snapshot.statuses, [](const auto& status) { return status.reads > 0; });
-    const bool anyAnswer = std::ranges::any_of(
-        m_snapshot.statuses, [](const auto& status) { return status.reads > 0 && IsAnswer(status.reading); });
-    const bool lost = m_bSilent || (anyRead && !anyAnswer && !m_snapshot.statuses.empty());
-    m_snapshot.live = anyRead && !lost;
+    const bool anyAnswer = std::ranges::any_of(m_snapshot.statuses, HasAnswered);
+    const bool allRead = std::ranges::all_of(m_snapshot.statuses, [](const auto& status) { return status.reads > 0; });
+    const bool lost = m_bSilent || (anyRead && allRead && !anyAnswer);
+    m_snapshot.live = anyRead && anyAnswer && !lost;
     if (m_bSilent) {
         const double silence = std::floor(m_snapshot.when.seconds - m_call->begun.seconds);
         m_snapshot.reason = "the device has not answered for " + FormatShortest(silence) + " s";
     } else {
-        m_snapshot.reason = lost ? "no channel answers" : anyRead ? "" : "nothing was read yet";
+        m_snapshot.reason = lost ? "no channel answers" : m_snapshot.live ? "" : "nothing was read yet";
     }
     if (lost != m_bLost) {
         Tell(lost ? EventKind::LinkLost : EventKind::LinkBack, lost ? m_snapshot.reason : "the device answers again");
