@@ -17,7 +17,6 @@
 #include "model/Reading.h"
 #include "model/Snapshot.h"
 #include "text/Duration.h"
-#include "text/Number.h"
 
 namespace {
 
@@ -43,15 +42,19 @@ std::optional<AlarmChange> BandAlarm::Update(const Reading& reading, Moment now)
     const bool wasOn = m_phase == AlarmPhase::On;
     TakeTarget(reading.target, now);
     ArmInTime(now);
-    if (reading.current && m_band) {
-        Judge(*reading.current, m_lastRound ? now.seconds - m_lastRound->seconds : 0.0, now);
-    }
-    if (reading.current) {
-        m_lastRound = now;
-        m_value = reading.current;
-    } else {
+    if (!reading.current) {
         m_lastRound.reset();
+        return Change(wasOn, now);
     }
+    if (m_band) {
+        Judge(*reading.current, *m_band, now);
+    }
+    m_value = *reading.current;
+    m_lastRound = now;
+    return Change(wasOn, now);
+}
+
+std::optional<AlarmChange> BandAlarm::Change(bool wasOn, Moment now) const {
     if (wasOn == (m_phase == AlarmPhase::On)) {
         return std::nullopt;
     }
@@ -79,11 +82,11 @@ void BandAlarm::ArmInTime(Moment now) {
     }
 }
 
-void BandAlarm::Judge(double value, double elapsed, Moment now) {
-    const bool inside = m_band->Holds(value);
+void BandAlarm::Judge(double value, const Band& band, Moment now) {
+    const bool inside = band.Holds(value);
     m_settled = m_settled || inside;
     if (m_phase == AlarmPhase::On) {
-        m_phase = IsInsideByHysteresis(value) ? AlarmPhase::Watching : AlarmPhase::On;
+        m_phase = IsInsideByHysteresis(value, band) ? AlarmPhase::Watching : AlarmPhase::On;
         return;
     }
     if (inside) {
@@ -98,16 +101,16 @@ void BandAlarm::Judge(double value, double elapsed, Moment now) {
         m_since = now;
         m_outside = 0.0;
     } else {
-        m_outside += elapsed;
+        m_outside += m_lastRound ? now.seconds - m_lastRound->seconds : 0.0;
     }
     if (HasPassed(m_outside, m_rule.delaySeconds)) {
         m_phase = AlarmPhase::On;
     }
 }
 
-bool BandAlarm::IsInsideByHysteresis(double value) const {
-    const double hysteresis = m_rule.hysteresis.value_or(kUsualHysteresis * m_band->Width());
-    return value >= m_band->low + hysteresis && value <= m_band->high - hysteresis;
+bool BandAlarm::IsInsideByHysteresis(double value, const Band& band) const {
+    const double hysteresis = m_rule.hysteresis.value_or(kUsualHysteresis * band.Width());
+    return value >= band.low + hysteresis && value <= band.high - hysteresis;
 }
 
 AlarmStatus BandAlarm::Status() const {
@@ -121,11 +124,12 @@ AlarmStatus BandAlarm::Status() const {
 }
 
 std::string BandAlarm::Reason() const {
-    const std::string place = DescribePlace(m_channel, *m_value, *m_band);
+    const Band band = m_band.value_or(Band{});
+    const std::string place = DescribePlace(m_channel, m_value, band);
     if (!m_lastRound) {
         return m_channel.key + " was " + place + ", when it last gave a value";
     }
-    if (m_band->Holds(*m_value)) {
+    if (band.Holds(m_value)) {
         return m_channel.key + " is " + place + ", but not yet well inside";
     }
     return m_channel.key + " is " + place;
@@ -144,10 +148,10 @@ std::string BandAlarm::OnText() const {
 
 std::string BandAlarm::OffText(Moment now) const {
     if (m_phase == AlarmPhase::Unarmed) {
-        return m_channel.key + " has a new target, " + DescribeValue(m_channel, *m_target) +
+        return m_channel.key + " has a new target, " + DescribeValue(m_channel, m_target.value_or(0.0)) +
                ": watched again once it is reached";
     }
-    return m_channel.key + " is " + DescribePlace(m_channel, *m_value, *m_band) + " again, after " +
+    return m_channel.key + " is " + DescribePlace(m_channel, m_value, m_band.value_or(Band{})) + " again, after " +
            Lasting(now.seconds - m_since.seconds);
 }
 
@@ -209,6 +213,7 @@ std::vector<AlarmChange> Alarms::Update(const std::vector<Reading>& readings, Mo
 
 std::vector<AlarmStatus> Alarms::Statuses() const {
     std::vector<AlarmStatus> statuses;
+    statuses.reserve(m_bands.size() + m_missing.size());
     for (const BandAlarm& alarm : m_bands) {
         statuses.push_back(alarm.Status());
     }

@@ -38,10 +38,11 @@ class BandAlarm {
     AlarmStatus Status() const;
 
  private:
+    std::optional<AlarmChange> Change(bool wasOn, Moment now) const;
     void TakeTarget(const std::optional<double>& target, Moment now);
     void ArmInTime(Moment now);
-    void Judge(double value, double elapsed, Moment now);
-    bool IsInsideByHysteresis(double value) const;
+    void Judge(double value, const Band& band, Moment now);
+    bool IsInsideByHysteresis(double value, const Band& band) const;
     std::string Reason() const;
     std::string OnText() const;
     std::string OffText(Moment now) const;
@@ -55,8 +56,8 @@ class BandAlarm {
     bool m_settled = false;             // was in its band since it is watched
     Moment m_since;                     // of Pending and On: since when it is outside
     double m_outside = 0.0;             // s, with data
-    std::optional<Moment> m_lastRound;  // none: it brought no value
-    std::optional<double> m_value;      // the last one
+    double m_value = 0.0;               // the last one
+    std::optional<Moment> m_lastRound;  // when it came; none: the last round brought no value
 };
 
 /// Whether a channel gives values at all. Armed from the start: an alarm when the last value is older than the delay.

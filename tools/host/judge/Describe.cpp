@@ -15,6 +15,7 @@ std::string WithUnit(const ChannelInfo& channel, double value, int decimals) {
     return FormatFixed(value, decimals) + " " + UnitOf(channel.kind);
 }
 
+/// Two, or more where these would not tell the one from the other.
 int DecimalsThatTell(double value, double beside) {
     int decimals = kDecimals;
     while (decimals < kMostDecimals && value != beside &&
@@ -28,10 +29,6 @@ int DecimalsThatTell(double value, double beside) {
 
 std::string DescribeValue(const ChannelInfo& channel, double value) { return WithUnit(channel, value, kDecimals); }
 
-std::string DescribeValue(const ChannelInfo& channel, double value, double beside) {
-    return WithUnit(channel, value, DecimalsThatTell(value, beside));
-}
-
 std::string DescribeBand(const ChannelInfo& channel, const Band& band) {
     return FormatFixed(band.low, kDecimals) + " to " + DescribeValue(channel, band.high);
 }
@@ -42,6 +39,6 @@ std::string DescribePlace(const ChannelInfo& channel, double value, const Band& 
     }
     const bool above = value > band.high;
     const double limit = above ? band.high : band.low;
-    return DescribeValue(channel, value, limit) + (above ? ", above " : ", below ") +
-           DescribeValue(channel, limit, value);
+    const int decimals = DecimalsThatTell(value, limit);
+    return WithUnit(channel, value, decimals) + (above ? ", above " : ", below ") + WithUnit(channel, limit, decimals);
 }

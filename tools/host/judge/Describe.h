@@ -7,9 +7,8 @@
 
 /// Values in sentences for people.
 
-/// "37.50 °C"; with more decimals where two would not tell the value from the one beside it.
+/// "37.50 °C"
 std::string DescribeValue(const ChannelInfo& channel, double value);
-std::string DescribeValue(const ChannelInfo& channel, double value, double beside);
 
 /// "4.50 to 5.50 %"
 std::string DescribeBand(const ChannelInfo& channel, const Band& band);

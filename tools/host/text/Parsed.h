@@ -14,6 +14,8 @@ struct Parsed {
     static Parsed Error(std::string sentence) { return {std::nullopt, std::move(sentence)}; }
 
     explicit operator bool() const { return value.has_value(); }
+    // NOLINTBEGIN(bugprone-unchecked-optional-access): as with an optional, the caller asks first
     const T& operator*() const { return *value; }
     const T* operator->() const { return &*value; }
+    // NOLINTEND(bugprone-unchecked-optional-access)
 };
