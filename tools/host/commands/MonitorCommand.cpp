@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cstddef>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -16,11 +15,12 @@
 #include "model/ChannelInfo.h"
 #include "model/Event.h"
 #include "model/Snapshot.h"
-#include "platform/Now.h"
 #include "show/DeviceTable.h"
 #include "show/Output.h"
 #include "show/Screen.h"
-#include "show/Table.h"
+#include "show/SnapshotJson.h"
+#include "show/Summary.h"
+#include "text/Number.h"
 #include "text/Time.h"
 
 namespace {
@@ -28,13 +28,11 @@ namespace {
 /// The monitor's terminal: tables in place, events above them.
 class Terminal {
  public:
-    void ShowRow(const Snapshot& snapshot) {
-        Guard([&] { m_screen.Show(DeviceTable(snapshot)); });
-    }
+    void ShowRow(const Snapshot& snapshot) { m_screen.Show(DeviceTable(snapshot)); }
 
-    /// Everything but the library's lines tells of the experiment; those go where errors go, as they always did.
+    /// Where the library's lines and errors always went.
     void ShowEvent(const Event& event) {
-        Guard([&] { m_screen.MakeRoom(); });
+        m_screen.MakeRoom();
         const std::string subject = event.channel.empty() ? "" : " " + event.channel;
         const std::string text = event.text.empty() ? "" : ": " + event.text;
         std::cerr << FormatLocal(event.when.utcMs) << "  " << EventKindName(event.kind) << subject << text << std::endl;
@@ -43,42 +41,48 @@ class Terminal {
     void Leave() { m_screen.Leave(); }
 
  private:
-    /// The watch goes on without its view: it may have a log to keep.
-    template <class Show>
-    static void Guard(const Show& show) {
-        try {
-            show();
-        } catch (const OutputError& error) {
-            std::cerr << "oko-host: " << error.what() << std::endl;
-        }
-    }
-
     Screen m_screen;
 };
 
-void PrintSummary(const WatchRun& run, double seconds) {
+std::string DoneLine(const WatchRun& run) {
     const Snapshot& snapshot = run.Now();
     const auto count = [&](ChannelKind kind) {
         return std::ranges::count(snapshot.channels, kind, &ChannelInfo::kind);
     };
-    Print("done: " + run.Request().device.device + ", " + FormatValue(seconds) + " s, " +
-          std::to_string(count(ChannelKind::Temperature)) + " temperature, " + std::to_string(count(ChannelKind::Gas)) +
-          " gas and " + std::to_string(count(ChannelKind::Humidity)) + " humidity channels, " +
-          std::to_string(snapshot.row) + " rows\n");
+    const Summary summary = run.MakeSummary();
+    return "done: " + run.Request().device.device + ", " + FormatFixed(summary.seconds, 2) + " s, " +
+           std::to_string(count(ChannelKind::Temperature)) + " temperature, " +
+           std::to_string(count(ChannelKind::Gas)) + " gas and " + std::to_string(count(ChannelKind::Humidity)) +
+           " humidity channels, " + std::to_string(snapshot.row) + " rows, " +
+           std::to_string(summary.statistics.Moved()) + " of " + std::to_string(snapshot.channels.size()) +
+           " values moved";
 }
 
-int RunMonitor(const WatchRequest& request) {
-    Terminal terminal;
-    const double begun = Now().seconds;
+WatchParts ForPeople(Terminal& terminal) {
     WatchParts parts;
     parts.announce = [](const std::vector<std::string>& lines) { Print(JoinLines(lines)); };
-    parts.onRow = [&](const Snapshot& snapshot) { terminal.ShowRow(snapshot); };
-    parts.onEvent = [&](const Event& event) { terminal.ShowEvent(event); };
-    parts.beforeClose = [&](const WatchRun& run) {
+    parts.onRow = [&terminal](const Snapshot& snapshot) { terminal.ShowRow(snapshot); };
+    parts.onEvent = [&terminal](const Event& event) { terminal.ShowEvent(event); };
+    parts.beforeClose = [&terminal](const WatchRun& run) {
         terminal.Leave();
-        PrintSummary(run, Now().seconds - begun);
+        Print(DoneLine(run) + "\n" + JoinLines(FormatSummary(run.MakeSummary())));
     };
-    return RunWatch(request, parts);
+    return parts;
+}
+
+/// A line of JSON for each row and event, and one at the end; what is said to people goes where errors go.
+WatchParts ForPrograms() {
+    WatchParts parts;
+    parts.announce = [](const std::vector<std::string>& lines) { std::cerr << JoinLines(lines) << std::flush; };
+    parts.onRow = [](const Snapshot& snapshot) { Print("{\"row\":" + SnapshotJson(snapshot, false) + "}\n"); };
+    parts.onEvent = [](const Event& event) { Print("{\"event\":" + EventJson(event) + "}\n"); };
+    parts.beforeClose = [](const WatchRun& run) { Print("{\"summary\":" + SummaryJson(run.MakeSummary()) + "}\n"); };
+    return parts;
+}
+
+int RunMonitor(const WatchRequest& request, bool json) {
+    Terminal terminal;
+    return RunWatch(request, json ? ForPrograms() : ForPeople(terminal));
 }
 
 }  // namespace
@@ -96,5 +100,7 @@ void AddMonitorCommand(CLI::App& app, CommandRun& run) {
         "\n"
         "KIND is temperature, gas or humidity: needed for a name that stands in several kinds. Lines that the\n"
         "library logs go to the standard error output. The first Ctrl+C ends the watch, the second the program.");
-    command->callback([&run, request] { run = [request] { return RunMonitor(*request); }; });
+    const auto json = std::make_shared<bool>(false);
+    command->add_flag("--json", *json, "A line of JSON for each row and event, instead of tables");
+    command->callback([&run, request, json] { run = [request, json] { return RunMonitor(*request, *json); }; });
 }

@@ -19,6 +19,7 @@
 #include "device/SettingsFile.h"
 #include "judge/Alarm.h"
 #include "judge/AlarmRule.h"
+#include "judge/Statistics.h"
 #include "judge/Watch.h"
 #include "model/DeviceMessage.h"
 #include "model/Event.h"
@@ -27,6 +28,7 @@
 #include "platform/Interrupt.h"
 #include "platform/Now.h"
 #include "platform/ReplyTimeout.h"
+#include "show/Summary.h"
 #include "text/Duration.h"
 #include "text/Text.h"
 
@@ -114,6 +116,13 @@ void WatchRun::WatchFor(const std::vector<AlarmRule>& rules) {
                                                               : DefaultMissingDataDelay(Now().intervalSeconds);
     m_alarms.emplace(Now().channels, rules, delay, Now().when);
     m_watch.SetAlarms(m_alarms->Statuses());
+    m_statistics.emplace(Now().channels, rules);
+    m_opened = Now().when;
+}
+
+Summary WatchRun::MakeSummary() const {
+    const double seconds = Now().when.seconds - m_opened.seconds;
+    return {Now().device, seconds, Now().channels, m_statistics.value_or(Statistics(Now().channels))};
 }
 
 void WatchRun::Tell(Event event) {
@@ -152,18 +161,19 @@ void WatchRun::PassOn(bool row) {
     if (!row) {
         return;
     }
-    JudgeAlarms();
+    Judge();
     for (const auto& [onRow, onEvent] : m_sinks) {
         onRow(Now());
     }
 }
 
-void WatchRun::JudgeAlarms() {
+void WatchRun::Judge() {
     if (!m_alarms) {
         return;
     }
     std::vector<Reading> readings;
     std::ranges::transform(Now().statuses, std::back_inserter(readings), &ChannelStatus::reading);
+    m_statistics->Update(readings, Now().when);
     const std::vector<AlarmChange> changes = m_alarms->Update(readings, Now().when);
     m_watch.SetAlarms(m_alarms->Statuses());
     std::ranges::for_each(changes, [this](const AlarmChange& change) { Tell(change.event); });

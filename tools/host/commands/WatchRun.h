@@ -13,10 +13,13 @@
 #include "device/DeviceThread.h"
 #include "judge/Alarm.h"
 #include "judge/AlarmRule.h"
+#include "judge/Statistics.h"
 #include "judge/Watch.h"
 #include "model/DeviceMessage.h"
 #include "model/Event.h"
+#include "model/Moment.h"
 #include "model/Snapshot.h"
+#include "show/Summary.h"
 
 /// One watch over a device, from its settings to Close: the device thread reads, this thread (the main one) takes what
 /// it tells, judges it and hands rows and events to whoever keeps or shows them. The main thread never waits for the
@@ -60,6 +63,9 @@ class WatchRun {
 
     const Snapshot& Now() const noexcept { return m_watch.Now(); }
     bool IsSilent() const noexcept { return m_watch.IsSilent(); }  // a call takes too long
+    /// What the watch was like until now; of an open device.
+    Summary MakeSummary() const;
+
     const WatchRequest& Request() const noexcept { return m_request; }
     const std::string& Sentence() const noexcept { return m_sentence; }
     std::size_t Notices() const noexcept { return m_nNotices; }
@@ -72,7 +78,7 @@ class WatchRun {
     void Pump(double waitSeconds);
     void Take(const DeviceMessage& message);
     void PassOn(bool row);
-    void JudgeAlarms();
+    void Judge();
     void Tell(Event event);
 
     WatchRequest m_request;
@@ -81,6 +87,8 @@ class WatchRun {
     std::unique_ptr<DeviceThread> m_device;
     Watch m_watch;
     std::optional<Alarms> m_alarms;
+    std::optional<Statistics> m_statistics;
+    Moment m_opened;
     std::vector<std::pair<OnRow, OnEvent>> m_sinks;
     std::map<std::uint64_t, OnTargetSet> m_awaited;
     std::uint64_t m_nRequests = 0;

@@ -24,6 +24,16 @@ namespace {
 
 void TellUser(const std::string& sentence) { std::cerr << "oko-host: " << sentence << std::endl; }
 
+/// The watch goes on without a view that cannot be written: it may have a log to keep.
+template <class Action>
+void Show(const Action& action) {
+    try {
+        action();
+    } catch (const OutputError& error) {
+        TellUser(error.what());
+    }
+}
+
 /// What becomes of rows and events, in the order in which they must not be missed: the log, then the view. What comes
 /// before the device is open waits for the log to begin.
 class Sinks {
@@ -66,9 +76,11 @@ void Sinks::TakeRow(const Snapshot& snapshot) {
     if (m_log) {
         ShowTrouble(m_log->AddSample(snapshot));
     }
-    if (m_parts.onRow) {
-        m_parts.onRow(snapshot);
-    }
+    Show([&] {
+        if (m_parts.onRow) {
+            m_parts.onRow(snapshot);
+        }
+    });
 }
 
 void Sinks::TakeEvent(const Event& event) {
@@ -81,9 +93,11 @@ void Sinks::TakeEvent(const Event& event) {
 }
 
 void Sinks::ShowEvent(const Event& event) const {
-    if (m_parts.onEvent) {
-        m_parts.onEvent(event);
-    }
+    Show([&] {
+        if (m_parts.onEvent) {
+            m_parts.onEvent(event);
+        }
+    });
 }
 
 /// The log's own: it has written it where it can.
@@ -158,9 +172,11 @@ int RunWatch(WatchRequest request, const WatchParts& parts) {
             RunRows(run, parts);
             const int end = JudgeEnd(run.Now(), sinks.Written());
             code = end != kExitDone ? end : code;
-            if (parts.beforeClose) {
-                parts.beforeClose(run);
-            }
+            Show([&] {
+                if (parts.beforeClose) {
+                    parts.beforeClose(run);
+                }
+            });
         }
     } else {
         TellUser(run.Sentence());
