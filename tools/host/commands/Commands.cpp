@@ -7,5 +7,6 @@
 void AddCommands(CLI::App& app, CommandRun& run) {
     AddMonitorCommand(app, run);
     AddListCommand(app, run);
+    AddReportCommand(app, run);
     AddDialogCommands(app, run);
 }

@@ -9,5 +9,6 @@
 void AddCommands(CLI::App& app, CommandRun& run);
 
 void AddListCommand(CLI::App& app, CommandRun& run);
+void AddReportCommand(CLI::App& app, CommandRun& run);
 void AddMonitorCommand(CLI::App& app, CommandRun& run);
 void AddDialogCommands(CLI::App& app, CommandRun& run);  // configure, connect, panel: on Windows

@@ -131,8 +131,9 @@
             const number = this.fetchNumber = (this.fetchNumber || 0) + 1;
             this.isFetching = true;
             try {
-                // Half a window more on both sides, so that a small move shows no empty ground.
-                const history = await this.source.history(this.from - length / 2, this.to + length / 2, Math.max(400, width) * 4);
+                // A quarter of the window more on both sides, so that a small move shows no empty ground; in all about a
+                // least and a greatest value for each pixel.
+                const history = await this.source.history(this.from - length / 4, this.to + length / 4, Math.max(400, width) * 2);
                 if (number === this.fetchNumber) this.take(history);
             } catch (error) {
                 // The banner tells; the next snapshot asks again.

@@ -26,7 +26,7 @@
                 const top = graph.toDomYCoord(target + line.channel.above);
                 const bottom = graph.toDomYCoord(target - line.channel.below);
                 canvas.fillStyle = line.color;
-                canvas.globalAlpha = line.isStrong ? 0.12 : 0.05;
+                canvas.globalAlpha = line.isStrong ? 0.12 : Math.max(0.015, 0.16 / lines.length);
                 canvas.fillRect(left, top, Math.max(1, right - left), bottom - top);
                 canvas.globalAlpha = line.isStrong ? 0.8 : 0.35;
                 canvas.strokeStyle = line.color;

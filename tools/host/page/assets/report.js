@@ -27,9 +27,9 @@
             }
         }
 
-        column(rows, first, divisor) {
+        column(rows, divisor) {
             const values = new Float64Array(rows);
-            let last = first;
+            let last = 0;
             let delta = 0;
             let isValue = false;
             for (let row = 0; row < rows;) {
@@ -55,11 +55,11 @@
             this.isLive = false;
             this.head = head;
             const reader = new ColumnReader(bytesOf(base64));
-            this.time = reader.column(head.rows, head.firstMs, 1);
+            this.time = reader.column(head.rows, 1);
             this.channels = head.channels.map(function (channel) {
                 const divisor = 10 ** channel.decimals;
-                const current = reader.column(head.rows, 0, divisor);
-                const target = reader.column(head.rows, 0, divisor);
+                const current = reader.column(head.rows, divisor);
+                const target = reader.column(head.rows, divisor);
                 return {key: channel.key, current, target};
             });
         }

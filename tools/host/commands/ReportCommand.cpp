@@ -1,0 +1,111 @@
+#include <CLI/CLI.hpp>
+#include <cstddef>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <ios>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <system_error>
+
+#include "ExitCode.h"
+#include "commands/CommandLine.h"
+#include "commands/Commands.h"
+#include "keep/CsvFormat.h"
+#include "keep/CsvReader.h"
+#include "page/Report.h"
+#include "platform/GrowingFile.h"
+#include "show/Output.h"
+#include "text/Text.h"
+
+namespace {
+
+struct ReportRequest {
+    std::filesystem::path log;
+    std::filesystem::path report;  // empty: beside the log
+};
+
+void Write(const std::filesystem::path& file, const std::string& text) {
+    std::ofstream stream(file, std::ios::binary);
+    stream.write(text.data(), static_cast<std::streamsize>(text.size()));
+    stream.close();
+    if (!stream) {
+        if (std::error_code error; std::filesystem::is_regular_file(file, error)) {
+            std::filesystem::remove(file, error);  // half a report looks like a whole one
+        }
+        throw FileError("cannot write " + PathText(file));
+    }
+}
+
+std::string Count(std::size_t number, const char* one, const char* many) {
+    return std::to_string(number) + " " + (number == 1 ? one : many);
+}
+
+/// What was made of which device, in one line.
+std::string Outcome(const std::string& report, const Log& log) {
+    std::string line =
+        report + ": " + log.header.device.name + (log.header.device.simulated ? " (simulated), " : ", ") +
+        Count(log.timeMs.size(), "row", "rows") + " of " + Count(log.columns.size(), "channel", "channels") + ", " +
+        Count(log.events.size(), "event", "events");
+    if (!log.torn.empty()) {
+        line += "; " + Count(log.torn.size(), "unfinished row was", "unfinished rows were") + " left out";
+    }
+    return line + "\n";
+}
+
+int Fail(const std::exception& error, ExitCode code) {
+    std::cerr << "oko-host: " << error.what() << "\n";
+    return code;
+}
+
+int RunReport(const ReportRequest& request) {
+    std::filesystem::path report = request.report;
+    if (report.empty()) {
+        report = request.log;
+        report.replace_extension(".html");
+    }
+    if (report.lexically_normal() == request.log.lexically_normal()) {
+        return Fail(FileError("the report would take the log's place: name another file with --output"),
+                    kExitNotWritten);
+    }
+    Log log;
+    try {
+        log = ReadCsv(request.log);
+    } catch (const CsvError& error) {
+        return Fail(error, kExitBadFile);
+    } catch (const FileError& error) {
+        return Fail(error, kExitBadFile);
+    }
+    try {
+        Write(report, MakeReport(log, PathText(request.log.filename())));
+    } catch (const FileError& error) {
+        return Fail(error, kExitNotWritten);
+    }
+    Print(Outcome(PathText(report), log));
+    return kExitDone;
+}
+
+}  // namespace
+
+void AddReportCommand(CLI::App& app, CommandRun& run) {
+    CLI::App* const command =
+        app.add_subcommand("report", "Makes a page of a log: charts, summary and events in one file");
+    const auto request = std::make_shared<ReportRequest>();
+    command
+        ->add_option_function<std::string>(
+            "FILE.csv", [request](const std::string& file) { request->log = PathOf(file); },
+            "A log, as monitor and serve keep it with --csv")
+        ->required();
+    command
+        ->add_option_function<std::string>(
+            "--output", [request](const std::string& file) { request->report = PathOf(file); },
+            "The report; FILE.html beside the log when left out, and what is there is replaced")
+        ->type_name("FILE");
+    command->footer(
+        "Example:\n"
+        "  oko-host report night.csv\n"
+        "\n"
+        "The report opens in any browser, from disk and without network.");
+    command->callback([request, &run] { run = [request] { return RunReport(*request); }; });
+}
