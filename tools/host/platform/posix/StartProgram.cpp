@@ -1,0 +1,150 @@
+#include "platform/StartProgram.h"
+
+#include <fcntl.h>
+#include <sys/types.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstddef>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "text/Text.h"
+
+namespace {
+
+/// Closed with its owner.
+class Descriptor {
+ public:
+    explicit Descriptor(int number) : m_number(number) {}
+    ~Descriptor() { Close(); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int Get() const { return m_number; }
+    void Close() {
+        if (m_number >= 0) {
+            close(std::exchange(m_number, -1));
+        }
+    }
+
+ private:
+    int m_number;
+};
+
+/// The program's file; empty where there is none.
+std::filesystem::path FindProgram(const std::filesystem::path& program) {
+    if (program.has_parent_path()) {
+        return program;
+    }
+    const char* const folders = std::getenv("PATH");  // NOLINT(concurrency-mt-unsafe): nothing here changes it
+    std::string_view left = folders == nullptr ? "" : folders;
+    while (!left.empty()) {
+        const std::size_t end = std::min(left.find(':'), left.size());
+        const std::filesystem::path file = std::filesystem::path(left.substr(0, end)) / program;
+        if (access(file.c_str(), X_OK) == 0) {
+            return file;
+        }
+        left.remove_prefix(std::min(end + 1, left.size()));
+    }
+    return {};
+}
+
+/// What the new process does between fork and exec: only calls that a child of a process with threads may make.
+[[noreturn]] void Become(const char* file, char* const* arguments, int input, int nowhere, int problem) {
+    constexpr int kProblem = 3;
+    setsid();  // Ctrl+C is meant for the caller alone
+    // The three first, then the way to tell a problem; the rest is closed.
+    if (dup2(input, STDIN_FILENO) >= 0 && dup2(nowhere, STDOUT_FILENO) >= 0 && dup2(nowhere, STDERR_FILENO) >= 0 &&
+        (problem == kProblem || dup2(problem, kProblem) >= 0) && fcntl(kProblem, F_SETFD, FD_CLOEXEC) == 0 &&
+        close_range(kProblem + 1, ~0U, 0) == 0) {
+        sigset_t none;
+        sigemptyset(&none);
+        sigprocmask(SIG_SETMASK, &none, nullptr);
+        for (const int number : {SIGINT, SIGTERM, SIGPIPE, SIGCHLD}) {
+            std::signal(number, SIG_DFL);
+        }
+        execv(file, arguments);
+    }
+    const int error = errno;
+    [[maybe_unused]] const ssize_t told = write(kProblem, &error, sizeof error);
+    _exit(127);
+}
+
+/// Through a process that ends at once: the program becomes an orphan, and its end leaves no zombie here.
+int Start(const char* file, char* const* arguments, int input, int nowhere) {
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+        return errno;
+    }
+    const Descriptor read(ends[0]);
+    Descriptor write(ends[1]);
+    const pid_t middle = fork();
+    if (middle < 0) {
+        return errno;
+    }
+    if (middle == 0) {
+        const pid_t child = fork();
+        if (child == 0) {
+            Become(file, arguments, input, nowhere, write.Get());
+        }
+        _exit(child < 0 ? errno : 0);
+    }
+    write.Close();
+    int status = 0;
+    while (waitpid(middle, &status, 0) < 0 && errno == EINTR) {
+    }
+    int error = 0;
+    // Closed by exec without a word: it runs.
+    if (::read(read.Get(), &error, sizeof error) == static_cast<ssize_t>(sizeof error)) {
+        return error;
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : ECHILD;
+}
+
+}  // namespace
+
+std::string StartProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                         std::string_view input) {
+    const std::string cannot = "cannot start " + PathText(program) + ": ";
+    const auto reason = [&](int error) { return cannot + std::generic_category().message(error); };
+    if (input.size() > kLongestInput) {
+        return cannot + "the text for it is too long";
+    }
+    const std::filesystem::path file = FindProgram(program);
+    if (file.empty()) {
+        return cannot + "no folder of PATH has it; write where it is";
+    }
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
+        return reason(errno);
+    }
+    const Descriptor read(ends[0]);
+    Descriptor write(ends[1]);
+    // Before there is a reader: the pipe holds it all, so nobody has to wait for one.
+    if (!input.empty() && ::write(write.Get(), input.data(), input.size()) != static_cast<ssize_t>(input.size())) {
+        return reason(errno);
+    }
+    write.Close();
+    fcntl(read.Get(), F_SETFL, 0);  // the program is to wait for the end of the text as usual
+    const Descriptor nowhere(open("/dev/null", O_WRONLY | O_CLOEXEC));
+    std::vector<std::string> texts{file.string()};
+    texts.insert(texts.end(), arguments.begin(), arguments.end());
+    std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
+    for (std::string& text : texts) {
+        pointers.push_back(text.data());
+    }
+    pointers.push_back(nullptr);
+    const int error = Start(file.c_str(), pointers.data(), read.Get(), nowhere.Get());
+    return error == 0 ? "" : reason(error);
+}

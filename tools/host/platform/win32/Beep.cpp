@@ -1,0 +1,5 @@
+#include "platform/Beep.h"
+
+#include <windows.h>
+
+void SoundWarning() noexcept { MessageBeep(MB_ICONWARNING); }
