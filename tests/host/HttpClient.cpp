@@ -6,7 +6,11 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <string>
 #include <utility>
@@ -47,12 +51,15 @@ bool HttpClient::ReadMore() {
 }
 
 std::string HttpClient::ReadUntil(const std::string& text) {
-    while (m_received.find(text) == std::string::npos) {
+    std::size_t at = m_received.find(text);
+    while (at == std::string::npos) {
+        const std::size_t searched = m_received.size() - std::min(m_received.size(), text.size());
         if (!ReadMore()) {
             return std::exchange(m_received, {});
         }
+        at = m_received.find(text, searched);
     }
-    const std::size_t end = m_received.find(text) + text.size();
+    const std::size_t end = at + text.size();
     std::string read = m_received.substr(0, end);
     m_received.erase(0, end);
     return read;

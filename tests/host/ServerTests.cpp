@@ -148,6 +148,16 @@ TEST_F(PageServer, StreamTellsEachRowAndEvent) {
     EXPECT_NE(client.ReadUntil("\n\n").find("\"row\":2,"), std::string::npos);
 }
 
+TEST_F(PageServer, StreamGoesOnForAClientThatMakesNoOtherRequest) {
+    Start();
+    HttpClient client = Connect();
+    client.Send(Wire("GET", "/api/stream", "Connection: close\r\n"));
+    EXPECT_EQ(client.Read().status, 200);
+    client.ReadUntil("retry: 2000\n\n");
+    PublishEvent(1);
+    EXPECT_TRUE(client.ReadUntil("\n\n").starts_with("event: event\nid: 1\n"));
+}
+
 TEST_F(PageServer, StreamGoesOnWhereItBroke) {
     Start();
     for (std::uint64_t id = 1; id <= 5; ++id) {

@@ -121,7 +121,7 @@ class Server::Impl : public Session::Owner {
     void AnswerTarget(std::uint64_t id, const TargetResult& result);
     void TellStreams();
     void Tell(const Session::Frame& frame);
-    Session::Frame NewestFrame();
+    const Session::Frame& SnapshotFrame();
     void BeatHeart();
 
     Options m_options;
@@ -143,6 +143,7 @@ class Server::Impl : public Session::Owner {
     std::uint64_t m_nTargets = 0;
     std::uint64_t m_nToldEvent = 0;
     std::shared_ptr<const Snapshot> m_toldSnapshot;
+    Session::Frame m_snapshotFrame;
     bool m_isStopping = false;
 };
 
@@ -273,8 +274,6 @@ void Server::Impl::Answer(const std::shared_ptr<Session>& session, const Request
 }
 
 void Server::Impl::Stream(const std::shared_ptr<Session>& session, const StreamWanted& wanted) {
-    // So that this one is not told twice what comes next.
-    TellStreams();
     session->BeginStream();
     m_streams.insert(session);
     session->Send(std::make_shared<const std::string>("retry: 2000\n\n"));
@@ -286,7 +285,7 @@ void Server::Impl::Stream(const std::shared_ptr<Session>& session, const StreamW
         }
     }
     if (m_toldSnapshot) {
-        session->Send(NewestFrame());
+        session->Send(SnapshotFrame());
     }
 }
 
@@ -338,14 +337,19 @@ void Server::Impl::TellStreams() {
     auto newest = m_keeper.Newest();
     if (newest != m_toldSnapshot) {
         m_toldSnapshot = std::move(newest);
+        m_snapshotFrame.reset();
         if (!m_streams.empty()) {
-            Tell(NewestFrame());
+            Tell(SnapshotFrame());
         }
     }
 }
 
-Session::Frame Server::Impl::NewestFrame() {
-    return MakeFrame("event: snapshot\n", SnapshotJson(*m_toldSnapshot, m_options.access.allowSet));
+/// Written once for all that are told it, and not at all when nobody is.
+const Session::Frame& Server::Impl::SnapshotFrame() {
+    if (!m_snapshotFrame) {
+        m_snapshotFrame = MakeFrame("event: snapshot\n", SnapshotJson(*m_toldSnapshot, m_options.access.allowSet));
+    }
+    return m_snapshotFrame;
 }
 
 void Server::Impl::Tell(const Session::Frame& frame) {

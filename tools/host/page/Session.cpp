@@ -1,7 +1,9 @@
 #include "page/Session.h"
 
+#include <algorithm>
 #include <array>
 #include <boost/asio/buffer.hpp>
+#include <boost/asio/error.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/write.hpp>
 #include <boost/beast/core/error.hpp>
@@ -130,6 +132,8 @@ class HttpSession : public Session, public std::enable_shared_from_this<HttpSess
     void Linger();
     void ReadAndForget();
     void SendQueue();
+    void SendRest(std::size_t sent);
+    std::vector<net::const_buffer> BuffersFrom(std::size_t skipped) const;
 
     beast::tcp_stream m_stream;
     Owner& m_owner;
@@ -260,6 +264,7 @@ void HttpSession::BeginStream() {
     std::ostringstream text;
     text << response.base();
     m_phase = Phase::Streaming;
+    m_isLast = false;
     // The end of the connection is what is waited for; only what is sent has a time limit.
     m_stream.expires_never();
     ReadAndForget();
@@ -281,10 +286,26 @@ void HttpSession::Send(const Frame& frame) {
 
 void HttpSession::SendQueue() {
     m_sending = std::exchange(m_queue, {});
-    std::vector<net::const_buffer> buffers;
-    buffers.reserve(m_sending.size());
-    for (const Frame& frame : m_sending) {
-        buffers.emplace_back(net::buffer(*frame));
+    // Nearly always the system takes all of it at once; waiting for that would cost far more than the sending.
+    error_code error;
+    m_stream.socket().non_blocking(true, error);
+    const std::size_t sent = m_stream.socket().write_some(BuffersFrom(0), error);
+    if (error == net::error::would_block || !error) {
+        m_nQueued -= sent;
+        SendRest(sent);
+    } else {
+        Close();
+    }
+}
+
+void HttpSession::SendRest(std::size_t sent) {
+    const std::vector<net::const_buffer> buffers = BuffersFrom(sent);
+    if (buffers.empty()) {
+        m_sending.clear();
+        if (m_isLast) {
+            Close();
+        }
+        return;
     }
     m_stream.expires_after(m_limits.sendTime);
     net::async_write(m_stream, buffers, Safely([](HttpSession& self, const error_code& error, std::size_t bytes) {
@@ -296,6 +317,19 @@ void HttpSession::SendQueue() {
                              self.SendQueue();
                          }
                      }));
+}
+
+/// What is being sent, without so many bytes at its beginning.
+std::vector<net::const_buffer> HttpSession::BuffersFrom(std::size_t skipped) const {
+    std::vector<net::const_buffer> buffers;
+    for (const Frame& frame : m_sending) {
+        const net::const_buffer rest = net::buffer(*frame) + skipped;
+        skipped -= std::min(skipped, frame->size());
+        if (rest.size() > 0) {
+            buffers.push_back(rest);
+        }
+    }
+    return buffers;
 }
 
 }  // namespace

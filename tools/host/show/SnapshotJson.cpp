@@ -117,7 +117,8 @@ std::string EventJson(const Event& event) {
 std::string EventsJson(const std::vector<Event>& events) {
     std::string json = "{\"events\":[";
     for (const Event& event : events) {
-        json += (json.back() == '[' ? "" : ",") + EventJson(event);
+        json += json.back() == '[' ? "" : ",";
+        json += EventJson(event);
     }
     return json + "]}";
 }
