@@ -33,7 +33,7 @@ install(DIRECTORY ${CMAKE_SOURCE_DIR}/docs/pictures DESTINATION docs)
 # what is whose.
 foreach(notice
         g++-mingw-w64-x86-64-posix=gcc mingw-w64-x86-64-dev=mingw-w64 libcli11-dev=cli11
-        nlohmann-json3-dev=nlohmann-json nsis=nsis)
+        nlohmann-json3-dev=nlohmann-json libboost1.74-dev=boost libjs-dygraphs=dygraphs nsis=nsis)
     string(REPLACE "=" ";" notice ${notice})
     list(GET notice 0 package)
     list(GET notice 1 name)

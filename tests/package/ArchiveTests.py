@@ -53,7 +53,8 @@ class ArchiveTests(unittest.TestCase):
             "lib/cmake/OkoLabBoldLine/OkoLabBoldLineConfig.cmake",
             "lib/cmake/OkoLabBoldLine/OkoLabBoldLineConfigVersion.cmake",
             "lib/cmake/OkoLabBoldLine/OkoLabBoldLineTargets.cmake",
-            *(f"licenses/{name}.txt" for name in ("gcc", "mingw-w64", "cli11", "nlohmann-json", "nsis")),
+            *(f"licenses/{name}.txt" for name in ("gcc", "mingw-w64", "cli11", "nlohmann-json", "boost", "dygraphs",
+                                                       "nsis")),
         }
         self.assertEqual(expected - set(files(package.folder)), set())
 
@@ -96,7 +97,8 @@ class ArchiveTests(unittest.TestCase):
     def test_Notices_HoldTheTermsOfEachPart(self):
         for name, words in {
             "gcc": "GCC RUNTIME LIBRARY EXCEPTION", "mingw-w64": "winpthreads", "cli11": "University of Cincinnati",
-            "nlohmann-json": "Niels Lohmann", "nsis": "NSIS Contributors",
+            "nlohmann-json": "Niels Lohmann", "boost": "Boost Software License", "dygraphs": "Dan Vanderkam",
+            "nsis": "NSIS Contributors",
         }.items():
             with self.subTest(name):
                 self.assertIn(words, (package.folder / "licenses" / f"{name}.txt").read_text())

@@ -5,7 +5,10 @@
 
     async function getJson(path) {
         const reply = await fetch(path, {cache: "no-store"});
-        if (!reply.ok) throw Object.assign(new Error("HTTP " + reply.status), {status: reply.status});
+        if (!reply.ok) {
+            const body = await reply.json().catch(() => ({}));
+            throw Object.assign(new Error(body.error || "HTTP " + reply.status), {isAnswer: true});
+        }
         return reply.json();
     }
 
@@ -27,9 +30,7 @@
                 this.handlers.snapshot(snapshot);
                 await this.catchUp();
             } catch (error) {
-                this.handlers.connection(false, error.status === 401
-                    ? "oko-host wants a token: open this page by the address that it showed when it was started"
-                    : "oko-host cannot be reached; trying again");
+                this.handlers.connection(false, error.isAnswer ? error.message : "oko-host cannot be reached; trying again");
                 setTimeout(() => this.connect(), kRetryMs);
                 return;
             }

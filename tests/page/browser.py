@@ -1,0 +1,87 @@
+"""A headless browser of its own, with an empty profile, and what the tests ask it."""
+
+import shutil
+import tempfile
+
+from selenium import webdriver
+from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.common.by import By
+from selenium.webdriver.support.ui import WebDriverWait
+
+FLAGS = [
+    "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-background-networking",
+    "--disable-component-update", "--disable-sync", "--disable-dev-shm-usage", "--hide-scrollbars",
+]
+PATIENCE = 20  # seconds that a busy machine may take; what comes at once costs none of them
+
+
+class Browser:
+    def __init__(self):
+        self.profile = tempfile.mkdtemp(prefix="oko-page-")
+        options = webdriver.ChromeOptions()
+        for flag in FLAGS + ["--user-data-dir=" + self.profile]:
+            options.add_argument(flag)
+        options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
+        self.driver = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
+        self.driver.set_script_timeout(PATIENCE)
+        self.resize(1280, 1400)
+        self.prefer("light")
+
+    def close(self):
+        self.driver.quit()
+        shutil.rmtree(self.profile, ignore_errors=True)
+
+    def open(self, address):
+        self.driver.get(address)
+
+    def resize(self, width, height):
+        self.driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", {
+            "width": width, "height": height, "deviceScaleFactor": 1, "mobile": width < 500})
+
+    def prefer(self, scheme):
+        self.driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {
+            "features": [{"name": "prefers-color-scheme", "value": scheme}]})
+
+    def script(self, text, *arguments):
+        return self.driver.execute_script(text, *arguments)
+
+    def all(self, selector):
+        return self.driver.find_elements(By.CSS_SELECTOR, selector)
+
+    def one(self, selector):
+        return self.driver.find_element(By.CSS_SELECTOR, selector)
+
+    def text(self, selector):
+        return self.script("return document.querySelector(arguments[0]).textContent", selector)
+
+    def wait(self, condition, what):
+        """Until condition() holds; returns what it gave."""
+        return WebDriverWait(self.driver, PATIENCE, poll_frequency=0.05).until(lambda _: condition(), what)
+
+    def wait_text(self, selector, part):
+        self.wait(lambda: part in self.text(selector), f"{selector} never said {part!r}")
+
+    def console(self):
+        """What the console said since it was asked last, without what is expected."""
+        return [entry["message"] for entry in self.driver.get_log("browser") if entry["level"] != "INFO"]
+
+    def windows(self):
+        """The stretch of time that each chart shows."""
+        return self.script("return oko.page.charts.charts.map((chart) => chart.graph.xAxisRange())")
+
+    def inked(self):
+        """Of each chart, how many of its pixels have the colours of its lines."""
+        return self.script("""
+            return oko.page.charts.charts.map(function (chart) {
+                const canvas = chart.plot.querySelectorAll("canvas")[0];
+                const pixels = canvas.getContext("2d").getImageData(0, 0, canvas.width, canvas.height).data;
+                const colors = new Set(chart.channels.map(function (channel, i) {
+                    const color = oko.seriesColor(i);
+                    return [1, 3, 5].map((at) => parseInt(color.slice(at, at + 2), 16)).join();
+                }));
+                let count = 0;
+                for (let i = 0; i < pixels.length; i += 4) {
+                    if (colors.has([pixels[i], pixels[i + 1], pixels[i + 2]].join())) ++count;
+                }
+                return count;
+            });""")
