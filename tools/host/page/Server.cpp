@@ -53,11 +53,11 @@ using AcceptorOption = net::detail::socket_option::boolean<SOL_SOCKET, SO_EXCLUS
 using AcceptorOption = net::socket_base::reuse_address;
 #endif
 
-Session::Frame MakeFrame(const std::string& fields, const std::string& json) {
+PageSession::Frame MakeFrame(const std::string& fields, const std::string& json) {
     return std::make_shared<const std::string>(fields + "data: " + json + "\n\n");
 }
 
-Session::Frame EventFrame(const Event& event) {
+PageSession::Frame EventFrame(const Event& event) {
     return MakeFrame("event: event\nid: " + std::to_string(event.id) + "\n", EventJson(event));
 }
 
@@ -75,7 +75,7 @@ std::string WhyNotListening(const error_code& error, const std::string& address,
 
 }  // namespace
 
-class Server::Impl : public Session::Owner {
+class Server::Impl : public PageSession::Owner {
  public:
     Impl(Options options, const Keeper& keeper, SetTarget setTarget)
         : m_options(std::move(options)),
@@ -95,15 +95,15 @@ class Server::Impl : public Session::Owner {
     void TargetDone(std::uint64_t id, const TargetResult& result);
 
     const ServerLimits& Limits() const override { return m_options.limits; }
-    void Answer(const std::shared_ptr<Session>& session, const Request& request) override;
+    void Answer(const std::shared_ptr<PageSession>& session, const Request& request) override;
     std::size_t& UnsentBytes() override { return m_nUnsentBytes; }
-    void Forget(const std::shared_ptr<Session>& session) override;
+    void Forget(const std::shared_ptr<PageSession>& session) override;
 
     std::thread thread;
 
  private:
     struct PendingTarget {
-        std::weak_ptr<Session> session;
+        std::weak_ptr<PageSession> session;
         TargetWanted wanted;
         net::steady_timer timer;
     };
@@ -116,12 +116,14 @@ class Server::Impl : public Session::Owner {
     void Accept();
     void Take(tcp::socket socket);
     bool MakeRoom();
-    void Stream(const std::shared_ptr<Session>& session, const StreamWanted& wanted);
-    void AskDevice(const std::shared_ptr<Session>& session, const TargetWanted& wanted);
+    void Stream(const std::shared_ptr<PageSession>& session, const StreamWanted& wanted);
+    void AskDevice(const std::shared_ptr<PageSession>& session, const TargetWanted& wanted);
     void AnswerTarget(std::uint64_t id, const TargetResult& result);
     void TellStreams();
     void Tell(const Session::Frame& frame);
     const Session::Frame& SnapshotFrame();
+    void Tell(const PageSession::Frame& frame);
+    PageSession::Frame NewestFrame();
     void BeatHeart();
 
     Options m_options;
@@ -137,8 +139,8 @@ class Server::Impl : public Session::Owner {
     net::steady_timer m_acceptTimer;
     net::steady_timer m_heartbeat;
     net::steady_timer m_stopTimer;
-    std::unordered_set<std::shared_ptr<Session>> m_sessions;
-    std::unordered_set<std::shared_ptr<Session>> m_streams;
+    std::unordered_set<std::shared_ptr<PageSession>> m_sessions;
+    std::unordered_set<std::shared_ptr<PageSession>> m_streams;
     std::map<std::uint64_t, PendingTarget> m_targets;
     std::uint64_t m_nTargets = 0;
     std::uint64_t m_nToldEvent = 0;
@@ -238,7 +240,7 @@ void Server::Impl::Take(tcp::socket socket) {
 /// Whoever has connected and says nothing makes room for who may: a thousand silent connections keep nobody out.
 bool Server::Impl::MakeRoom() {
     while (m_sessions.size() >= Limits().connections) {
-        std::shared_ptr<Session> oldest;
+        std::shared_ptr<PageSession> oldest;
         for (const auto& session : m_sessions) {
             if (session->IsIdle() && (!oldest || session->IdleSince() < oldest->IdleSince())) {
                 oldest = session;
@@ -252,7 +254,7 @@ bool Server::Impl::MakeRoom() {
     return true;
 }
 
-void Server::Impl::Forget(const std::shared_ptr<Session>& session) {
+void Server::Impl::Forget(const std::shared_ptr<PageSession>& session) {
     m_streams.erase(session);
     m_sessions.erase(session);
     if (m_isStopping && m_sessions.empty()) {
@@ -260,7 +262,7 @@ void Server::Impl::Forget(const std::shared_ptr<Session>& session) {
     }
 }
 
-void Server::Impl::Answer(const std::shared_ptr<Session>& session, const Request& request) {
+void Server::Impl::Answer(const std::shared_ptr<PageSession>& session, const Request& request) {
     const Outcome outcome = Route(request, m_keeper, m_options.access);
     if (const auto* reply = std::get_if<struct Reply>(&outcome)) {
         session->Reply(*reply);
@@ -274,6 +276,9 @@ void Server::Impl::Answer(const std::shared_ptr<Session>& session, const Request
 }
 
 void Server::Impl::Stream(const std::shared_ptr<Session>& session, const StreamWanted& wanted) {
+void Server::Impl::Stream(const std::shared_ptr<PageSession>& session, const StreamWanted& wanted) {
+    // So that this one is not told twice what comes next.
+    TellStreams();
     session->BeginStream();
     m_streams.insert(session);
     session->Send(std::make_shared<const std::string>("retry: 2000\n\n"));
@@ -289,7 +294,7 @@ void Server::Impl::Stream(const std::shared_ptr<Session>& session, const StreamW
     }
 }
 
-void Server::Impl::AskDevice(const std::shared_ptr<Session>& session, const TargetWanted& wanted) {
+void Server::Impl::AskDevice(const std::shared_ptr<PageSession>& session, const TargetWanted& wanted) {
     if (m_targets.size() >= Limits().pendingTargets) {
         session->Reply(ErrorReply(503, "other targets wait for the device; try again"));
         return;
@@ -350,11 +355,13 @@ const Session::Frame& Server::Impl::SnapshotFrame() {
         m_snapshotFrame = MakeFrame("event: snapshot\n", SnapshotJson(*m_toldSnapshot, m_options.access.allowSet));
     }
     return m_snapshotFrame;
+PageSession::Frame Server::Impl::NewestFrame() {
+    return MakeFrame("event: snapshot\n", SnapshotJson(*m_toldSnapshot, m_options.access.allowSet));
 }
 
-void Server::Impl::Tell(const Session::Frame& frame) {
+void Server::Impl::Tell(const PageSession::Frame& frame) {
     // A reader that is dropped leaves the set on the way.
-    const std::vector<std::shared_ptr<Session>> streams(m_streams.begin(), m_streams.end());
+    const std::vector<std::shared_ptr<PageSession>> streams(m_streams.begin(), m_streams.end());
     for (const auto& session : streams) {
         session->Send(frame);
     }

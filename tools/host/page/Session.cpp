@@ -67,7 +67,7 @@ Request RequestOf(const http::request<http::string_body>& message) {
     return request;
 }
 
-class HttpSession : public Session, public std::enable_shared_from_this<HttpSession> {
+class HttpSession : public PageSession, public std::enable_shared_from_this<HttpSession> {
  public:
     HttpSession(tcp::socket socket, Owner& owner)
         : m_stream(std::move(socket)),
@@ -334,6 +334,6 @@ std::vector<net::const_buffer> HttpSession::BuffersFrom(std::size_t skipped) con
 
 }  // namespace
 
-std::shared_ptr<Session> MakeSession(tcp::socket socket, Session::Owner& owner) {
+std::shared_ptr<PageSession> MakeSession(tcp::socket socket, PageSession::Owner& owner) {
     return std::make_shared<HttpSession>(std::move(socket), owner);
 }

@@ -10,7 +10,7 @@
 #include "page/ServerLimits.h"
 
 /// One client's connection. All of it happens on the server's thread.
-class Session {
+class PageSession {
  public:
     /// What a connection asks of its server.
     class Owner {
@@ -19,19 +19,19 @@ class Session {
         virtual const ServerLimits& Limits() const = 0;
 
         /// A request has come: Reply or BeginStream is to be called, now or later.
-        virtual void Answer(const std::shared_ptr<Session>& session, const Request& request) = 0;
+        virtual void Answer(const std::shared_ptr<PageSession>& session, const Request& request) = 0;
 
         /// Of all replies that are being sent now.
         virtual std::size_t& UnsentBytes() = 0;
 
         /// The connection is over.
-        virtual void Forget(const std::shared_ptr<Session>& session) = 0;
+        virtual void Forget(const std::shared_ptr<PageSession>& session) = 0;
     };
 
     /// A piece of a stream; all readers of the same piece share it.
     using Frame = std::shared_ptr<const std::string>;
 
-    virtual ~Session() = default;
+    virtual ~PageSession() = default;
 
     virtual void Start() = 0;
 
@@ -55,4 +55,4 @@ class Session {
     virtual std::chrono::steady_clock::time_point IdleSince() const = 0;
 };
 
-std::shared_ptr<Session> MakeSession(boost::asio::ip::tcp::socket socket, Session::Owner& owner);
+std::shared_ptr<PageSession> MakeSession(boost::asio::ip::tcp::socket socket, PageSession::Owner& owner);
