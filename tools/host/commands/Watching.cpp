@@ -170,7 +170,9 @@ int RunWatch(WatchRequest request, const WatchParts& parts) {
         code = Begin(run, parts, sinks);
         if (code == kExitDone || code == kExitClamped) {
             RunRows(run, parts);
-            const int end = JudgeEnd(run.Now(), sinks.Written());
+            // Who asked for no values misses none.
+            const bool judged = run.Request().device.readChannels;
+            const int end = judged ? JudgeEnd(run.Now(), sinks.Written()) : kExitDone;
             code = end != kExitDone ? end : code;
             Show([&] {
                 if (parts.beforeClose) {

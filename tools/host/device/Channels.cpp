@@ -163,7 +163,7 @@ void GiveKeys(std::vector<ChannelInfo*> channels) {
             info->key = std::string(KindName(info->kind)) + ":" + info->name;
         }
         if (count(*info, true) > 1) {
-            info->key += ":" + std::to_string(info->number);
+            info->key.append(":").append(std::to_string(info->number));
         }
     }
 }
