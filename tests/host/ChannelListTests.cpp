@@ -43,7 +43,7 @@ TEST(ChannelList, Json_HasAllOfItAndNullWhatASensorHasNot) {
 }
 
 TEST(ListCommand, Channels_OfTheSimulator_ComeAfterWhatIsTouchedAndNothingIsRead) {
-    const HostRun run("list channels");
+    const HostRun run("list channels", "fail *\n");  // a read would end in 11
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.output.find("simulator: a simulated incubator"), 0U) << run.output;
     EXPECT_NE(run.output.find("Made-up simulator (simulated): 5 channels\n"), std::string::npos) << run.output;

@@ -17,7 +17,8 @@ enum ExitCode {
     kExitAlarm = 12,        // an alarm stands at the end
     kExitNotSettled = 13,   // --wait: not within the band in time
     kExitInterrupted = 14,  // the second Ctrl+C
-    kExitBadFile = 15       // a protocol or a log that cannot be read or must not be run
+    kExitBadFile = 15,      // a protocol or a log that cannot be read or must not be run
+    kExitProblem = 16       // something must be put right first; it was said what
 };
 
 /// What each of them means, a line each, for --help.

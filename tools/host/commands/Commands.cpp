@@ -8,5 +8,6 @@ void AddCommands(CLI::App& app, CommandRun& run) {
     AddMonitorCommand(app, run);
     AddListCommand(app, run);
     AddReportCommand(app, run);
+    AddDoctorCommand(app, run);
     AddDialogCommands(app, run);
 }

@@ -8,6 +8,7 @@
 
 void AddCommands(CLI::App& app, CommandRun& run);
 
+void AddDoctorCommand(CLI::App& app, CommandRun& run);
 void AddListCommand(CLI::App& app, CommandRun& run);
 void AddReportCommand(CLI::App& app, CommandRun& run);
 void AddMonitorCommand(CLI::App& app, CommandRun& run);
