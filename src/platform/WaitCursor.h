@@ -9,5 +9,5 @@ class WaitCursor {
     WaitCursor& operator=(const WaitCursor&) = delete;
 
  private:
-    void* m_hPrevious;
+    [[maybe_unused]] void* m_hPrevious;  // only Windows has one
 };

@@ -168,11 +168,11 @@ TEST_F(SimulatorTests, AirModeParameter_TellsTheDevicesAirMode) {
 }
 
 TEST_F(SimulatorTests, CurrentValues_ComeFromTheChannels) {
-    m_state.channels.temperatures[0] = {true, 9, 0, 36.5, 37.0};
-    m_state.channels.temperatures[15] = {true, 7, 1, 21.23456, 0.0};
-    m_state.channels.temperatures[3] = {false, 9, 0, 99.0, 99.0};
-    m_state.channels.gasConcentrations[1] = {true, 12, 1, 20.0, 19.0};
-    m_state.channels.humidifiers[2] = {true, 15, 0, 55.0, 60.0};
+    m_state.channels.temperatures[0] = {true, {9, 0}, 36.5, 37.0};
+    m_state.channels.temperatures[15] = {true, {7, 1}, 21.23456, 0.0};
+    m_state.channels.temperatures[3] = {false, {9, 0}, 99.0, 99.0};
+    m_state.channels.gasConcentrations[1] = {true, {12, 1}, 20.0, 19.0};
+    m_state.channels.humidifiers[2] = {true, {15, 0}, 55.0, 60.0};
     ExpectAll({
         {"readcurval 9", "0_readcurval 9_36.500"},
         {"readcurval 9(0)", "0_readcurval 9(0)_36.500"},
@@ -187,21 +187,21 @@ TEST_F(SimulatorTests, CurrentValues_ComeFromTheChannels) {
 }
 
 TEST_F(SimulatorTests, CurrentValues_OfSeveralChannelsStandTogether) {
-    m_state.channels.temperatures[0] = {true, 12, 0, 1.0, 0.0};
-    m_state.channels.temperatures[9] = {true, 12, 0, 2.0, 0.0};
-    m_state.channels.gasConcentrations[0] = {true, 12, 0, 3.0, 0.0};
-    m_state.channels.humidifiers[0] = {true, 12, 0, 4.0, 0.0};
+    m_state.channels.temperatures[0] = {true, {12, 0}, 1.0, 0.0};
+    m_state.channels.temperatures[9] = {true, {12, 0}, 2.0, 0.0};
+    m_state.channels.gasConcentrations[0] = {true, {12, 0}, 3.0, 0.0};
+    m_state.channels.humidifiers[0] = {true, {12, 0}, 4.0, 0.0};
     EXPECT_EQ(ReplyTo("readcurval 12(0)"), "0_readcurval 12(0)_1.0002.0003.0004.000");
 }
 
 TEST_F(SimulatorTests, ParameterRead_OfAChannelsNumber_GivesItsCurrentValue) {
-    m_state.channels.temperatures[5] = {true, 9, 115, 24.9, 0.0};
+    m_state.channels.temperatures[5] = {true, {9, 115}, 24.9, 0.0};
     EXPECT_EQ(ReplyTo("bl-param-read 9 115"), "0_bl-param-read 9 115_24.900");
     EXPECT_EQ(ReplyTo("bl-param-read 8 115"), "0_bl-param-read 8 115_0");
     EXPECT_EQ(ReplyTo("bl-param-read"), "0_bl-param-read_");
     // A channel of any kind is the whole answer; the table's "0" is not added to it.
-    m_state.channels.gasConcentrations[1] = {true, 12, 83, 5.0, 0.0};
-    m_state.channels.humidifiers[1] = {true, 15, 83, 55.0, 0.0};
+    m_state.channels.gasConcentrations[1] = {true, {12, 83}, 5.0, 0.0};
+    m_state.channels.humidifiers[1] = {true, {15, 83}, 55.0, 0.0};
     EXPECT_EQ(ReplyTo("bl-param-read 12 83"), "0_bl-param-read 12 83_5.000");
     EXPECT_EQ(ReplyTo("bl-param-read 15 83"), "0_bl-param-read 15 83_55.000");
 }
@@ -210,8 +210,8 @@ TEST_F(SimulatorTests, Targets_OfTheFirstFourTemperaturesOnly) {
     for (std::size_t i = 0; i < 6; ++i) {
         m_state.channels.temperatures[i] = {true, 7, static_cast<std::int32_t>(i), 0.0, 30.0 + static_cast<double>(i)};
     }
-    m_state.channels.gasConcentrations[3] = {true, 12, 1, 0.0, 19.5};
-    m_state.channels.humidifiers[3] = {true, 15, 0, 0.0, 60.0};
+    m_state.channels.gasConcentrations[3] = {true, {12, 1}, 0.0, 19.5};
+    m_state.channels.humidifiers[3] = {true, {15, 0}, 0.0, 60.0};
     ExpectAll({
         {"readsetpoint 7 0 -1", "0_readsetpoint 7 0 -1_30.000"},
         {"readsetpoint 7 3 -1", "0_readsetpoint 7 3 -1_33.000"},

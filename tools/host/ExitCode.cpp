@@ -6,6 +6,6 @@ const char* ExitCodesHelp() {
            "  1 no such target     5 no such language here         9 no COM port    13 not settled in time\n"
            "  2 target changed     6 the settings cannot be kept  10 not written    14 ended by a second Ctrl+C\n"
            "  3 not initialised    7 there is no screen           11 data missing   15 a file is not as it must be\n"
-           "  16 a problem was found, and what to do about it said\n"
+           "  16 a problem to put right    17 the page cannot be served\n"
            "  100 and above: the command line is wrong.";
 }

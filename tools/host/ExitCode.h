@@ -18,7 +18,8 @@ enum ExitCode {
     kExitNotSettled = 13,   // --wait: not within the band in time
     kExitInterrupted = 14,  // the second Ctrl+C
     kExitBadFile = 15,      // a protocol or a log that cannot be read or must not be run
-    kExitProblem = 16       // something must be put right first; it was said what
+    kExitProblem = 16,      // something must be put right first; it was said what
+    kExitNotServed = 17     // the page's port cannot be had
 };
 
 /// What each of them means, a line each, for --help.

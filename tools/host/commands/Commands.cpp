@@ -6,6 +6,7 @@
 
 void AddCommands(CLI::App& app, CommandRun& run) {
     AddMonitorCommand(app, run);
+    AddServeCommand(app, run);
     AddListCommand(app, run);
     AddReportCommand(app, run);
     AddDoctorCommand(app, run);

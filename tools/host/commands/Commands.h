@@ -12,4 +12,5 @@ void AddDoctorCommand(CLI::App& app, CommandRun& run);
 void AddListCommand(CLI::App& app, CommandRun& run);
 void AddReportCommand(CLI::App& app, CommandRun& run);
 void AddMonitorCommand(CLI::App& app, CommandRun& run);
+void AddServeCommand(CLI::App& app, CommandRun& run);
 void AddDialogCommands(CLI::App& app, CommandRun& run);  // configure, connect, panel: on Windows

@@ -16,12 +16,12 @@
 #include "model/Event.h"
 #include "model/Snapshot.h"
 #include "show/DeviceTable.h"
+#include "show/Events.h"
 #include "show/Output.h"
 #include "show/Screen.h"
 #include "show/SnapshotJson.h"
 #include "show/Summary.h"
 #include "text/Number.h"
-#include "text/Time.h"
 
 namespace {
 
@@ -33,9 +33,7 @@ class Terminal {
     /// Where the library's lines and errors always went.
     void ShowEvent(const Event& event) {
         m_screen.MakeRoom();
-        const std::string subject = event.channel.empty() ? "" : " " + event.channel;
-        const std::string text = event.text.empty() ? "" : ": " + event.text;
-        std::cerr << FormatLocal(event.when.utcMs) << "  " << EventKindName(event.kind) << subject << text << std::endl;
+        std::cerr << EventLine(event) << std::endl;
     }
 
     void Leave() { m_screen.Leave(); }

@@ -177,6 +177,9 @@ void WatchRun::Judge() {
     const std::vector<AlarmChange> changes = m_alarms->Update(readings, Now().when);
     m_watch.SetAlarms(m_alarms->Statuses());
     std::ranges::for_each(changes, [this](const AlarmChange& change) { Tell(change.event); });
+    if (m_onAlarms && !changes.empty()) {
+        m_onAlarms(changes);
+    }
 }
 
 Readiness ReadSettingsInto(WatchRequest& request) {

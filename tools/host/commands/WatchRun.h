@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "commands/WatchRequest.h"
@@ -37,6 +38,9 @@ class WatchRun {
 
     /// They are called in the order in which they were added, on the main thread.
     void AddSink(OnRow onRow, OnEvent onEvent);
+
+    /// Called with the alarms that came or went with a row, after their events, before the row goes to the sinks.
+    void OnAlarms(std::function<void(const std::vector<AlarmChange>&)> act) { m_onAlarms = std::move(act); }
 
     /// Starts the device and waits until it is open. Else the exit code; Sentence() tells the user why.
     int Open();
@@ -90,6 +94,7 @@ class WatchRun {
     std::optional<Statistics> m_statistics;
     Moment m_opened;
     std::vector<std::pair<OnRow, OnEvent>> m_sinks;
+    std::function<void(const std::vector<AlarmChange>&)> m_onAlarms;
     std::map<std::uint64_t, OnTargetSet> m_awaited;
     std::uint64_t m_nRequests = 0;
     std::uint64_t m_nEvents = 0;

@@ -9,9 +9,11 @@
 #include <vector>
 
 #include "ExitCode.h"
+#include "commands/AlarmActions.h"
 #include "commands/WatchRequest.h"
 #include "commands/WatchRun.h"
 #include "commands/WatchTargets.h"
+#include "judge/Alarm.h"
 #include "judge/AlarmRule.h"
 #include "keep/CsvLog.h"
 #include "model/Event.h"
@@ -39,6 +41,7 @@ void Show(const Action& action) {
 class Sinks {
  public:
     Sinks(WatchRun& run, const WatchParts& parts) : m_run(run), m_parts(parts) {
+        run.OnAlarms([this](const std::vector<AlarmChange>& changes) { Act(changes); });
         run.AddSink([this](const Snapshot& snapshot) { TakeRow(snapshot); },
                     [this](const Event& event) { TakeEvent(event); });
     }
@@ -49,6 +52,7 @@ class Sinks {
     bool Written() const { return !OutputFailed() && (!m_log || m_log->LostRows() == 0); }
 
  private:
+    void Act(const std::vector<AlarmChange>& changes);
     void TakeRow(const Snapshot& snapshot);
     void TakeEvent(const Event& event);
     void ShowEvent(const Event& event) const;
@@ -56,6 +60,7 @@ class Sinks {
 
     WatchRun& m_run;
     const WatchParts& m_parts;
+    AlarmActions m_actions{{m_run.Request().beep, m_run.Request().onAlarm}};
     std::vector<Event> m_early;
     std::optional<CsvLog> m_log;
 };
@@ -70,6 +75,12 @@ void Sinks::BeginLog() {
         ShowTrouble(m_log->AddEvent(event));
     }
     m_early.clear();
+}
+
+void Sinks::Act(const std::vector<AlarmChange>& changes) {
+    if (const auto trouble = m_actions.Act(changes, m_run.Now())) {
+        m_run.AddEvent(EventKind::Trouble, *trouble);
+    }
 }
 
 void Sinks::TakeRow(const Snapshot& snapshot) {

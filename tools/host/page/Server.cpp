@@ -120,10 +120,8 @@ class Server::Impl : public PageSession::Owner {
     void AskDevice(const std::shared_ptr<PageSession>& session, const TargetWanted& wanted);
     void AnswerTarget(std::uint64_t id, const TargetResult& result);
     void TellStreams();
-    void Tell(const Session::Frame& frame);
-    const Session::Frame& SnapshotFrame();
     void Tell(const PageSession::Frame& frame);
-    PageSession::Frame NewestFrame();
+    const PageSession::Frame& SnapshotFrame();
     void BeatHeart();
 
     Options m_options;
@@ -145,7 +143,7 @@ class Server::Impl : public PageSession::Owner {
     std::uint64_t m_nTargets = 0;
     std::uint64_t m_nToldEvent = 0;
     std::shared_ptr<const Snapshot> m_toldSnapshot;
-    Session::Frame m_snapshotFrame;
+    PageSession::Frame m_snapshotFrame;
     bool m_isStopping = false;
 };
 
@@ -275,10 +273,7 @@ void Server::Impl::Answer(const std::shared_ptr<PageSession>& session, const Req
     }
 }
 
-void Server::Impl::Stream(const std::shared_ptr<Session>& session, const StreamWanted& wanted) {
 void Server::Impl::Stream(const std::shared_ptr<PageSession>& session, const StreamWanted& wanted) {
-    // So that this one is not told twice what comes next.
-    TellStreams();
     session->BeginStream();
     m_streams.insert(session);
     session->Send(std::make_shared<const std::string>("retry: 2000\n\n"));
@@ -350,13 +345,11 @@ void Server::Impl::TellStreams() {
 }
 
 /// Written once for all that are told it, and not at all when nobody is.
-const Session::Frame& Server::Impl::SnapshotFrame() {
+const PageSession::Frame& Server::Impl::SnapshotFrame() {
     if (!m_snapshotFrame) {
         m_snapshotFrame = MakeFrame("event: snapshot\n", SnapshotJson(*m_toldSnapshot, m_options.access.allowSet));
     }
     return m_snapshotFrame;
-PageSession::Frame Server::Impl::NewestFrame() {
-    return MakeFrame("event: snapshot\n", SnapshotJson(*m_toldSnapshot, m_options.access.allowSet));
 }
 
 void Server::Impl::Tell(const PageSession::Frame& frame) {
