@@ -158,8 +158,8 @@ TEST_F(CsvLogs, PortAndEveryKindOfEventAreKept) {
     const Log log = ReadCsv(file);
     EXPECT_FALSE(log.header.device.simulated);
     EXPECT_EQ(log.header.device.port, 3);
-    ASSERT_EQ(log.events.size(), 10U);
-    EXPECT_EQ(log.events[9].kind, EventKind::Trouble);
+    ASSERT_EQ(log.events.size(), 11U);
+    EXPECT_EQ(log.events[10].kind, EventKind::Trouble);
 }
 
 TEST_F(CsvLogs, EachRowIsTheSystemsAtOnce) {

@@ -15,8 +15,9 @@ enum class EventKind {
     LinkBack,
     AlarmOn,
     AlarmOff,
-    Log,     // a line of the library
-    Trouble  // of this program: a full disk, an alarm program that does not start
+    Log,       // a line of the library
+    Protocol,  // how a protocol of targets goes on
+    Trouble    // of this program: a full disk, an alarm program that does not start
 };
 
 struct Event {
@@ -28,5 +29,5 @@ struct Event {
 };
 
 /// "started", "ended", "target changed", "air mode", "link lost", "link back", "alarm on", "alarm off", "log",
-/// "trouble": as files, pages and tables have it.
+/// "protocol", "trouble": as files, pages and tables have it.
 const char* EventKindName(EventKind kind);

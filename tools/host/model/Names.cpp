@@ -24,8 +24,9 @@ const char* UnitOf(ChannelKind kind) {
 }
 
 const char* EventKindName(EventKind kind) {
-    constexpr std::array<const char*, 10> kNames{"started",   "ended",    "target changed", "air mode", "link lost",
-                                                 "link back", "alarm on", "alarm off",      "log",      "trouble"};
+    constexpr std::array<const char*, 11> kNames{"started",   "ended",     "target changed", "air mode",
+                                                 "link lost", "link back", "alarm on",       "alarm off",
+                                                 "log",       "protocol",  "trouble"};
     return kNames[static_cast<std::size_t>(kind)];
 }
 

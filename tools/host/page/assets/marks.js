@@ -44,7 +44,7 @@
 
     const shown = {
         "target changed": "--mark", "air mode": "--mark", "link lost": "--bad", "link back": "--good", "alarm on": "--bad",
-        "alarm off": "--good", "trouble": "--bad", "started": "--quiet", "ended": "--quiet",
+        "alarm off": "--good", "protocol": "--mark", "trouble": "--bad", "started": "--quiet", "ended": "--quiet",
     };
 
     oko.isMarked = (event) => event.kind in shown;
