@@ -343,8 +343,12 @@ TEST(ProtocolResume, ProtocolThatIsOverIsRefused) {
     bench.Round(0);
     bench.Round(10);
     bench.Round(11);
-    EXPECT_EQ(ParseProgress(ProgressJson(bench.Run().Progress("S", bench.now)), plan, "S").error,
-              "the protocol is over: delete its progress to begin anew");
+    const std::string json = ProgressJson(bench.Run().Progress("S", bench.now));
+    EXPECT_EQ(ParseProgress(json, plan, "S").error, "the protocol is over: delete its progress to begin anew");
+    EXPECT_TRUE(IsOverProgress(json));
+    for (const char* text : {"", "[]", "{}", "{\"done\": 1}", "{\"done\": false}"}) {
+        EXPECT_FALSE(IsOverProgress(text)) << text;
+    }
 }
 
 TEST(ProtocolResume, ProgressThatSomethingElseWroteIsRefused) {

@@ -31,6 +31,14 @@ TEST(Settling, SettlesAfterThatLongInItsBand) {
     EXPECT_EQ(settling.Update(5.0, kBand, At(159.9)), SettlingState::Waiting);
     EXPECT_EQ(settling.Update(5.0, kBand, At(160)), SettlingState::Settled);
     EXPECT_EQ(settling.Progress(), 1.0);
+    EXPECT_EQ(settling.Describe(Co2()), "CO2 is 5.00 %, within 4.50 to 5.50 %");
+}
+
+TEST(Settling, ShortHoldIsToldInFractionsOfASecond) {
+    Settling settling(0.3, {}, At(0));
+    settling.Update(5.0, kBand, At(0));
+    settling.Update(5.0, kBand, At(0.125));
+    EXPECT_EQ(settling.Describe(Co2()), "CO2 is 5.00 %, within 4.50 to 5.50 %, for 125 ms of 300 ms");
 }
 
 TEST(Settling, ValueOutsideInterrupts) {

@@ -16,7 +16,7 @@ enum ExitCode {
     kExitDataMissing = 11,  // a channel gives no value at the end
     kExitAlarm = 12,        // an alarm stands at the end
     kExitNotSettled = 13,   // --wait: not within the band in time
-    kExitInterrupted = 14,  // the second Ctrl+C
+    kExitInterrupted = 14,  // the second Ctrl+C, or a protocol that was not over
     kExitBadFile = 15,      // a protocol or a log that cannot be read or must not be run
     kExitProblem = 16,      // something must be put right first; it was said what
     kExitNotServed = 17     // the page's port cannot be had

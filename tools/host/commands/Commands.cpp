@@ -7,6 +7,8 @@
 void AddCommands(CLI::App& app, CommandRun& run) {
     AddMonitorCommand(app, run);
     AddServeCommand(app, run);
+    AddSetCommand(app, run);
+    AddProtocolCommand(app, run);
     AddListCommand(app, run);
     AddReportCommand(app, run);
     AddDoctorCommand(app, run);

@@ -13,4 +13,6 @@ void AddListCommand(CLI::App& app, CommandRun& run);
 void AddReportCommand(CLI::App& app, CommandRun& run);
 void AddMonitorCommand(CLI::App& app, CommandRun& run);
 void AddServeCommand(CLI::App& app, CommandRun& run);
+void AddSetCommand(CLI::App& app, CommandRun& run);
+void AddProtocolCommand(CLI::App& app, CommandRun& run);
 void AddDialogCommands(CLI::App& app, CommandRun& run);  // configure, connect, panel: on Windows

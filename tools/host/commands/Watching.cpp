@@ -144,7 +144,8 @@ void RunRows(WatchRun& run, const WatchParts& parts) {
     run.RunUntil([&] {
         const bool over = seconds && Now().seconds - begun >= *seconds;
         // Nobody reads what is shown, and nothing else is asked for.
-        const bool useless = OutputFailed() && run.Request().csv.empty() && run.Request().onAlarm.empty();
+        const bool useless =
+            !parts.needsNoView && OutputFailed() && run.Request().csv.empty() && run.Request().onAlarm.empty();
         return over || useless || (parts.isEnough && parts.isEnough());
     });
 }
@@ -193,6 +194,9 @@ int RunWatch(WatchRequest request, const WatchParts& parts) {
         }
     } else {
         TellUser(run.Sentence());
+    }
+    if (parts.judge) {
+        code = parts.judge(code);
     }
     run.Close();
     if (run.WasLeft()) {

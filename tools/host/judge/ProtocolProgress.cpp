@@ -91,3 +91,9 @@ Parsed<ProtocolProgress> ParseProgress(std::string_view text, const ProtocolPlan
     }
     return Parsed<ProtocolProgress>::Of(progress);
 }
+
+bool IsOverProgress(std::string_view text) {
+    const Json json = Json::parse(text, nullptr, false);
+    const auto done = json.is_object() ? json.find("done") : json.end();
+    return done != json.end() && done->is_boolean() && done->get<bool>();
+}

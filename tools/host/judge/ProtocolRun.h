@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -33,6 +34,9 @@ std::string ProgressJson(const ProtocolProgress& progress);
 
 /// Refuses what was not written for this plan and this device; the sentence says what to do.
 Parsed<ProtocolProgress> ParseProgress(std::string_view json, const ProtocolPlan& plan, const std::string& device);
+
+/// Whether this is the progress of a protocol that came to its end: one that may begin anew.
+bool IsOverProgress(std::string_view json);
 
 /// A target to be set now.
 struct ProtocolOrder {

@@ -47,9 +47,9 @@ std::string Settling::Describe(const ChannelInfo& channel) const {
         return channel.key + " gives no value";
     }
     std::string text = channel.key + " is " + DescribePlace(channel, *m_value, m_band);
-    if (m_inBandSince && m_holdSeconds > 0.0) {
-        const double held = std::min(m_heldSeconds, m_holdSeconds);
-        text += ", for " + FormatDuration(std::floor(held)) + " of " + FormatDuration(m_holdSeconds);
+    if (m_inBandSince && m_state == SettlingState::Waiting) {
+        const double held = m_holdSeconds < 10.0 ? m_heldSeconds : std::floor(m_heldSeconds);
+        text += ", for " + FormatDuration(held) + " of " + FormatDuration(m_holdSeconds);
     }
     return text;
 }
