@@ -7,6 +7,7 @@
 //   silent            no call returns while this stands  delay 0.01     each call takes that many seconds
 //   noinit            Init fails                         air 1          the air mode is on
 //   log TEXT          the next call logs the text, once for each change of the line
+//   exchanges         each read logs its exchange; "exchanges silent": one that had no answer
 // OKO_FAKE_CHANNELS=24 makes it as large as a device can be. OKO_FAKE_JOURNAL names a file that gets a line for each
 // call that changes something.
 
@@ -41,6 +42,8 @@ struct Control {
     bool silent = false;
     bool initFails = false;
     bool airMode = false;
+    bool exchanges = false;
+    bool emptyReplies = false;
 };
 
 std::string Environment(const char* name) {
@@ -69,6 +72,9 @@ Control ReadControl() {
             words >> control.delaySeconds;
         } else if (verb == "air") {
             words >> control.airMode;
+        } else if (verb == "exchanges") {
+            control.exchanges = true;
+            control.emptyReplies = static_cast<bool>(words >> name);
         } else if (verb == "log") {
             std::getline(words >> std::ws, control.log);
         }
@@ -89,6 +95,13 @@ oko::HostCallbackFunction g_callback = nullptr;
 void CallHost(const std::string& text) {
     if (g_callback != nullptr) {
         g_callback(oko::kCallbackLog, std::wstring(text.begin(), text.end()).c_str());
+    }
+}
+
+void LogExchange(const Control& control, const std::string& command, double value) {
+    if (control.exchanges) {
+        CallHost("OKO-Lab bold line CommandSend: " + command + " -> " +
+                 (control.emptyReplies ? "" : "0_" + command + "_" + std::to_string(value) + "\r"));
     }
 }
 
@@ -158,6 +171,7 @@ class FakeChannel : public Interface {
             const auto given = control.values.find(m_name);
             *value = m_dCurrent = given != control.values.end() ? given->second : m_dTarget;
         }
+        LogExchange(control, "readcurval " + m_name, m_dCurrent);
         return oko::kSuccess;
     }
 

@@ -12,5 +12,6 @@ void AddCommands(CLI::App& app, CommandRun& run) {
     AddListCommand(app, run);
     AddReportCommand(app, run);
     AddDoctorCommand(app, run);
+    AddTraceCommand(app, run);
     AddDialogCommands(app, run);
 }

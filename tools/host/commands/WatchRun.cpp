@@ -140,6 +140,9 @@ void WatchRun::Pump(double waitSeconds) {
 }
 
 void WatchRun::Take(const DeviceMessage& message) {
+    if (m_onMessage) {
+        m_onMessage(message);
+    }
     const bool row = m_watch.Take(message);
     PassOn(row);
     if (const auto* failed = std::get_if<device_message::Failed>(&message.what)) {

@@ -41,6 +41,8 @@ class WatchRun {
 
     /// Called with the alarms that came or went with a row, after their events, before the row goes to the sinks.
     void OnAlarms(std::function<void(const std::vector<AlarmChange>&)> act) { m_onAlarms = std::move(act); }
+    /// Called with all that the device thread tells, before it is judged.
+    void SetMessageSink(std::function<void(const DeviceMessage&)> onMessage) { m_onMessage = std::move(onMessage); }
 
     /// Starts the device and waits until it is open. Else the exit code; Sentence() tells the user why.
     int Open();
@@ -95,6 +97,7 @@ class WatchRun {
     Moment m_opened;
     std::vector<std::pair<OnRow, OnEvent>> m_sinks;
     std::function<void(const std::vector<AlarmChange>&)> m_onAlarms;
+    std::function<void(const DeviceMessage&)> m_onMessage;
     std::map<std::uint64_t, OnTargetSet> m_awaited;
     std::uint64_t m_nRequests = 0;
     std::uint64_t m_nEvents = 0;

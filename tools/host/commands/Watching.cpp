@@ -177,6 +177,7 @@ int RunWatch(WatchRequest request, const WatchParts& parts) {
     }
     WatchRun run(std::move(request));
     Sinks sinks(run, parts);
+    run.SetMessageSink(parts.onMessage);
     int code = run.Open();
     if (code == kExitDone) {
         code = Begin(run, parts, sinks);

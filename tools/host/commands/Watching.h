@@ -6,6 +6,7 @@
 
 #include "commands/WatchRequest.h"
 #include "commands/WatchRun.h"
+#include "model/DeviceMessage.h"
 #include "model/Event.h"
 #include "model/Snapshot.h"
 
@@ -15,6 +16,7 @@ struct WatchParts {
     std::function<int(WatchRun&)> onOpened;                         // another result than 0 ends the watch with it
     std::function<void(const Snapshot&)> onRow;
     std::function<void(const Event&)> onEvent;
+    std::function<void(const DeviceMessage&)> onMessage;            // all that the device thread tells, until it is closed
     std::function<bool()> isEnough;                    // asked at least ten times a second
     bool needsNoView = false;                          // goes on although nobody reads the output
     std::function<void(const WatchRun&)> beforeClose;  // the last values stand, the device is still open

@@ -10,6 +10,7 @@
 namespace {
 
 std::atomic<int> g_nInterrupts = 0;
+std::atomic<void (*)() noexcept> g_beforeEndNow = nullptr;
 static_assert(std::atomic<int>::is_always_lock_free);  // a signal handler may take no lock
 
 void OnSignal(int) {
@@ -28,4 +29,11 @@ void CatchInterrupts() {
 
 bool Interrupted() noexcept { return g_nInterrupts > 0; }
 
-void EndNow(int exitCode) noexcept { _exit(exitCode); }
+void BeforeEndNow(void (*action)() noexcept) noexcept { g_beforeEndNow = action; }
+
+void EndNow(int exitCode) noexcept {
+    if (auto* const action = g_beforeEndNow.exchange(nullptr)) {
+        action();
+    }
+    _exit(exitCode);
+}

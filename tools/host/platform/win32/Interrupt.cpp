@@ -9,8 +9,18 @@
 namespace {
 
 std::atomic<int> g_nInterrupts = 0;
+std::atomic<void (*)() noexcept> g_beforeEndNow = nullptr;
 
-BOOL WINAPI OnConsoleControl(DWORD) {
+void DoBeforeEndNow() noexcept {
+    if (auto* const action = g_beforeEndNow.exchange(nullptr)) {
+        action();
+    }
+}
+
+BOOL WINAPI OnConsoleControl(DWORD control) {
+    if (control != CTRL_C_EVENT && control != CTRL_BREAK_EVENT) {
+        DoBeforeEndNow();  // the system ends the program once this returns
+    }
     if (g_nInterrupts.fetch_add(1) > 0) {
         EndNow(kExitInterrupted);
     }
@@ -23,7 +33,10 @@ void CatchInterrupts() { SetConsoleCtrlHandler(OnConsoleControl, TRUE); }
 
 bool Interrupted() noexcept { return g_nInterrupts > 0; }
 
+void BeforeEndNow(void (*action)() noexcept) noexcept { g_beforeEndNow = action; }
+
 void EndNow(int exitCode) noexcept {
+    DoBeforeEndNow();
     // Not ExitProcess: it would wait for the library to let go of what the silent call holds.
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exitCode));
     for (;;) {

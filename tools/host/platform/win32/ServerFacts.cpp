@@ -144,7 +144,7 @@ bool WaitsForReading(SOCKET socket, double seconds) {
     FD_ZERO(&set);
     FD_SET(socket, &set);
     const auto whole = static_cast<long>(seconds);
-    const timeval time{whole, static_cast<long>((seconds - static_cast<double>(whole)) * 1e6)};
+    timeval time{whole, static_cast<long>((seconds - static_cast<double>(whole)) * 1e6)};
     return select(0, &set, nullptr, nullptr, &time) > 0;
 }
 
