@@ -16,11 +16,11 @@ struct WatchParts {
     std::function<int(WatchRun&)> onOpened;                         // another result than 0 ends the watch with it
     std::function<void(const Snapshot&)> onRow;
     std::function<void(const Event&)> onEvent;
-    std::function<void(const DeviceMessage&)> onMessage;            // all that the device thread tells, until it is closed
-    std::function<bool()> isEnough;                    // asked at least ten times a second
-    bool needsNoView = false;                          // goes on although nobody reads the output
-    std::function<void(const WatchRun&)> beforeClose;  // the last values stand, the device is still open
-    std::function<int(int)> judge;                     // before Close, from the exit code so far: the command's own
+    std::function<void(const DeviceMessage&)> onMessage;  // all that the device thread tells, until it is closed
+    std::function<bool()> isEnough;                       // asked at least ten times a second
+    bool needsNoView = false;                             // goes on although nobody reads the output
+    std::function<void(const WatchRun&)> beforeClose;     // the last values stand, the device is still open
+    std::function<int(int)> judge;                        // before Close, from the exit code so far: the command's own
 };
 
 /// A whole watch: settings, announcement, Init, log, targets, rows until the time is over, the command has enough or
