@@ -9,5 +9,5 @@ class WaitCursor {
     WaitCursor& operator=(const WaitCursor&) = delete;
 
  private:
-    [[maybe_unused]] void* m_hPrevious;  // only Windows has one
+    void* m_hPrevious;
 };

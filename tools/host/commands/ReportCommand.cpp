@@ -54,7 +54,7 @@ std::string Outcome(const std::string& report, const Log& log) {
     return line + "\n";
 }
 
-int Fail(const std::exception& error, ExitCode code) {
+int FailWith(const std::exception& error, ExitCode code) {
     std::cerr << "oko-host: " << error.what() << "\n";
     return code;
 }
@@ -66,21 +66,21 @@ int RunReport(const ReportRequest& request) {
         report.replace_extension(".html");
     }
     if (report.lexically_normal() == request.log.lexically_normal()) {
-        return Fail(FileError("the report would take the log's place: name another file with --output"),
+        return FailWith(FileError("the report would take the log's place: name another file with --output"),
                     kExitNotWritten);
     }
     Log log;
     try {
         log = ReadCsv(request.log);
     } catch (const CsvError& error) {
-        return Fail(error, kExitBadFile);
+        return FailWith(error, kExitBadFile);
     } catch (const FileError& error) {
-        return Fail(error, kExitBadFile);
+        return FailWith(error, kExitBadFile);
     }
     try {
         Write(report, MakeReport(log, PathText(request.log.filename())));
     } catch (const FileError& error) {
-        return Fail(error, kExitNotWritten);
+        return FailWith(error, kExitNotWritten);
     }
     Print(Outcome(PathText(report), log));
     return kExitDone;
