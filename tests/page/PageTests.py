@@ -116,7 +116,7 @@ class Live(PageCase):
         self.assertGreater(panned[0], zoomed[0])
         ActionChains(browser.driver, duration=0).double_click(plot).perform()
         back = self.assertInStep()
-        self.assertAlmostEqual(back[1] - back[0], 3600000, delta=1)
+        self.assertGreaterEqual(back[1] - back[0], before[1] - before[0])
 
     def test_charts_are_moved_by_keys(self):
         plot = browser.one(".plot")
@@ -131,6 +131,7 @@ class Live(PageCase):
 
     def test_range_buttons_choose_how_much_is_shown(self):
         for hours, button in zip((1, 6, 24, 72), browser.all("#ranges button")):
+            browser.script("oko.page.charts.begin = 0")  # as if the watch had gone on for days
             button.click()
             window = self.assertInStep()
             self.assertAlmostEqual(window[1] - window[0], hours * 3600000, delta=1)

@@ -12,7 +12,7 @@ FLAGS = [
     "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-background-networking",
     "--disable-component-update", "--disable-sync", "--disable-dev-shm-usage", "--hide-scrollbars",
 ]
-PATIENCE = 20  # seconds that a busy machine may take; what comes at once costs none of them
+PATIENCE = 30  # seconds that a busy machine may take; what comes at once costs none of them
 
 
 class Browser:
@@ -73,7 +73,8 @@ class Browser:
         """Of each chart, how many of its pixels have the colours of its lines."""
         return self.script("""
             return oko.page.charts.charts.map(function (chart) {
-                const canvas = chart.plot.querySelectorAll("canvas")[0];
+                const canvas = chart.plot.querySelector("canvas");
+                if (!canvas) return 0;
                 const pixels = canvas.getContext("2d").getImageData(0, 0, canvas.width, canvas.height).data;
                 const colors = new Set(chart.channels.map(function (channel, i) {
                     const color = oko.seriesColor(i);

@@ -4,6 +4,7 @@
     const kHour = 3600000;
     const kRanges = [["1 h", 1], ["6 h", 6], ["24 h", 24], ["72 h", 72]];
     const kNarrowest = 10000; // ms
+    const kFirstMinutes = 120000;
     const kMostAppended = 600;
     const kRedrawMs = 900;
 
@@ -16,6 +17,7 @@
             this.range = kHour;
             this.follows = true;
             this.extent = null; // of a log: [first, last]
+            this.begin = 0; // no row is known to be older
             this.from = 0;
             this.to = 1;
             this.appended = 0;
@@ -69,8 +71,13 @@
         showRange() {
             this.follows = true;
             const to = this.latest();
-            const from = this.range === null ? this.earliest() : to - this.range;
+            const from = this.range === null ? this.earliest() : this.beginOfRange(to);
             this.move(from, Math.max(to, from + kNarrowest));
+        }
+
+        // Of a watch that has just begun, the minutes that it has.
+        beginOfRange(to) {
+            return Math.max(to - this.range, Math.min(this.begin, to - kFirstMinutes));
         }
 
         showAll() {
@@ -133,8 +140,9 @@
             try {
                 // A quarter of the window more on both sides, so that a small move shows no empty ground; in all about a
                 // least and a greatest value for each pixel.
-                const history = await this.source.history(this.from - length / 4, this.to + length / 4, Math.max(400, width) * 2);
-                if (number === this.fetchNumber) this.take(history);
+                const since = this.from - length / 4;
+                const history = await this.source.history(since, this.to + length / 4, Math.max(400, width) * 2);
+                if (number === this.fetchNumber) this.take(history, since);
             } catch (error) {
                 // The banner tells; the next snapshot asks again.
                 this.history = this.history || null;
@@ -142,14 +150,17 @@
             if (number === this.fetchNumber) this.isFetching = false;
         }
 
-        take(history) {
+        take(history, since) {
             this.history = history;
             this.appended = 0;
+            if (this.source.isLive && history.time[0] > since + kFirstMinutes) this.begin = history.time[0];
             if (this.latestSnapshot) oko.appendSnapshot(history, this.latestSnapshot);
-            this.charts.forEach((chart) => {
-                chart.take(history);
-                chart.fitValues();
-            });
+            this.charts.forEach((chart) => chart.take(history));
+            if (this.source.isLive && this.follows && this.from < this.beginOfRange(this.to)) {
+                this.from = this.beginOfRange(this.to);
+                this.showWindow();
+            }
+            this.charts.forEach((chart) => chart.fitValues());
         }
 
         addSnapshot(snapshot) {
@@ -161,7 +172,7 @@
             if (!this.follows || Date.now() - this.drawnAt < kRedrawMs) return;
             this.drawnAt = Date.now();
             this.to = snapshot.timeMs;
-            this.from = this.to - this.range;
+            this.from = this.beginOfRange(this.to);
             this.showWindow();
             this.charts.forEach((chart) => {
                 chart.take(this.history);
@@ -170,7 +181,9 @@
             if (this.appended > kMostAppended) this.fetchSoon();
         }
 
+        // Another run: what is known of the one before is not of this one.
         refetch() {
+            this.begin = 0;
             if (this.charts.length > 0) this.fetchSoon();
         }
 
