@@ -208,7 +208,8 @@ TEST_F(SimulatorTests, ParameterRead_OfAChannelsNumber_GivesItsCurrentValue) {
 
 TEST_F(SimulatorTests, Targets_OfTheFirstFourTemperaturesOnly) {
     for (std::size_t i = 0; i < 6; ++i) {
-        m_state.channels.temperatures[i] = {true, {7, static_cast<std::int32_t>(i)}, 0.0, 30.0 + static_cast<double>(i)};
+        m_state.channels.temperatures[i] = {
+            true, {7, static_cast<std::int32_t>(i)}, 0.0, 30.0 + static_cast<double>(i)};
     }
     m_state.channels.gasConcentrations[3] = {true, {12, 1}, 0.0, 19.5};
     m_state.channels.humidifiers[3] = {true, {15, 0}, 0.0, 60.0};

@@ -67,7 +67,7 @@ int RunReport(const ReportRequest& request) {
     }
     if (report.lexically_normal() == request.log.lexically_normal()) {
         return FailWith(FileError("the report would take the log's place: name another file with --output"),
-                    kExitNotWritten);
+                        kExitNotWritten);
     }
     Log log;
     try {
