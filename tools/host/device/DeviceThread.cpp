@@ -27,15 +27,15 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-struct TargetRequest {
-    std::uint64_t request;
-    std::size_t channel;
-    double value;
-};
-
 }  // namespace
 
 struct DeviceThread::Shared {
+    struct TargetRequest {
+        std::uint64_t request;
+        std::size_t channel;
+        double value;
+    };
+
     DeviceRequest request;
     std::shared_ptr<Queue> messages;
 
