@@ -84,7 +84,7 @@ class PageCase(unittest.TestCase):
 
 class Live(PageCase):
     def test_page_names_the_device_and_says_that_it_is_simulated(self):
-        self.assertIn("Simulator", browser.text("#device"))
+        self.assertIn("simulator", browser.text("#device"))
         self.assertTrue(browser.one("#simulated").is_displayed())
         self.assertIn("(simulated)", browser.driver.title)
 
@@ -102,7 +102,7 @@ class Live(PageCase):
     def test_every_quantity_has_a_chart_with_lines(self):
         kinds = [chart.get_attribute("data-kind") for chart in browser.all(".chart")]
         self.assertEqual(kinds, ["temperature", "gas", "humidity"])
-        self.assertTrue(all(count > 20 for count in browser.inked()), browser.inked())
+        browser.wait(lambda: min(browser.inked()) > 40, "the lines do not grow")
 
     def test_zoom_and_pan_by_pointer_keep_the_charts_in_step(self):
         before = self.assertInStep()
@@ -289,7 +289,7 @@ class Report(PageCase):
         browser.wait(lambda: min(browser.inked(), default=0) > 0, "no lines were drawn")
 
     def test_report_opens_from_disk_and_names_device_and_log(self):
-        self.assertIn("Simulator", browser.text("#device"))
+        self.assertIn("simulator", browser.text("#device"))
         self.assertTrue(browser.one("#simulated").is_displayed())
         self.assertIn(f"{len(self.times)} rows of copy.csv", browser.text("#summary-about"))
         self.assertIn(f"{len(self.times)} rows of", self.said)

@@ -62,8 +62,8 @@ class Browser:
         self.wait(lambda: part in self.text(selector), f"{selector} never said {part!r}")
 
     def console(self):
-        """What the console said since it was asked last, without what is expected."""
-        return [entry["message"] for entry in self.driver.get_log("browser") if entry["level"] != "INFO"]
+        """What the console said since it was asked last, but for the browser's advice to inked()."""
+        return [entry["message"] for entry in self.driver.get_log("browser") if "willReadFrequently" not in entry["message"]]
 
     def windows(self):
         """The stretch of time that each chart shows."""
