@@ -193,6 +193,18 @@ TEST_F(WatchTests, SlowRounds_KeepTheirValuesWhileTheyGoOn) {
     EXPECT_TRUE(watch.Now().live);
 }
 
+TEST_F(WatchTests, RoundThatBecomesSlow_KeepsWhatItRead) {
+    Round(1.0, Value(36.5), Value(5.0));
+    Take(2.0, CallBegun{0});
+    Take(2.1, ChannelRead{0, Value(36.6), {0.1}});
+    Take(2.1, CallBegun{1});
+    Take(12.0, ChannelRead{1, NoAnswer(), {9.9}});
+    Take(12.0, CallBegun{1});
+    Take(20.0, ChannelRead{1, NoAnswer(), {8.0}});
+    Take(20.0, RoundDone{});
+    EXPECT_EQ(Current(0), 36.6) << "the log has what was read in its row";
+}
+
 TEST_F(WatchTests, ValueOlderThanARoundAndItsAnswersTake_IsForgotten) {
     Round(1.0, Value(36.5), Value(5.0));
     watch.Tick(At(12.0));

@@ -146,7 +146,8 @@ void Watch::JudgeLink() {
 
 /// A value is shown until its channel was to be read again, and had the time to answer.
 void Watch::ForgetOldValues() {
-    const double oldest = m_dRoundSeconds + m_rules.intervalSeconds + m_rules.answerWithinSeconds;
+    const double round = m_roundBegun ? m_snapshot.when.seconds - m_roundBegun->seconds : 0.0;
+    const double oldest = std::max(round, m_dRoundSeconds) + m_rules.intervalSeconds + m_rules.answerWithinSeconds;
     for (std::size_t i = 0; i < m_snapshot.statuses.size(); ++i) {
         ChannelStatus& status = m_snapshot.statuses[i];
         const std::optional<Moment>& answered = m_answered[i];
