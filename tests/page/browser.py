@@ -70,19 +70,22 @@ class Browser:
         return self.script("return oko.page.charts.charts.map((chart) => chart.graph.xAxisRange())")
 
     def inked(self):
-        """Of each chart, how many of its pixels have the colours of its lines."""
+        """Of each chart, how many of its pixels have the colours of its lines: nearly, as edges are smoothed, but not the
+        bands' thin ones."""
         return self.script("""
             return oko.page.charts.charts.map(function (chart) {
                 const canvas = chart.plot.querySelector("canvas");
                 if (!canvas) return 0;
                 const pixels = canvas.getContext("2d").getImageData(0, 0, canvas.width, canvas.height).data;
-                const colors = new Set(chart.channels.map(function (channel, i) {
+                const colors = chart.channels.map(function (channel, i) {
                     const color = oko.seriesColor(i);
-                    return [1, 3, 5].map((at) => parseInt(color.slice(at, at + 2), 16)).join();
-                }));
+                    return [1, 3, 5].map((at) => parseInt(color.slice(at, at + 2), 16));
+                });
+                const isLine = (i) => pixels[i + 3] > 150 && colors.some((color) =>
+                    color.reduce((sum, part, at) => sum + Math.abs(part - pixels[i + at]), 0) < 30);
                 let count = 0;
                 for (let i = 0; i < pixels.length; i += 4) {
-                    if (colors.has([pixels[i], pixels[i + 1], pixels[i + 2]].join())) ++count;
+                    if (isLine(i)) ++count;
                 }
                 return count;
             });""")
