@@ -157,7 +157,7 @@ TEST_F(HostProgramTests, Monitor_EndsWithItsSummary) {
 TEST_F(HostProgramTests, MonitorOfAFailingIncubator_SaysWhy) {
     const EmulatorProcess emulator(L"--scenario product-9 --fault \"listprod; always; empty\"");
     const HostProgram host(L"monitor --device incubator --port 3 --for 1s");
-    const auto box = AwaitDialog(host.ThreadId(), L"OKO-Control server error.");
+    const auto box = AwaitDialogOfProcess(host.ProcessId(), L"OKO-Control server error.");
     ASSERT_TRUE(box);
     box->Click(IDOK);
     EXPECT_EQ(host.ExitCode(), 3U);

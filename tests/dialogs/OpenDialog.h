@@ -137,19 +137,46 @@ class OpenDialog {
 };
 
 /// The visible dialog of a thread, also a message box; nothing when it has none.
+inline BOOL CALLBACK TakeDialog(HWND window, LPARAM result) {
+    std::array<wchar_t, 16> name{};
+    GetClassNameW(window, name.data(), static_cast<int>(name.size()));
+    if (std::wstring_view(name.data()) != L"#32770" || !IsWindowVisible(window)) {
+        return TRUE;
+    }
+    *reinterpret_cast<HWND*>(result) = window;
+    return FALSE;
+}
+
 inline std::optional<OpenDialog> FindDialog(DWORD threadId) {
     HWND found = nullptr;
-    const auto take = [](HWND window, LPARAM result) -> BOOL {
-        std::array<wchar_t, 16> name{};
-        GetClassNameW(window, name.data(), static_cast<int>(name.size()));
-        if (std::wstring_view(name.data()) != L"#32770" || !IsWindowVisible(window)) {
+    EnumThreadWindows(threadId, TakeDialog, reinterpret_cast<LPARAM>(&found));
+    return found != nullptr ? std::optional(OpenDialog(found)) : std::nullopt;
+}
+
+/// The visible dialog with this caption, of whatever thread of the process; waits for one. Nothing when none comes.
+inline std::optional<OpenDialog> AwaitDialogOfProcess(DWORD processId, std::wstring_view caption) {
+    struct Search {
+        DWORD processId;
+        std::wstring_view caption;
+        HWND found;
+    } search{processId, caption, nullptr};
+    const auto take = [](HWND window, LPARAM parameter) -> BOOL {
+        auto& wanted = *reinterpret_cast<Search*>(parameter);
+        DWORD owner = 0;
+        GetWindowThreadProcessId(window, &owner);
+        HWND dialog = nullptr;
+        if (owner != wanted.processId || TakeDialog(window, reinterpret_cast<LPARAM>(&dialog)) ||
+            OpenDialog(dialog).Caption() != wanted.caption) {
             return TRUE;
         }
-        *reinterpret_cast<HWND*>(result) = window;
+        wanted.found = dialog;
         return FALSE;
     };
-    EnumThreadWindows(threadId, take, reinterpret_cast<LPARAM>(&found));
-    return found != nullptr ? std::optional(OpenDialog(found)) : std::nullopt;
+    const bool came = WaitUntil([&] {
+        EnumWindows(take, reinterpret_cast<LPARAM>(&search));
+        return search.found != nullptr;
+    });
+    return came ? std::optional(OpenDialog(search.found)) : std::nullopt;
 }
 
 /// The next visible dialog with this caption on the thread of one that may be closed by now; nothing when none comes.

@@ -56,6 +56,7 @@ class ChildProcess {
     }
 
     DWORD ThreadId() const { return m_process.dwThreadId; }
+    DWORD ProcessId() const { return m_process.dwProcessId; }
     bool HasEnded() const { return WaitForSingleObject(m_process.hProcess, 0) == WAIT_OBJECT_0; }
 
     /// Waits until it ends by itself.

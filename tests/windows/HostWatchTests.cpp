@@ -93,7 +93,7 @@ TEST_F(HostWatchTests, ServerThatFallsSilent_IsToldAndTheTimeIsKept) {
 
 TEST_F(HostWatchTests, ServerThatIsSilentAtTheStart_EndsWithItsOwnCode) {
     Serve(L"--fault \"start 1; always; silent\"");
-    EXPECT_EQ(Monitor(L"--port 3 --start-within 1500ms --for 1min"), 8U);
+    EXPECT_EQ(Run(L"monitor --device incubator --port 3 --start-within 1500ms --answer-within 500ms --for 1min"), 8U);
     EXPECT_TRUE(Says("was not started within 1.5 s")) << m_output;
 }
 
