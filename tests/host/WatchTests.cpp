@@ -193,6 +193,14 @@ TEST_F(WatchTests, SlowRounds_KeepTheirValuesWhileTheyGoOn) {
     EXPECT_TRUE(watch.Now().live);
 }
 
+TEST_F(WatchTests, MessageThatWaited_DoesNotTurnTimeBack) {
+    Round(1.0, Value(36.5), Value(5.0));
+    Take(2.0, CallBegun{0});
+    watch.Tick(At(12.5));
+    Take(12.4, ChannelRead{0, Value(36.6), {10.4}});
+    EXPECT_EQ(watch.Now().when.seconds, 12.5);
+}
+
 TEST_F(WatchTests, RoundThatBecomesSlow_KeepsWhatItRead) {
     Round(1.0, Value(36.5), Value(5.0));
     Take(2.0, CallBegun{0});

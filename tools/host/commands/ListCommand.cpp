@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdint>
-#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -16,6 +15,7 @@
 #include "commands/WatchRun.h"
 #include "commands/Watching.h"
 #include "device/Library.h"
+#include "model/Snapshot.h"
 #include "oko/LibQuery.h"
 #include "show/ChannelList.h"
 #include "show/Output.h"

@@ -8,7 +8,6 @@
 #include <iostream>
 #include <iterator>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -87,7 +86,7 @@ class Conductor {
     const ProtocolRequest& m_request;
     ProtocolText m_text;
     WatchRun* m_watch = nullptr;
-    std::optional<ProtocolRun> m_run;
+    std::unique_ptr<ProtocolRun> m_run;
     bool m_bPlanned = false;  // a dry run, and all is told
     bool m_bRefused = false;  // by the device, which ended the run
     bool m_bNotKept = false;
@@ -113,7 +112,7 @@ int Conductor::Begin(WatchRun& watch) {
 int Conductor::BeginRun(WatchRun& watch, const ProtocolPlan& plan) {
     const Snapshot& snapshot = watch.Now();
     if (!m_request.resume) {
-        m_run.emplace(plan, snapshot.channels);
+        m_run = std::make_unique<ProtocolRun>(plan, snapshot.channels);
         Tell("begins: " + std::to_string(plan.steps.size()) + " steps, at least " +
              FormatDuration(plan.ShortestSeconds()));
         return kExitDone;
@@ -123,7 +122,7 @@ int Conductor::BeginRun(WatchRun& watch, const ProtocolPlan& plan) {
     if (!progress) {
         return RefuseFile(file, progress.error);
     }
-    m_run.emplace(plan, snapshot.channels, *progress);
+    m_run = std::make_unique<ProtocolRun>(plan, snapshot.channels, *progress);
     Tell("goes on after step " + std::to_string(progress->begun) + " of " + std::to_string(plan.steps.size()) +
          ", where it was at " + FormatUtc(progress->savedMs));
     return kExitDone;

@@ -1,5 +1,6 @@
 #include "commands/ProtocolFile.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <ios>

@@ -1,6 +1,5 @@
 #include "commands/WatchTargets.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <optional>

@@ -5,8 +5,9 @@
 #include <cmath>
 #include <cstdint>
 #include <functional>
+#include <iterator>
 #include <limits>
-#include <ranges>
+#include <optional>
 #include <string>
 #include <vector>
 

@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <exception>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -20,6 +19,7 @@
 #include "device/Session.h"
 #include "device/SettingsFile.h"
 #include "model/DeviceMessage.h"
+#include "oko/CDevApiInterface.h"
 #include "platform/Now.h"
 #include "platform/ThreadMessages.h"
 
@@ -111,7 +111,7 @@ void DeviceThread::Shared::SetTargets(std::vector<Channel>& channels) {
             next = targets.front();
             targets.pop_front();
         }
-        Channel& channel = channels[next->channel];
+        const Channel& channel = channels[next->channel];
         Tell(device_message::CallBegun{next->channel});
         device_message::TargetSet result{next->request, next->channel, next->value, channel.setTarget(next->value), {}};
         if (result.accepted) {

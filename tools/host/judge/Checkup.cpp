@@ -1,6 +1,7 @@
 #include "judge/Checkup.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 #include <vector>
 

@@ -254,8 +254,8 @@ double ProtocolPlan::ShortestSeconds() const {
     double seconds = steps.empty() ? 0.0 : steps.back().atSeconds;
     double longestHold = 0.0;  // of the steps of one time, which hold side by side
     for (std::size_t i = 0; i < steps.size(); ++i) {
-        if (steps[i].holdSeconds) {
-            longestHold = std::max(longestHold, settleSeconds + *steps[i].holdSeconds);
+        if (const std::optional<double>& hold = steps[i].holdSeconds) {
+            longestHold = std::max(longestHold, settleSeconds + *hold);
         }
         if (i + 1 == steps.size() || steps[i + 1].atSeconds != steps[i].atSeconds) {
             seconds += std::exchange(longestHold, 0.0);

@@ -37,7 +37,7 @@ struct ProtocolText {
 };
 
 /// The error names every mistake, a line each. Mistakes that only a device can show are left to ResolveProtocol.
-Parsed<ProtocolText> ParseProtocol(std::string_view json);
+Parsed<ProtocolText> ParseProtocol(std::string_view text);
 
 /// The same for the channels of a device.
 struct ProtocolPlan {

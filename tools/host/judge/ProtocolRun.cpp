@@ -1,6 +1,5 @@
 #include "judge/ProtocolRun.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <string>

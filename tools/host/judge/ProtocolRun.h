@@ -33,10 +33,10 @@ struct ProtocolProgress {
 std::string ProgressJson(const ProtocolProgress& progress);
 
 /// Refuses what was not written for this plan and this device; the sentence says what to do.
-Parsed<ProtocolProgress> ParseProgress(std::string_view json, const ProtocolPlan& plan, const std::string& device);
+Parsed<ProtocolProgress> ParseProgress(std::string_view text, const ProtocolPlan& plan, const std::string& device);
 
 /// Whether this is the progress of a protocol that came to its end: one that may begin anew.
-bool IsOverProgress(std::string_view json);
+bool IsOverProgress(std::string_view text);
 
 /// A target to be set now.
 struct ProtocolOrder {

@@ -9,7 +9,6 @@
 #include <variant>
 #include <vector>
 
-#include "model/ChannelInfo.h"
 #include "model/DeviceMessage.h"
 #include "model/Event.h"
 #include "model/Moment.h"
@@ -26,7 +25,10 @@ bool HasAnswered(const ChannelStatus& status) {
 }  // namespace
 
 bool Watch::Take(const DeviceMessage& message) {
-    m_snapshot.when = message.when;
+    // It may have waited while time passed here; rows and events stand in the order of their times.
+    if (message.when.seconds > m_snapshot.when.seconds) {
+        m_snapshot.when = message.when;
+    }
     bool row = false;
     // A message is a sign that the call before it returned; the next CallBegun begins another.
     if (!std::holds_alternative<device_message::LogLine>(message.what)) {
@@ -152,7 +154,7 @@ void Watch::ForgetOldValues() {
         ChannelStatus& status = m_snapshot.statuses[i];
         const std::optional<Moment>& answered = m_answered[i];
         status.ageSeconds = answered ? std::optional(m_snapshot.when.seconds - answered->seconds) : std::nullopt;
-        const bool asked = m_bSilent && (!m_call->channel || *m_call->channel == i);
+        const bool asked = m_bSilent && m_call && m_call->channel.value_or(i) == i;
         const bool old = status.ageSeconds && *status.ageSeconds > oldest;
         if (asked || old || (m_bSilent && status.ageSeconds && *status.ageSeconds > m_rules.answerWithinSeconds)) {
             status.reading = {

@@ -86,7 +86,7 @@ std::string LastLine(const std::filesystem::path& file) {
     const auto size = static_cast<std::streamoff>(stream.tellg());
     constexpr std::streamoff kMost = 1 << 20;
     stream.seekg(std::max<std::streamoff>(0, size - kMost));
-    std::string text((std::istreambuf_iterator<char>(stream)), {});
+    const std::string text((std::istreambuf_iterator<char>(stream)), {});
     return text.substr(text.rfind('\n') + 1);
 }
 

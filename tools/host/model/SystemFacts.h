@@ -18,8 +18,8 @@ struct Fact {
     static Fact Unknown(std::string why) { return {std::nullopt, std::move(why)}; }
 
     explicit operator bool() const { return value.has_value(); }
-    const T& operator*() const { return *value; }
-    const T* operator->() const { return &*value; }
+    const T& operator*() const { return *value; }    // NOLINT(bugprone-unchecked-optional-access): the caller looked
+    const T* operator->() const { return &*value; }  // NOLINT(bugprone-unchecked-optional-access): the caller looked
 };
 
 struct LibraryFacts {

@@ -1,7 +1,6 @@
 #include "page/LivePage.h"
 
 #include <algorithm>
-#include <array>
 #include <boost/asio/ip/address.hpp>
 #include <boost/asio/ip/host_name.hpp>
 #include <boost/system/error_code.hpp>
@@ -11,6 +10,7 @@
 #include <optional>
 #include <random>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "keep/Keeper.h"
@@ -72,7 +72,7 @@ std::string HostOf(const std::string& text) {
 }  // namespace
 
 struct LivePage::Impl {
-    Impl(Options given, SetTarget setTarget)
+    Impl(const Options& given, SetTarget setTarget)
         : isFit(given.token.empty() || IsFitToken(given.token)),
           options(ServerOptions(given)),
           server(options, keeper,

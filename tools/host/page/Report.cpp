@@ -73,6 +73,7 @@ constexpr std::string_view kPolicy =
 std::string MakeReport(const Log& unsorted, std::string_view name) {
     const Log log = SortedByTime(unsorted);
     std::vector<int> decimals;
+    decimals.reserve(log.columns.size());
     for (const LogColumns& columns : log.columns) {
         decimals.push_back(DecimalsOf(columns.current, columns.target));
     }

@@ -7,4 +7,4 @@
 
 /// A log as a page of one file, which opens from disk and needs no network: the live page's own files with the data
 /// inside. `name` is what the log's file is called. Throws FileError where the page is not in this program.
-std::string MakeReport(const Log& log, std::string_view name);
+std::string MakeReport(const Log& unsorted, std::string_view name);

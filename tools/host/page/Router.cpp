@@ -16,7 +16,6 @@
 
 #include "keep/Keeper.h"
 #include "model/ChannelInfo.h"
-#include "model/Snapshot.h"
 #include "page/Access.h"
 #include "page/Assets.h"
 #include "page/Request.h"
@@ -234,14 +233,14 @@ Outcome RouteTarget(const Context& context) {
     if (isPut) {
         return context.request.method == "PUT" ? route->answer(context) : WrongMethod("PUT");
     }
+    if (route != kRoutes.end()) {
+        return isGet ? route->answer(context) : WrongMethod("GET, HEAD");
+    }
     const auto asset = AssetReply(context.target);
-    if (route == kRoutes.end() && !asset) {
+    if (!asset) {
         return ErrorReply(404, "there is nothing here; docs/http.md lists what there is");
     }
-    if (!isGet) {
-        return WrongMethod("GET, HEAD");
-    }
-    return route != kRoutes.end() ? route->answer(context) : Outcome(*asset);
+    return isGet ? Outcome(*asset) : WrongMethod("GET, HEAD");
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "page/Server.h"
 
-#include <algorithm>
 #include <atomic>
 #include <boost/asio/error.hpp>
 #include <boost/asio/io_context.hpp>
@@ -20,6 +19,7 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <unordered_set>
 #include <utility>
 #include <variant>
@@ -183,7 +183,7 @@ void Server::Impl::BeginStop() {
         self.TellStreams();
         self.m_isStopping = true;
         error_code ignored;
-        self.m_acceptor.close(ignored);
+        std::ignore = self.m_acceptor.close(ignored);
         const auto sessions = self.m_sessions;
         for (const auto& session : sessions) {
             session->Finish();
@@ -223,7 +223,7 @@ void Server::Impl::Take(tcp::socket socket) {
         return;
     }
     error_code ignored;
-    socket.set_option(tcp::no_delay(true), ignored);
+    std::ignore = socket.set_option(tcp::no_delay(true), ignored);
     const auto session = MakeSession(std::move(socket), *this);
     m_sessions.insert(session);
     if (hasRoom) {

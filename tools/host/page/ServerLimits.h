@@ -5,12 +5,12 @@
 
 /// How much others may ask of the page's server.
 struct ServerLimits {
-    std::size_t connections = 1100;              // a thousand that look on, and who asks in between
-    std::size_t headerBytes = 8 * 1024;          // of a request
-    std::size_t bodyBytes = 4 * 1024;            // of a request
-    std::size_t streamBytes = 1024 * 1024;       // that a stream's reader is behind before it is dropped
-    std::size_t unsentBytes = 64 * 1024 * 1024;  // of all replies together
-    std::size_t pendingTargets = 16;             // that wait for the device
+    std::size_t connections = 1100;                             // a thousand that look on, and who asks in between
+    std::size_t headerBytes = std::size_t{8} * 1024U;           // of a request
+    std::size_t bodyBytes = std::size_t{4} * 1024U;             // of a request
+    std::size_t streamBytes = std::size_t{1024} * 1024U;        // that a stream's reader is behind before it is dropped
+    std::size_t unsentBytes = std::size_t{64} * 1024U * 1024U;  // of all replies together
+    std::size_t pendingTargets = 16;                            // that wait for the device
 
     std::chrono::milliseconds requestTime{10'000};  // for a whole request, however slowly it comes
     std::chrono::milliseconds sendTime{30'000};     // for a whole reply, however slowly it is read

@@ -28,6 +28,7 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -100,7 +101,7 @@ class HttpSession : public PageSession, public std::enable_shared_from_this<Http
             return;
         }
         error_code ignored;
-        m_stream.socket().shutdown(tcp::socket::shutdown_both, ignored);
+        std::ignore = m_stream.socket().shutdown(tcp::socket::shutdown_both, ignored);
         m_stream.close();
         m_owner.Forget(shared_from_this());
     }
@@ -167,7 +168,7 @@ void HttpSession::Read() {
 }
 
 void HttpSession::HandleRequest(const error_code& error) {
-    if (!error) {
+    if (!error && m_parser) {
         m_phase = Phase::Answering;
         m_isHead = m_parser->get().method() == http::verb::head;
         m_isLast = m_isLast || !m_parser->get().keep_alive() || m_parser->get().version() < 11;
@@ -238,7 +239,7 @@ void HttpSession::Linger() {
     m_phase = Phase::Lingering;
     m_since = std::chrono::steady_clock::now();
     error_code ignored;
-    m_stream.socket().shutdown(tcp::socket::shutdown_send, ignored);
+    std::ignore = m_stream.socket().shutdown(tcp::socket::shutdown_send, ignored);
     m_stream.expires_after(m_limits.lingerTime);
     ReadAndForget();
 }
@@ -288,7 +289,7 @@ void HttpSession::SendQueue() {
     m_sending = std::exchange(m_queue, {});
     // Nearly always the system takes all of it at once; waiting for that would cost far more than the sending.
     error_code error;
-    m_stream.socket().non_blocking(true, error);
+    std::ignore = m_stream.socket().non_blocking(true, error);
     const std::size_t sent = m_stream.socket().write_some(BuffersFrom(0), error);
     if (error == net::error::would_block || !error) {
         m_nQueued -= sent;

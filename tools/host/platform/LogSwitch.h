@@ -14,7 +14,7 @@ class LogSwitch {
  public:
     /// Throws LogSwitchError.
     LogSwitch();
-    ~LogSwitch();
+    ~LogSwitch();  // NOLINT(performance-trivially-destructible): on Windows there is something to put back
     LogSwitch(const LogSwitch&) = delete;
     LogSwitch& operator=(const LogSwitch&) = delete;
 };

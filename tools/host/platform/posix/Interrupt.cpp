@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <csignal>
+#include <tuple>
 
 #include "ExitCode.h"
 
@@ -22,9 +23,9 @@ void OnSignal(int) {
 }  // namespace
 
 void CatchInterrupts() {
-    std::signal(SIGINT, OnSignal);
-    std::signal(SIGTERM, OnSignal);
-    std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is an error of the write
+    std::ignore = std::signal(SIGINT, OnSignal);
+    std::ignore = std::signal(SIGTERM, OnSignal);
+    std::ignore = std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is an error of the write
 }
 
 bool Interrupted() noexcept { return g_nInterrupts > 0; }
