@@ -18,11 +18,15 @@ void DoBeforeEndNow() noexcept {
 }
 
 BOOL WINAPI OnConsoleControl(DWORD control) {
-    if (control != CTRL_C_EVENT && control != CTRL_BREAK_EVENT) {
-        DoBeforeEndNow();  // the system ends the program once this returns
-    }
     if (g_nInterrupts.fetch_add(1) > 0) {
         EndNow(kExitInterrupted);
+    }
+    if (control != CTRL_C_EVENT && control != CTRL_BREAK_EVENT) {
+        // A closed console: the system ends the program once this returns, and after five seconds anyway. Until then
+        // the watch may close its device.
+        constexpr DWORD kPatienceMs = 4'000;
+        Sleep(kPatienceMs);
+        DoBeforeEndNow();
     }
     return TRUE;
 }
