@@ -6,7 +6,6 @@
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,6 +13,8 @@
 #include "judge/Alarm.h"
 #include "model/ChannelInfo.h"
 #include "model/Event.h"
+#include "model/Moment.h"
+#include "model/Reading.h"
 #include "model/Snapshot.h"
 
 namespace {

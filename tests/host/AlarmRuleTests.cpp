@@ -9,8 +9,10 @@
 #include <utility>
 #include <vector>
 
+#include "judge/Band.h"
 #include "model/ChannelInfo.h"
 #include "model/FindChannel.h"
+#include "text/Parsed.h"
 
 namespace {
 

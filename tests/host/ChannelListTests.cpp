@@ -10,6 +10,7 @@
 
 #include "MadeSnapshot.h"
 #include "RunHost.h"
+#include "model/Snapshot.h"
 
 namespace {
 

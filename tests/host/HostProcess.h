@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <filesystem>
-#include <map>
 #include <string>
 #include <vector>
 

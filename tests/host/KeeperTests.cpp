@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "keep/EventList.h"
+#include "model/ChannelInfo.h"
 #include "model/Event.h"
 #include "model/Snapshot.h"
 

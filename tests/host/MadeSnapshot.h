@@ -2,8 +2,9 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
 
+#include "model/ChannelInfo.h"
+#include "model/Reading.h"
 #include "model/Snapshot.h"
 
 /// A watch of three channels, for the tests of what shows it: a zone, a gas that both have a target, and a sensor.

@@ -5,12 +5,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "MadeSnapshot.h"
-#include "model/Reading.h"
 #include "model/Snapshot.h"
 
 namespace {

@@ -12,7 +12,6 @@
 #include "judge/ProtocolPlan.h"
 #include "model/ChannelInfo.h"
 #include "model/Moment.h"
-#include "model/Reading.h"
 
 namespace {
 

@@ -4,11 +4,12 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 

@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <nlohmann/json.hpp>
+#include <optional>
+#include <stop_token>
 #include <string>
 #include <thread>
 #include <vector>

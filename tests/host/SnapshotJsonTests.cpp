@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>

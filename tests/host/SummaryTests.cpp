@@ -11,8 +11,6 @@
 
 #include "judge/Statistics.h"
 #include "model/ChannelInfo.h"
-#include "model/Moment.h"
-#include "model/Reading.h"
 
 namespace {
 

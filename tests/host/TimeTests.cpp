@@ -9,7 +9,6 @@
 #include <ctime>
 #include <limits>
 #include <optional>
-#include <string>
 
 namespace {
 

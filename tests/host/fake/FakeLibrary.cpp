@@ -18,13 +18,15 @@
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
-#include <limits>
+#include <ios>
+#include <istream>
 #include <map>
-#include <mutex>
+#include <ostream>
 #include <set>
 #include <sstream>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "oko/BandState.h"

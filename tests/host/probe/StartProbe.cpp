@@ -2,7 +2,6 @@
 // "linger FILE" it makes FILE and lives, without reading anything, until somebody removes that or ten seconds are over.
 
 #include <chrono>
-#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <iostream>

@@ -11,11 +11,13 @@
 #include <iostream>
 #include <mutex>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <thread>
 
 #include "MadeSnapshot.h"
 #include "model/Event.h"
+#include "model/Reading.h"
 #include "model/Snapshot.h"
 #include "page/LivePage.h"
 

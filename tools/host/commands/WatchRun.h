@@ -69,6 +69,9 @@ class WatchRun {
 
     const Snapshot& Now() const noexcept { return m_watch.Now(); }
     bool IsSilent() const noexcept { return m_watch.IsSilent(); }  // a call takes too long
+    /// How many rows a log could not take; the snapshots tell it.
+    void SetLogWriteErrors(std::uint64_t errors) noexcept { m_watch.SetLogWriteErrors(errors); }
+
     /// What the watch was like until now; of an open device.
     Summary MakeSummary() const;
 

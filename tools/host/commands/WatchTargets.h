@@ -5,6 +5,8 @@
 
 #include "commands/WatchRun.h"
 #include "device/TargetSetting.h"
+#include "model/ChannelInfo.h"
+#include "model/DeviceMessage.h"
 
 /// What became of the targets that were asked for: the worst exit code, and a sentence for each that is worth one.
 struct TargetsOutcome {

@@ -86,6 +86,7 @@ void Sinks::Act(const std::vector<AlarmChange>& changes) {
 void Sinks::TakeRow(const Snapshot& snapshot) {
     if (m_log) {
         ShowTrouble(m_log->AddSample(snapshot));
+        m_run.SetLogWriteErrors(m_log->LostRows());
     }
     Show([&] {
         if (m_parts.onRow) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,6 +32,9 @@ class Watch {
 
     /// Where the alarms of the snapshot are kept by their owner.
     void SetAlarms(std::vector<AlarmStatus> alarms) { m_snapshot.alarms = std::move(alarms); }
+
+    /// How many rows a log could not take, for the snapshot.
+    void SetLogWriteErrors(std::uint64_t errors) noexcept { m_snapshot.logWriteErrors = errors; }
 
     /// The events since the last call, without numbers.
     std::vector<Event> TakeEvents();

@@ -87,6 +87,7 @@ std::string FormatLocal(std::int64_t utcMs) { return FormatAtOffset(utcMs, Local
 std::string FormatAtOffset(std::int64_t utcMs, int offsetMinutes) {
     std::string text = Format(std::clamp(utcMs, kEarliest, kLatest) + std::int64_t{offsetMinutes} * 60'000,
                               "0000-00-00 00:00:00.000 +00:00");
+    // cppcheck-suppress containerOutOfBounds; Format keeps the length of its pattern
     text[24] = offsetMinutes < 0 ? '-' : '+';
     Put(text, {25, 2}, std::abs(offsetMinutes) / 60);
     Put(text, {28, 2}, std::abs(offsetMinutes) % 60);
