@@ -17,7 +17,7 @@ FILES = SOURCE / "docs/prometheus"
 
 
 def promtool(*arguments, **options):
-    return subprocess.run([PROGRAMS / "promtool", *arguments], capture_output=True, text=True, timeout=60, **options)
+    return subprocess.run([PROGRAMS / "promtool", *arguments], capture_output=True, text=True, timeout=200, **options)
 
 
 def free_port():

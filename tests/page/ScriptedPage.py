@@ -35,7 +35,7 @@ class ScriptedPage:
             return ""
 
 
-def wait_until(holds, seconds=60):
+def wait_until(holds, seconds=200):
     """Returns whether it came to hold; a test that waits in vain fails with its own words."""
     end = time.monotonic() + seconds
     while time.monotonic() < end:
