@@ -62,8 +62,10 @@ class Browser:
         self.wait(lambda: part in self.text(selector), f"{selector} never said {part!r}")
 
     def console(self):
-        """What the console said since it was asked last, but for the browser's advice to inked()."""
-        return [entry["message"] for entry in self.driver.get_log("browser") if "willReadFrequently" not in entry["message"]]
+        """What the console said since it was asked last of the page: not of the browser's own first page, and but for its
+        advice to inked()."""
+        said = [entry["message"] for entry in self.driver.get_log("browser")]
+        return [message for message in said if not message.startswith("chrome://") and "willReadFrequently" not in message]
 
     def windows(self):
         """The stretch of time that each chart shows."""
