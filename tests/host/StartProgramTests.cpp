@@ -48,8 +48,13 @@ bool WaitForFile(const fs::path& file) {
     return fs::exists(file);
 }
 
+/// On Windows a file that was just renamed cannot be opened until whoever renamed it has let go.
 std::string Read(const fs::path& file) {
     std::ifstream in(file, std::ios::binary);
+    for (int i = 0; i < 2000 && !in.is_open(); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        in.open(file, std::ios::binary);
+    }
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
