@@ -27,7 +27,7 @@ foreach(page IN LISTS pages)
     install(FILES ${output} DESTINATION ./${folder})
 endforeach()
 add_custom_target(oko-html ALL DEPENDS ${outputs})
-install(DIRECTORY ${CMAKE_SOURCE_DIR}/docs/pictures DESTINATION docs)
+install(DIRECTORY ${CMAKE_SOURCE_DIR}/docs/pictures ${CMAKE_SOURCE_DIR}/docs/prometheus DESTINATION docs)
 
 # The terms of what is linked into the programs, as the packages that it comes from state them; docs/third-party.md says
 # what is whose.
