@@ -58,7 +58,7 @@ std::string DoneLine(const WatchRun& run) {
 
 WatchParts ForPeople(Terminal& terminal) {
     WatchParts parts;
-    parts.announce = [](const std::vector<std::string>& lines) { Print(JoinLines(lines)); };
+    parts.announce = AnnounceForPeople(false);
     parts.onRow = [&terminal](const Snapshot& snapshot) { terminal.ShowRow(snapshot); };
     parts.onEvent = [&terminal](const Event& event) { terminal.ShowEvent(event); };
     parts.beforeClose = [&terminal](const WatchRun& run) {
@@ -71,7 +71,7 @@ WatchParts ForPeople(Terminal& terminal) {
 /// A line of JSON for each row and event, and one at the end; what is said to people goes where errors go.
 WatchParts ForPrograms() {
     WatchParts parts;
-    parts.announce = [](const std::vector<std::string>& lines) { std::cerr << JoinLines(lines) << std::flush; };
+    parts.announce = AnnounceForPeople(true);
     parts.onRow = [](const Snapshot& snapshot) { Print("{\"row\":" + SnapshotJson(snapshot, false) + "}\n"); };
     parts.onEvent = [](const Event& event) { Print("{\"event\":" + EventJson(event) + "}\n"); };
     parts.beforeClose = [](const WatchRun& run) { Print("{\"summary\":" + SummaryJson(run.MakeSummary()) + "}\n"); };

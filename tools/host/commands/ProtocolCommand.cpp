@@ -242,13 +242,7 @@ int RunProtocol(const ProtocolRequest& request) {
     }
     Conductor conductor(request, *text);
     WatchParts parts;
-    parts.announce = [&](const std::vector<std::string>& lines) {
-        if (request.json) {
-            std::cerr << JoinLines(lines) << std::flush;
-        } else {
-            Print(JoinLines(lines));
-        }
-    };
+    parts.announce = AnnounceForPeople(request.json);
     parts.onOpened = [&](WatchRun& run) { return conductor.Begin(run); };
     parts.onRow = [&](const Snapshot& snapshot) { conductor.TakeRow(snapshot); };
     parts.onEvent = [&](const Event& event) {

@@ -197,13 +197,7 @@ int Conclude(const SetRequest& request, const Outcome& outcome, int watched) {
 int RunSet(const SetRequest& request) {
     Setting setting(request);
     WatchParts parts;
-    parts.announce = [&](const std::vector<std::string>& lines) {
-        if (request.json) {
-            std::cerr << JoinLines(lines) << std::flush;
-        } else {
-            Print(JoinLines(lines));
-        }
-    };
+    parts.announce = AnnounceForPeople(request.json);
     parts.onOpened = [&](WatchRun& run) { return setting.Begin(run); };
     parts.onRow = [&](const Snapshot& snapshot) { setting.TakeRow(snapshot); };
     parts.isEnough = [&] { return setting.IsOver(); };

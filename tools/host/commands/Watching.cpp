@@ -153,6 +153,13 @@ void RunRows(WatchRun& run, const WatchParts& parts) {
 
 }  // namespace
 
+std::function<void(const std::vector<std::string>&)> AnnounceForPeople(bool outputIsForPrograms) {
+    if (outputIsForPrograms) {
+        return [](const std::vector<std::string>& lines) { std::cerr << JoinLines(lines) << std::flush; };
+    }
+    return [](const std::vector<std::string>& lines) { Print(JoinLines(lines)); };
+}
+
 int JudgeEnd(const Snapshot& snapshot, bool written) {
     if (std::ranges::any_of(snapshot.alarms, [](const auto& alarm) { return alarm.phase == AlarmPhase::On; })) {
         return kExitAlarm;

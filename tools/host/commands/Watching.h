@@ -28,6 +28,9 @@ struct WatchParts {
 /// program with it instead.
 int RunWatch(WatchRequest request, const WatchParts& parts);
 
+/// Says the lines on the output; where that is for programs, beside it.
+std::function<void(const std::vector<std::string>&)> AnnounceForPeople(bool outputIsForPrograms);
+
 /// What the last snapshot and the troubles of the watch come to: an alarm that stands before data that are missing
 /// before what could not be written.
 int JudgeEnd(const Snapshot& snapshot, bool written);

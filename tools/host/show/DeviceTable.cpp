@@ -1,7 +1,9 @@
 #include "show/DeviceTable.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "model/ChannelInfo.h"
@@ -40,6 +42,7 @@ std::vector<std::string> DeviceTable(const Snapshot& snapshot) {
         lines.push_back("NO DATA: " + snapshot.reason);
     }
     std::vector<TableRow> rows;
+    rows.reserve(snapshot.channels.size());
     for (std::size_t i = 0; i < snapshot.channels.size(); ++i) {
         rows.push_back(RowOf(snapshot.channels[i], snapshot.statuses[i].reading));
     }
