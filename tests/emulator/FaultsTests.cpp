@@ -1,4 +1,4 @@
-#include "Faults.h"
+#include "faults/Faults.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "Answer.h"
+#include "protocol/Answer.h"
 
 namespace {
 

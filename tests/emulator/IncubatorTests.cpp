@@ -1,4 +1,4 @@
-#include "Incubator.h"
+#include "incubator/Incubator.h"
 
 #include <gtest/gtest.h>
 
@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
-#include "Answer.h"
-#include "Command.h"
-#include "Scenario.h"
+#include "incubator/Scenario.h"
+#include "protocol/Answer.h"
+#include "protocol/Command.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "Scenario.h"
+#include "incubator/Scenario.h"
 
 #include <gtest/gtest.h>
 
@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include "Command.h"
-#include "Faults.h"
-#include "Incubator.h"
+#include "faults/Faults.h"
+#include "incubator/Incubator.h"
+#include "protocol/Command.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "Transcript.h"
+#include "transcript/Transcript.h"
 
 #include <gtest/gtest.h>
 

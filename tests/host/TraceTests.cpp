@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "RunHost.h"
-#include "Transcript.h"
 #include "judge/Exchanges.h"
 #include "model/DeviceMessage.h"
+#include "transcript/Transcript.h"
 
 namespace {
 

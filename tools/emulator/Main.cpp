@@ -21,15 +21,15 @@
 #include <utility>
 #include <vector>
 
-#include "Answer.h"
-#include "Command.h"
-#include "Faults.h"
-#include "Incubator.h"
-#include "Installation.h"
 #include "OkoVersion.h"
-#include "Scenario.h"
-#include "Server.h"
-#include "Transcript.h"
+#include "faults/Faults.h"
+#include "incubator/Incubator.h"
+#include "incubator/Scenario.h"
+#include "net/Server.h"
+#include "platform/Installation.h"
+#include "protocol/Answer.h"
+#include "protocol/Command.h"
+#include "transcript/Transcript.h"
 
 namespace {
 

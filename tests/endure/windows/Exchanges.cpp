@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "Transcript.h"
+#include "transcript/Transcript.h"
 
 namespace {
 

@@ -15,8 +15,8 @@
 
 #include "Channels.h"
 #include "Report.h"
-#include "Scenario.h"
 #include "endure/windows/Exchanges.h"
+#include "incubator/Scenario.h"
 #include "oko/CDevApiInterface_GasConcentration.h"
 #include "oko/CDevApiInterface_Humidifier.h"
 #include "oko/CDevApiInterface_Temperature.h"

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "Incubator.h"
-#include "Transcript.h"
 #include "endure/windows/Judgement.h"
 #include "oko/Result.h"
+#include "transcript/Transcript.h"
 
 bool WireJudge::NextIs(const std::string& command) const {
     return m_next < m_exchanges.size() && m_exchanges[m_next].command == command;

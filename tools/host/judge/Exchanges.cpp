@@ -7,9 +7,9 @@
 #include <string_view>
 #include <variant>
 
-#include "Transcript.h"
 #include "model/DeviceMessage.h"
 #include "text/Number.h"
+#include "transcript/Transcript.h"
 
 namespace {
 

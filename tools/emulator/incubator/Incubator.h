@@ -6,9 +6,9 @@
 #include <string>
 #include <utility>
 
-#include "Answer.h"
-#include "Command.h"
-#include "Scenario.h"
+#include "incubator/Scenario.h"
+#include "protocol/Answer.h"
+#include "protocol/Command.h"
 
 /// The emulated server's products, and what it answers for them. Not locked: one thread.
 class Incubator {

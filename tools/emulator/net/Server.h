@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "Answer.h"
+#include "protocol/Answer.h"
 
 /// The port cannot be had; the text is for the user.
 class PortError : public std::runtime_error {

@@ -1,4 +1,4 @@
-#include "Incubator.h"
+#include "incubator/Incubator.h"
 
 #include <algorithm>
 #include <array>
@@ -13,9 +13,9 @@
 #include <string_view>
 #include <utility>
 
-#include "Answer.h"
-#include "Command.h"
-#include "Scenario.h"
+#include "incubator/Scenario.h"
+#include "protocol/Answer.h"
+#include "protocol/Command.h"
 
 namespace {
 

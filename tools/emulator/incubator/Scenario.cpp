@@ -1,4 +1,4 @@
-#include "Scenario.h"
+#include "incubator/Scenario.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "Answer.h"
+#include "protocol/Answer.h"
 
 #include <string>
 

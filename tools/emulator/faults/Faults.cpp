@@ -1,4 +1,4 @@
-#include "Faults.h"
+#include "faults/Faults.h"
 
 #include <algorithm>
 #include <array>
@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "Answer.h"
+#include "protocol/Answer.h"
 
 namespace {
 

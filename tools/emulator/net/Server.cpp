@@ -1,4 +1,4 @@
-#include "Server.h"
+#include "net/Server.h"
 
 #include <winsock2.h>
 
@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "Answer.h"
+#include "protocol/Answer.h"
 
 namespace {
 

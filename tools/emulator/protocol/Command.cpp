@@ -1,4 +1,4 @@
-#include "Command.h"
+#include "protocol/Command.h"
 
 #include <charconv>
 #include <cstddef>

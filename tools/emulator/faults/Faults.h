@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Answer.h"
+#include "protocol/Answer.h"
 
 /// What goes wrong on purpose, as rules of three parts: "readcurval 9*; nth 3; code 2".
 

@@ -1,4 +1,4 @@
-#include "Installation.h"
+#include "platform/Installation.h"
 
 #include <windows.h>
 
