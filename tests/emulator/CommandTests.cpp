@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+namespace emulator {
+
 namespace {
 
 TEST(CommandTests, Arguments_StandBehindBlanksAndInParentheses) {
@@ -26,3 +28,5 @@ TEST(CommandTests, Numbers_AreThereOrNot) {
 }
 
 }  // namespace
+
+}  // namespace emulator

@@ -9,6 +9,8 @@
 
 #include "protocol/Answer.h"
 
+namespace emulator {
+
 namespace {
 
 class FaultsTests : public testing::Test {
@@ -128,3 +130,5 @@ TEST_F(FaultsTests, WrongRules_AreExplained) {
 }
 
 }  // namespace
+
+}  // namespace emulator

@@ -12,6 +12,8 @@
 #include "protocol/Answer.h"
 #include "protocol/Command.h"
 
+namespace emulator {
+
 namespace {
 
 /// A heater without noise, an air-mode gas product, and an error in the status.
@@ -195,3 +197,5 @@ TEST(IncubatorScenarioTests, NoFailingDevice_StatusHasNoTriples) {
 }
 
 }  // namespace
+
+}  // namespace emulator

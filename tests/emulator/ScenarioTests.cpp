@@ -10,6 +10,8 @@
 #include "incubator/Incubator.h"
 #include "protocol/Command.h"
 
+namespace emulator {
+
 namespace {
 
 /// What is said about a text that is no scenario.
@@ -93,3 +95,5 @@ TEST(ScenarioTests, UnknownName_IsNeitherScenarioNorFile) {
 }
 
 }  // namespace
+
+}  // namespace emulator

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+namespace emulator {
+
 namespace {
 
 TEST(TranscriptTests, AnyBytes_SurviveTheRoundTrip) {
@@ -52,3 +54,5 @@ TEST(TranscriptTests, WrongLines_AreNamedByTheirNumber) {
 }
 
 }  // namespace
+
+}  // namespace emulator

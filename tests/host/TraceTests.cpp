@@ -84,7 +84,7 @@ TEST(Exchanges, TranscriptLine_IsReadByTheEmulatorWithoutAReplyTooMany) {
     EXPECT_EQ(TranscriptLine(answered), "1.500 0.000213\tstatus\t0_status_\\x7F\\r");
     const Exchange silent{1.5, 2.0, "listprod", std::nullopt};
     EXPECT_EQ(TranscriptLine(silent), "1.500 2.000000\tlistprod\t-");
-    Replay replay(TranscriptLine(answered) + "\n" + TranscriptLine(silent) + "\n");
+    emulator::Replay replay(TranscriptLine(answered) + "\n" + TranscriptLine(silent) + "\n");
     EXPECT_EQ(replay.Answer("status"), std::vector<std::string>{"0_status_\x7F\r"});
     EXPECT_TRUE(replay.Answer("listprod").empty());
 }
@@ -92,7 +92,7 @@ TEST(Exchanges, TranscriptLine_IsReadByTheEmulatorWithoutAReplyTooMany) {
 TEST(TraceCommand, Exchanges_AreAllThatIsOnTheOutput) {
     const HostRun run("trace --every 20ms --for 100ms", "exchanges\n");
     EXPECT_EQ(run.exitCode, 0) << run.errors;
-    Replay replay(run.output);
+    emulator::Replay replay(run.output);
     EXPECT_EQ(replay.Answer("readcurval CO2"), std::vector<std::string>{"0_readcurval CO2_5.000000\r"});
     EXPECT_EQ(replay.Answer("readcurval Base"), std::vector<std::string>{"0_readcurval Base_30.000000\r"});
     EXPECT_EQ(run.errors.find("simulator: a simulated incubator"), 0U) << run.errors;
@@ -103,7 +103,7 @@ TEST(TraceCommand, OutputFile_TakesThemAndIsNeverOverwritten) {
     const HostRun run("trace --every 20ms --for 60ms --output made", "exchanges silent\n");
     EXPECT_EQ(run.exitCode, 0) << run.errors;
     EXPECT_EQ(run.output, "");
-    Replay replay(run.made);
+    emulator::Replay replay(run.made);
     EXPECT_TRUE(replay.Answer("readcurval CO2").empty());
     EXPECT_NE(run.made.find("\treadcurval CO2\t-\n"), std::string::npos) << run.made;
     EXPECT_NE(run.errors.find(" exchanges in made"), std::string::npos) << run.errors;

@@ -31,6 +31,8 @@
 #include "protocol/Command.h"
 #include "transcript/Transcript.h"
 
+using namespace emulator;
+
 namespace {
 
 enum ExitCode { kExitDone = 0, kExitBadInput = 1, kExitPortInUse = 2 };

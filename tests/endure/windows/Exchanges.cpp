@@ -32,10 +32,10 @@ std::vector<Exchange> ReadExchanges(const std::wstring& recordFile) {
     std::string line;
     while (std::getline(file, line)) {
         const std::vector<std::string> fields = SplitAtTabs(line);  // the time, the command, the replies
-        Exchange exchange{Unescape(fields.at(1)), {}};
+        Exchange exchange{emulator::Unescape(fields.at(1)), {}};
         for (std::size_t i = 2; i < fields.size(); ++i) {
             if (fields[i] != "-") {
-                exchange.replies.push_back(Unescape(fields[i]));
+                exchange.replies.push_back(emulator::Unescape(fields[i]));
             }
         }
         exchanges.push_back(std::move(exchange));

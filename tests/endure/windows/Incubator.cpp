@@ -31,7 +31,7 @@ std::wstring RecordFile() { return ScratchFolder() + L"endurance.txt"; }
 
 /// The full incubator with restless sensors: a reading is hardly ever another channel's or an older one's.
 std::wstring ScenarioFile() {
-    std::string json(ReadyScenarios().at("full-incubator"));
+    std::string json(emulator::ReadyScenarios().at("full-incubator"));
     const std::string quiet = "\"noise\": 0.0";
     for (std::size_t at = json.find(quiet); at != std::string::npos; at = json.find(quiet, at + 1)) {
         json.replace(at, quiet.size(), "\"noise\": 0.9");

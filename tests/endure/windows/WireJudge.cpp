@@ -62,7 +62,8 @@ void WireJudge::Expect(const std::set<Outcome>& allowed, const Outcome& seen, co
     std::string wire;
     constexpr std::size_t kShown = 9;
     for (std::size_t i = index - std::min(index, kShown); i <= index && i < m_exchanges.size(); ++i) {
-        wire += "\n  " + FormatTranscriptLine(static_cast<double>(i), m_exchanges[i].command, m_exchanges[i].replies);
+        wire += "\n  " +
+                emulator::FormatTranscriptLine(static_cast<double>(i), m_exchanges[i].command, m_exchanges[i].replies);
     }
     ADD_FAILURE() << m_channels[call.channel].name << " gave " << text(seen) << ", not " << expected << wire;
 }

@@ -14,6 +14,8 @@
 
 #include "protocol/Answer.h"
 
+namespace emulator {
+
 namespace {
 
 std::string_view Trim(std::string_view text) {
@@ -234,3 +236,5 @@ Transmission Faults::Apply(const std::string& command, const Answer& answer, dou
     }
     return transmission;
 }
+
+}  // namespace emulator

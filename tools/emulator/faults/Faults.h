@@ -10,6 +10,8 @@
 
 #include "protocol/Answer.h"
 
+namespace emulator {
+
 /// What goes wrong on purpose, as rules of three parts: "readcurval 9*; nth 3; code 2".
 
 /// A rule that cannot be understood; the text says which part and why.
@@ -79,3 +81,5 @@ class Faults {
     std::mt19937 m_random;
     std::function<void(const FaultRule&, std::string_view)> m_onFire;
 };
+
+}  // namespace emulator

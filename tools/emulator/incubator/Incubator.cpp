@@ -17,6 +17,8 @@
 #include "protocol/Answer.h"
 #include "protocol/Command.h"
 
+namespace emulator {
+
 namespace {
 
 constexpr int kFirstProduct = 0;
@@ -295,3 +297,5 @@ Answer Incubator::Alarm(const Command& command) {
     // Any product number: the plug-in names 0 where it has no product behind a channel.
     return command.Integer(0) && command.Number(1) ? Done() : Refuse("no product number or no threshold");
 }
+
+}  // namespace emulator

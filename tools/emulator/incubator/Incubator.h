@@ -10,6 +10,8 @@
 #include "protocol/Answer.h"
 #include "protocol/Command.h"
 
+namespace emulator {
+
 /// The emulated server's products, and what it answers for them. Not locked: one thread.
 class Incubator {
  public:
@@ -59,3 +61,5 @@ class Incubator {
     double m_findStart = 0.0;  // of the running search
     double m_findEnd = 0.0;
 };
+
+}  // namespace emulator

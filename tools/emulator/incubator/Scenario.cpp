@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+namespace emulator {
+
 namespace {
 
 using Json = nlohmann::json;
@@ -173,3 +175,5 @@ Scenario LoadScenario(const std::string& nameOrFile) {
     }
     return ParseScenario(std::string(std::istreambuf_iterator<char>(file), {}), nameOrFile);
 }
+
+}  // namespace emulator

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+namespace emulator {
+
 /// What the emulated server has behind it, as a scenario file describes it.
 
 /// A scenario cannot be used; the text names the file and the place in it.
@@ -68,3 +70,5 @@ const std::map<std::string, std::string_view>& ReadyScenarios();
 
 /// A ready-made scenario, or a file. Throws ScenarioError.
 Scenario LoadScenario(const std::string& nameOrFile);
+
+}  // namespace emulator

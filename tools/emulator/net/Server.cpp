@@ -13,6 +13,8 @@
 
 #include "protocol/Answer.h"
 
+namespace emulator {
+
 namespace {
 
 // What an emulator says to a placeholder, and what only a placeholder answers.
@@ -199,3 +201,5 @@ void HoldPort(int port, const std::function<void()>& onReady, const std::functio
         AnswerAsPlaceholder(socket, *received);
     }
 }
+
+}  // namespace emulator

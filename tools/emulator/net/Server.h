@@ -6,6 +6,8 @@
 
 #include "protocol/Answer.h"
 
+namespace emulator {
+
 /// The port cannot be had; the text is for the user.
 class PortError : public std::runtime_error {
  public:
@@ -25,3 +27,5 @@ void Serve(int port, const CommandHandler& handler, const std::function<void()>&
 /// Where a system does not report that nobody listens (Wine does not), a client would else wait for ever. Calls
 /// `onReady` when it has the port. Throws PortError.
 void HoldPort(int port, const std::function<void()>& onReady, const std::function<bool()>& stop);
+
+}  // namespace emulator

@@ -3,6 +3,8 @@
 #include <filesystem>
 #include <string>
 
+namespace emulator {
+
 /// Makes the emulator look like an installed server, and undoes it.
 
 /// Copies this program into `folder` under the name "OKO-Control Emulator.exe", with the options that it is to have
@@ -15,3 +17,5 @@ void Uninstall();
 
 /// Where the options of this copy of the program stand.
 std::filesystem::path OptionsFile();
+
+}  // namespace emulator

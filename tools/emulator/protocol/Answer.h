@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace emulator {
+
 /// The parts of a reply before they go on the wire.
 struct Answer {
     int code = 0;
@@ -17,3 +19,5 @@ struct Transmission {
 
 /// "<code>_<echo>_<payload>" and a carriage return.
 std::string FormatReply(const Answer& answer, const std::string& echo);
+
+}  // namespace emulator

@@ -8,6 +8,8 @@
 #include <system_error>
 #include <vector>
 
+namespace emulator {
+
 namespace {
 
 template <class Number>
@@ -47,3 +49,5 @@ Command ParseCommand(std::string_view text) {
     command.arguments.assign(words.begin() + 1, words.end());
     return command;
 }
+
+}  // namespace emulator

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+namespace emulator {
+
 /// One command as the server reads it: "readcurval 9(0)" is the keyword "readcurval" with the arguments "9" and "0".
 struct Command {
     std::string text;  // as it came
@@ -21,3 +23,5 @@ struct Command {
 
 /// Splits at blanks and at a pair of parentheses. Never fails: nonsense becomes a keyword that no one knows.
 Command ParseCommand(std::string_view text);
+
+}  // namespace emulator

@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+namespace emulator {
+
 namespace {
 
 constexpr std::string_view kNoAnswer = "-";
@@ -142,3 +144,5 @@ std::vector<std::string> Replay::Answer(const std::string& command) {
     }
     return replies;
 }
+
+}  // namespace emulator

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+namespace emulator {
+
 /// A record of exchanges, one a line: seconds, command and replies, separated by tabs, printable. "-" stands for no
 /// answer.
 
@@ -35,3 +37,5 @@ class Replay {
  private:
     std::map<std::string, std::deque<std::vector<std::string>>> m_answers;
 };
+
+}  // namespace emulator

@@ -80,6 +80,6 @@ std::string TranscriptLine(const Exchange& exchange) {
     constexpr int kMilliseconds = 3;
     constexpr int kMicroseconds = 6;
     return FormatFixed(exchange.beginSeconds, kMilliseconds) + " " +
-           FormatFixed(exchange.durationSeconds, kMicroseconds) + "\t" + Escape(exchange.command) + "\t" +
-           (exchange.reply ? Escape(*exchange.reply) : "-");
+           FormatFixed(exchange.durationSeconds, kMicroseconds) + "\t" + emulator::Escape(exchange.command) + "\t" +
+           (exchange.reply ? emulator::Escape(*exchange.reply) : "-");
 }

@@ -9,6 +9,8 @@
 #include <string>
 #include <system_error>
 
+namespace emulator {
+
 namespace {
 
 constexpr const wchar_t* kList32 = L"SOFTWARE\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall";
@@ -67,3 +69,5 @@ void Uninstall() {
 }
 
 std::filesystem::path OptionsFile() { return ThisProgram().replace_filename(kOptions); }
+
+}  // namespace emulator
