@@ -35,7 +35,7 @@ class FaultsTests : public testing::Test {
         Faults faults = Make({"*; " + trigger + "; silent"}, seed);
         std::string pattern;
         for (int i = 0; i < count; ++i) {
-            pattern += faults.Apply("status", {0, ""}, i).datagrams.empty() ? 'x' : '.';
+            pattern += faults.Apply("status", {0, ""}, i).empty() ? 'x' : '.';
         }
         return pattern;
     }
@@ -47,8 +47,7 @@ const std::string kPlain = "0_readcurval 9_36.5\r";
 
 TEST_F(FaultsTests, WithoutRules_RepliesArePlain) {
     const Transmission sent = Send({});
-    EXPECT_EQ(sent.datagrams, std::vector<std::string>{kPlain});
-    EXPECT_EQ(sent.delayMs, 0);
+    EXPECT_EQ(sent, (Transmission{{kPlain, 0}}));
     EXPECT_TRUE(m_fired.empty());
 }
 
@@ -74,16 +73,16 @@ TEST_F(FaultsTests, EachEffect_DoesWhatItSays) {
              {"value", {"0_readcurval 9_\r"}},
              {"value 999.9", {"0_readcurval 9_999.9\r"}},
          }) {
-        EXPECT_EQ(Send({std::string("readcurval*; always; ") + row.effect}).datagrams, row.datagrams) << row.effect;
+        EXPECT_EQ(BytesOf(Send({std::string("readcurval*; always; ") + row.effect})), row.datagrams) << row.effect;
     }
-    EXPECT_EQ(Send({"*; always; long 100"}).datagrams.front().size(), 100U);
-    EXPECT_EQ(Send({"*; always; garbage 30"}).datagrams.front().size(), 30U);
-    EXPECT_EQ(Send({"*; always; late 250"}).delayMs, 250);
+    EXPECT_EQ(Send({"*; always; long 100"}).front().bytes.size(), 100U);
+    EXPECT_EQ(Send({"*; always; garbage 30"}).front().bytes.size(), 30U);
+    EXPECT_EQ(Send({"*; always; late 250"}).front().delayMs, 250);
 }
 
 TEST_F(FaultsTests, SeveralRules_WorkTogether) {
     const Transmission sent = Send({"*; always; code 2", "readcurval*; always; value 1", "*; always; twice"});
-    EXPECT_EQ(sent.datagrams, (std::vector<std::string>(2, "2_readcurval 9_1\r")));
+    EXPECT_EQ(BytesOf(sent), (std::vector<std::string>(2, "2_readcurval 9_1\r")));
     EXPECT_EQ(m_fired.size(), 3U);
     EXPECT_EQ(m_fired.front(), "*; always; code 2 on readcurval 9");
 }
@@ -103,9 +102,9 @@ TEST_F(FaultsTests, Triggers_FireWhenTheySay) {
 
 TEST_F(FaultsTests, Nth_CountsOnlyCommandsThatFit) {
     Faults faults = Make({"readcurval*; nth 2; silent"});
-    EXPECT_FALSE(faults.Apply("readcurval 9", {}, 0.0).datagrams.empty());
-    EXPECT_FALSE(faults.Apply("status", {}, 0.0).datagrams.empty());
-    EXPECT_TRUE(faults.Apply("readcurval 9", {}, 0.0).datagrams.empty());
+    EXPECT_FALSE(faults.Apply("readcurval 9", {}, 0.0).empty());
+    EXPECT_FALSE(faults.Apply("status", {}, 0.0).empty());
+    EXPECT_TRUE(faults.Apply("readcurval 9", {}, 0.0).empty());
 }
 
 TEST_F(FaultsTests, Patterns_FitWholeCommands) {

@@ -92,7 +92,7 @@ constexpr std::array<EffectWord, 13> kEffects{{
     {"value", FaultEffect::Kind::Value, EffectWord::Argument::Text},
 }};
 
-constexpr double kLongestDatagram = 60'000.0;
+constexpr double kLargestNumber = 60'000.0;
 
 FaultEffect ParseEffect(std::string_view text) {
     const auto [word, rest] = SplitWord(text);
@@ -107,7 +107,7 @@ FaultEffect ParseEffect(std::string_view text) {
     FaultEffect effect{found->kind, 0, std::string(rest)};
     if (found->argument == EffectWord::Argument::Number) {
         const double number = ParseNumber(rest, "the effect \"" + std::string(word) + "\"");
-        effect.number = static_cast<int>(std::min(number, kLongestDatagram));
+        effect.number = static_cast<int>(std::min(number, kLargestNumber));
     } else if (found->argument == EffectWord::Argument::None && !rest.empty()) {
         throw FaultError("the effect \"" + std::string(word) + "\" takes nothing after it");
     }
@@ -220,21 +220,18 @@ Transmission Faults::Apply(const std::string& command, const Answer& answer, dou
     for (const FaultEffect* const effect : effects) {
         ChangeParts(*effect, parts, echo);
     }
-    Transmission transmission{{FormatReply(parts, echo)}, 0};
+    Datagram reply{FormatReply(parts, echo), 0};
     for (const FaultEffect* const effect : effects) {
-        Distort(*effect, transmission.datagrams.front());
-        transmission.delayMs += effect->kind == FaultEffect::Kind::Late ? effect->number : 0;
+        Distort(*effect, reply.bytes);
+        reply.delayMs += effect->kind == FaultEffect::Kind::Late ? effect->number : 0;
     }
     const auto has = [&](FaultEffect::Kind kind) {
         return std::ranges::any_of(effects, [kind](const FaultEffect* effect) { return effect->kind == kind; });
     };
-    if (has(FaultEffect::Kind::Twice)) {
-        transmission.datagrams.push_back(transmission.datagrams.front());
-    }
     if (has(FaultEffect::Kind::Silent)) {
-        transmission.datagrams.clear();
+        return {};
     }
-    return transmission;
+    return Transmission(has(FaultEffect::Kind::Twice) ? 2 : 1, reply);
 }
 
 }  // namespace emulator

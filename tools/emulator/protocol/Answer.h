@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -11,11 +12,22 @@ struct Answer {
     std::string payload;
 };
 
-/// What is sent for one command, and how late.
-struct Transmission {
-    std::vector<std::string> datagrams;  // none: no answer
+/// One datagram of a reply, and how long after its command it is sent.
+struct Datagram {
+    std::string bytes;
     int delayMs = 0;
+
+    bool operator==(const Datagram&) const = default;
 };
+
+/// What is sent for one command; nothing: no answer.
+using Transmission = std::vector<Datagram>;
+
+/// The datagrams' bytes alone.
+std::vector<std::string> BytesOf(const Transmission& transmission);
+
+/// The most that a datagram can carry.
+constexpr std::size_t kLongestDatagram = 65'507;
 
 /// "<code>_<echo>_<payload>" and a carriage return.
 std::string FormatReply(const Answer& answer, const std::string& echo);

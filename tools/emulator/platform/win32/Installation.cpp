@@ -47,12 +47,14 @@ std::filesystem::path ThisProgram() {
 
 }  // namespace
 
-void Install(const std::filesystem::path& folder, const std::wstring& displayName, const std::string& options) {
+bool CanInstall() { return true; }
+
+void Install(const std::filesystem::path& folder, const std::string& displayName, const std::string& options) {
     const std::filesystem::path absolute = std::filesystem::absolute(folder);
     std::filesystem::create_directories(absolute);
     std::filesystem::copy_file(ThisProgram(), absolute / kProgram, std::filesystem::copy_options::overwrite_existing);
     std::ofstream(absolute / kOptions) << options;
-    WriteValue(L"DisplayName", displayName);
+    WriteValue(L"DisplayName", std::wstring(displayName.begin(), displayName.end()));
     WriteValue(L"InstallLocation", absolute.wstring() + L"\\");
 }
 
