@@ -17,17 +17,22 @@ class FaultsTests : public testing::Test {
  protected:
     /// What goes on the wire for "readcurval 9" under these rules.
     Transmission Send(const std::vector<std::string>& rules, double seconds = 0.0) {
-        return Make(rules).Apply("readcurval 9", {0, "36.5"}, seconds);
+        Faults faults = Make(rules);
+        return Send(faults, "readcurval 9", {0, "36.5"}, seconds);
+    }
+
+    static Transmission Send(Faults& faults, const std::string& command, const Answer& answer, double seconds) {
+        return faults.Transmit(faults.Fire(command, seconds), command, answer);
     }
 
     Faults Make(const std::vector<std::string>& rules, unsigned seed = 1) {
-        std::vector<FaultRule> parsed;
-        for (const std::string& rule : rules) {
-            parsed.push_back(ParseFaultRule(rule));
-        }
-        return Faults(std::move(parsed), seed, [this](const FaultRule& rule, std::string_view command) {
+        Faults faults(seed, [this](const FaultRule& rule, std::string_view command) {
             m_fired.push_back(rule.source + " on " + std::string(command));
         });
+        for (const std::string& rule : rules) {
+            faults.Add(ParseFaultRule(rule));
+        }
+        return faults;
     }
 
     /// On which of `count` commands a rule with this trigger fires: "..x..x".
@@ -35,7 +40,7 @@ class FaultsTests : public testing::Test {
         Faults faults = Make({"*; " + trigger + "; silent"}, seed);
         std::string pattern;
         for (int i = 0; i < count; ++i) {
-            pattern += faults.Apply("status", {0, ""}, i).empty() ? 'x' : '.';
+            pattern += Send(faults, "status", {0, ""}, i).empty() ? 'x' : '.';
         }
         return pattern;
     }
@@ -102,30 +107,61 @@ TEST_F(FaultsTests, Triggers_FireWhenTheySay) {
 
 TEST_F(FaultsTests, Nth_CountsOnlyCommandsThatFit) {
     Faults faults = Make({"readcurval*; nth 2; silent"});
-    EXPECT_FALSE(faults.Apply("readcurval 9", {}, 0.0).empty());
-    EXPECT_FALSE(faults.Apply("status", {}, 0.0).empty());
-    EXPECT_TRUE(faults.Apply("readcurval 9", {}, 0.0).empty());
+    EXPECT_FALSE(Send(faults, "readcurval 9", {}, 0.0).empty());
+    EXPECT_FALSE(Send(faults, "status", {}, 0.0).empty());
+    EXPECT_TRUE(Send(faults, "readcurval 9", {}, 0.0).empty());
 }
 
-TEST_F(FaultsTests, Patterns_FitWholeCommands) {
-    EXPECT_TRUE(FitsPattern("readcurval 9", "readcurval 9"));
-    EXPECT_FALSE(FitsPattern("readcurval 9(0)", "readcurval 9"));
-    EXPECT_TRUE(FitsPattern("readcurval 9(0)", "readcurval 9*"));
-    EXPECT_TRUE(FitsPattern("readcurval 12(1)", "*(1)"));
-    EXPECT_TRUE(FitsPattern("readcurval 12(1)", "read*12*"));
-    EXPECT_TRUE(FitsPattern("", "*"));
-    EXPECT_TRUE(FitsPattern("", ""));
-    EXPECT_FALSE(FitsPattern("", "x"));
+TEST_F(FaultsTests, RulesComeAndGo_UnderNumbersOfTheirOwn) {
+    Faults faults(1);
+    EXPECT_EQ(faults.Add(ParseFaultRule("status; always; silent", "--fault 1")), 1);
+    EXPECT_EQ(faults.Add(ParseFaultRule("status; nth 2; code 2", "my.json/faults/0")), 2);
+    EXPECT_EQ(faults.Fire("status", 0.0).size(), 1U);
+    EXPECT_TRUE(faults.Remove(1));
+    EXPECT_FALSE(faults.Remove(1));
+    EXPECT_FALSE(faults.Remove(7));
+    EXPECT_EQ(faults.Add(ParseFaultRule("status; always; twice")), 3);
+    const std::vector<FaultEffect> effects = faults.Fire("status", 0.0);
+    ASSERT_EQ(effects.size(), 2U);
+    EXPECT_EQ(effects[0].kind, FaultEffect::Kind::Code);
+    EXPECT_EQ(effects[1].kind, FaultEffect::Kind::Twice);
+
+    const std::vector<FaultStatus> list = faults.List();
+    ASSERT_EQ(list.size(), 2U);
+    EXPECT_EQ(list[0].number, 2);
+    EXPECT_EQ(list[0].source, "status; nth 2; code 2");
+    EXPECT_EQ(list[0].origin, "my.json/faults/0");
+    EXPECT_EQ(list[0].met, 2);
+    EXPECT_EQ(list[0].fired, 1);
+    EXPECT_EQ(list[1].number, 3);
+    EXPECT_EQ(list[1].met, 1);
 }
 
-TEST_F(FaultsTests, WrongRules_AreExplained) {
-    for (const char* const rule :
-         {"", "status", "status; always", "status; sometimes; silent", "status; nth; silent", "status; nth 0; silent",
-          "status; nth x; silent", "status; between 1; silent", "status; chance; silent", "status; always; explode",
-          "status; always; code", "status; always; code -1", "status; always; silent now",
-          "status; always 3; silent"}) {
-        EXPECT_THROW(ParseFaultRule(rule), FaultError) << rule;
+TEST_F(FaultsTests, RulesThatNeverFired_AreToldWithTheReason) {
+    Faults faults(1);
+    faults.Add(ParseFaultRule("readcurval 8*; always; silent", "--fault 1"));
+    faults.Add(ParseFaultRule("status; nth 3; silent", "--fault 2"));
+    faults.Add(ParseFaultRule("status; always; code 1", "--fault 3"));
+    faults.Add(ParseFaultRule("findstat; always; silent"));
+    faults.Add(ParseFaultRule("status; nth 2; silent", "--fault 5"));
+    faults.Add(ParseFaultRule("status; nth 1; silent", "--fault 6"));
+    faults.Fire("status", 0.0);
+    faults.Remove(4);
+    faults.Remove(3);
+    faults.Remove(5);
+    faults.Fire("status", 0.0);
+    std::vector<std::string> said;
+    for (const FaultStatus& status : faults.NeverFired()) {
+        said.push_back(SayNeverFired(status));
     }
+    EXPECT_EQ(said,
+              (std::vector<std::string>{
+                  "--fault 1: \"readcurval 8*; always; silent\" never fired: no command fitted its pattern",
+                  "--fault 2: \"status; nth 3; silent\" never fired: its trigger never came for any of the 2 commands "
+                  "that fitted its pattern",
+                  "\"findstat; always; silent\" never fired: no command fitted its pattern",
+                  "--fault 5: \"status; nth 2; silent\" never fired: its trigger never came for any of the 1 command "
+                  "that fitted its pattern"}));
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "faults/Faults.h"
+#include "faults/FaultRule.h"
 #include "incubator/Incubator.h"
 #include "protocol/Command.h"
 
@@ -81,6 +81,8 @@ TEST(ScenarioTests, Mistakes_AreNamedWithFileAndPlace) {
              {R"({"products": [{"number": 9, "parameters": [{"number": 1}, {"number": 2, "follows": 4}]}]})",
               "my.json/products/0/parameters/1: \"follows\" names device 4, which the product does not have"},
              {R"({"faults": "status"})", "my.json: \"faults\" has the wrong type"},
+             {R"({"faults": ["status; always; silent", "status; chance 2; silent"]})",
+              "my.json/faults/1: the trigger \"chance\" needs a number from 0 to 1, not \"2\""},
          }) {
         SCOPED_TRACE(row.json);
         EXPECT_EQ(Complaint(row.json), row.complaint);

@@ -256,7 +256,7 @@ TEST(EmulatorTests, WrongInput_EndsWithAMessageAndItsCode) {
 }
 
 TEST(EmulatorTests, LateReply_DoesNotKeepAnEmulatorBeyondItsTime) {
-    const ChildProcess emulator(L"oko-control-emulator.exe", L"--for 2 --fault \"*; always; late 600000\"");
+    const ChildProcess emulator(L"oko-control-emulator.exe", L"--for 2 --fault \"*; always; late 60000\"");
     EXPECT_TRUE(WaitUntil([&] { return emulator.HasWritten("answering on "); }));
     LoopbackClient().Send("listprod");
     EXPECT_EQ(emulator.ExitCode(), 0U);

@@ -1,118 +1,21 @@
 #include "faults/Faults.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cstddef>
-#include <functional>
+#include <cstdint>
+#include <iterator>
 #include <random>
 #include <string>
-#include <string_view>
-#include <system_error>
 #include <utility>
 #include <vector>
 
+#include "faults/FaultRule.h"
 #include "protocol/Answer.h"
+#include "text/Words.h"
 
 namespace emulator {
 
 namespace {
-
-std::string_view Trim(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(' ');
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
-/// The first word, and what follows it.
-struct Words {
-    std::string_view first;
-    std::string_view rest;
-};
-
-Words SplitWord(std::string_view text) {
-    const std::size_t blank = text.find(' ');
-    return blank == std::string_view::npos ? Words{text, {}} : Words{text.substr(0, blank), Trim(text.substr(blank))};
-}
-
-double ParseNumber(std::string_view text, const std::string& what) {
-    double number = 0.0;
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (result.ec != std::errc{} || result.ptr != text.data() + text.size() || !(number >= 0.0 && number <= 1e9)) {
-        throw FaultError(what + " needs a number that is not negative, not \"" + std::string(text) + "\"");
-    }
-    return number;
-}
-
-FaultTrigger ParseTrigger(std::string_view text) {
-    const auto [word, rest] = SplitWord(text);
-    if (word == "always" && rest.empty()) {
-        return {FaultTrigger::Kind::Always};
-    }
-    if (word == "nth" || word == "every") {
-        const double number = ParseNumber(rest, "the trigger \"" + std::string(word) + "\"");
-        if (number < 1.0) {
-            throw FaultError("the trigger \"" + std::string(word) + "\" counts from 1");
-        }
-        return {word == "nth" ? FaultTrigger::Kind::Nth : FaultTrigger::Kind::EveryNth, number};
-    }
-    if (word == "between") {
-        const auto [start, end] = SplitWord(rest);
-        return {FaultTrigger::Kind::Window, ParseNumber(start, "the trigger \"between\""),
-                ParseNumber(end, "the trigger \"between\"")};
-    }
-    if (word == "chance") {
-        return {FaultTrigger::Kind::Chance, ParseNumber(rest, "the trigger \"chance\"")};
-    }
-    throw FaultError("\"" + std::string(text) +
-                     "\" is no trigger; there are: always, nth N, every N, between SECONDS SECONDS, chance 0.1");
-}
-
-struct EffectWord {
-    std::string_view word;
-    FaultEffect::Kind kind;
-    enum class Argument { None, Number, Text } argument;
-};
-
-constexpr std::array<EffectWord, 13> kEffects{{
-    {"code", FaultEffect::Kind::Code, EffectWord::Argument::Number},
-    {"error", FaultEffect::Kind::Error, EffectWord::Argument::Text},
-    {"empty", FaultEffect::Kind::Empty, EffectWord::Argument::None},
-    {"long", FaultEffect::Kind::Long, EffectWord::Argument::Number},
-    {"truncate", FaultEffect::Kind::Truncate, EffectWord::Argument::Number},
-    {"garbage", FaultEffect::Kind::Garbage, EffectWord::Argument::Number},
-    {"echo", FaultEffect::Kind::Echo, EffectWord::Argument::Text},
-    {"no-separator", FaultEffect::Kind::NoSeparator, EffectWord::Argument::None},
-    {"no-return", FaultEffect::Kind::NoReturn, EffectWord::Argument::None},
-    {"late", FaultEffect::Kind::Late, EffectWord::Argument::Number},
-    {"silent", FaultEffect::Kind::Silent, EffectWord::Argument::None},
-    {"twice", FaultEffect::Kind::Twice, EffectWord::Argument::None},
-    {"value", FaultEffect::Kind::Value, EffectWord::Argument::Text},
-}};
-
-constexpr double kLargestNumber = 60'000.0;
-
-FaultEffect ParseEffect(std::string_view text) {
-    const auto [word, rest] = SplitWord(text);
-    const auto found = std::ranges::find(kEffects, word, &EffectWord::word);
-    if (found == kEffects.end()) {
-        std::string known;
-        for (const EffectWord& effect : kEffects) {
-            known += (known.empty() ? "" : ", ") + std::string(effect.word);
-        }
-        throw FaultError("\"" + std::string(text) + "\" is no effect; there are: " + known);
-    }
-    FaultEffect effect{found->kind, 0, std::string(rest)};
-    if (found->argument == EffectWord::Argument::Number) {
-        const double number = ParseNumber(rest, "the effect \"" + std::string(word) + "\"");
-        effect.number = static_cast<int>(std::min(number, kLargestNumber));
-    } else if (found->argument == EffectWord::Argument::None && !rest.empty()) {
-        throw FaultError("the effect \"" + std::string(word) + "\" takes nothing after it");
-    }
-    return effect;
-}
 
 /// The effects that change the parts of a reply rather than its bytes.
 void ChangeParts(const FaultEffect& effect, Answer& answer, std::string& echo) {
@@ -134,49 +37,79 @@ void ChangeParts(const FaultEffect& effect, Answer& answer, std::string& echo) {
     }
 }
 
+bool HasFired(const FaultStatus& status) { return status.fired > 0; }
+
 }  // namespace
 
-FaultRule ParseFaultRule(std::string_view text) {
-    const std::size_t first = text.find(';');
-    const std::size_t second = first == std::string_view::npos ? first : text.find(';', first + 1);
-    if (second == std::string_view::npos) {
-        throw FaultError("\"" + std::string(text) + "\" is not of the form PATTERN; TRIGGER; EFFECT");
-    }
-    return {std::string(text), std::string(Trim(text.substr(0, first))),
-            ParseTrigger(Trim(text.substr(first + 1, second - first - 1))), ParseEffect(Trim(text.substr(second + 1)))};
+Faults::Faults(unsigned seed, OnFire onFire) : m_random(seed), m_onFire(std::move(onFire)) {}
+
+int Faults::Add(FaultRule rule) {
+    FaultStatus status{++m_last, rule.source, rule.origin, 0, 0};
+    m_rules.push_back({std::move(rule), std::move(status)});
+    return m_last;
 }
 
-bool FitsPattern(std::string_view command, std::string_view pattern) {
-    if (pattern.empty()) {
-        return command.empty();
+bool Faults::Remove(int number) {
+    const auto found = std::ranges::find_if(m_rules, [&](const Rule& rule) { return rule.status.number == number; });
+    if (found == m_rules.end()) {
+        return false;
     }
-    if (pattern.front() == '*') {
-        return FitsPattern(command, pattern.substr(1)) || (!command.empty() && FitsPattern(command.substr(1), pattern));
+    if (!HasFired(found->status)) {
+        m_removed.push_back(found->status);
     }
-    return !command.empty() && command.front() == pattern.front() && FitsPattern(command.substr(1), pattern.substr(1));
+    m_rules.erase(found);
+    return true;
 }
 
-Faults::Faults(std::vector<FaultRule> rules, unsigned seed,
-               std::function<void(const FaultRule& rule, std::string_view command)> onFire)
-    : m_rules(std::move(rules)), m_met(m_rules.size()), m_random(seed), m_onFire(std::move(onFire)) {}
+std::vector<FaultStatus> Faults::List() const {
+    std::vector<FaultStatus> list;
+    list.reserve(m_rules.size());
+    std::ranges::transform(m_rules, std::back_inserter(list), &Rule::status);
+    return list;
+}
 
-bool Faults::Fires(std::size_t index, double seconds) {
-    const FaultTrigger& trigger = m_rules[index].trigger;
-    const int met = ++m_met[index];
-    const int number = static_cast<int>(trigger.first);
+std::vector<FaultStatus> Faults::NeverFired() const {
+    std::vector<FaultStatus> list = List();
+    list.insert(list.end(), m_removed.begin(), m_removed.end());
+    std::erase_if(list, HasFired);
+    std::ranges::sort(list, {}, &FaultStatus::number);
+    return list;
+}
+
+bool Faults::Fires(const Rule& rule, double seconds) {
+    const FaultTrigger& trigger = rule.rule.trigger;
+    const auto number = static_cast<std::int64_t>(trigger.first);
     switch (trigger.kind) {
         case FaultTrigger::Kind::Always:
             return true;
         case FaultTrigger::Kind::Nth:
-            return met == number;
+            return rule.status.met == number;
         case FaultTrigger::Kind::EveryNth:
-            return met % number == 0;
+            return rule.status.met % number == 0;
         case FaultTrigger::Kind::Window:
             return seconds >= trigger.first && seconds < trigger.second;
         case FaultTrigger::Kind::Chance:
             break;
     }
     return std::uniform_real_distribution<double>(0.0, 1.0)(m_random) < trigger.first;
+}
+
+std::vector<FaultEffect> Faults::Fire(const std::string& command, double seconds) {
+    std::vector<FaultEffect> effects;
+    for (Rule& rule : m_rules) {
+        if (!rule.rule.pattern.Fits(command)) {
+            continue;
+        }
+        ++rule.status.met;
+        if (Fires(rule, seconds)) {
+            ++rule.status.fired;
+            effects.push_back(rule.rule.effect);
+            if (m_onFire) {
+                m_onFire(rule.rule, command);
+            }
+        }
+    }
+    return effects;
 }
 
 void Faults::Distort(const FaultEffect& effect, std::string& datagram) {
@@ -206,32 +139,33 @@ void Faults::Distort(const FaultEffect& effect, std::string& datagram) {
     }
 }
 
-Transmission Faults::Apply(const std::string& command, const Answer& answer, double seconds) {
-    std::vector<const FaultEffect*> effects;
-    for (std::size_t i = 0; i < m_rules.size(); ++i) {
-        if (FitsPattern(command, m_rules[i].pattern) && Fires(i, seconds)) {
-            effects.push_back(&m_rules[i].effect);
-            m_onFire(m_rules[i], command);
-        }
-    }
-
+Transmission Faults::Transmit(const std::vector<FaultEffect>& effects, const std::string& command,
+                              const Answer& answer) {
     Answer parts = answer;
     std::string echo = command;
-    for (const FaultEffect* const effect : effects) {
-        ChangeParts(*effect, parts, echo);
+    for (const FaultEffect& effect : effects) {
+        ChangeParts(effect, parts, echo);
     }
     Datagram reply{FormatReply(parts, echo), 0};
-    for (const FaultEffect* const effect : effects) {
-        Distort(*effect, reply.bytes);
-        reply.delayMs += effect->kind == FaultEffect::Kind::Late ? effect->number : 0;
+    for (const FaultEffect& effect : effects) {
+        Distort(effect, reply.bytes);
+        reply.delayMs += effect.kind == FaultEffect::Kind::Late ? effect.number : 0;
     }
     const auto has = [&](FaultEffect::Kind kind) {
-        return std::ranges::any_of(effects, [kind](const FaultEffect* effect) { return effect->kind == kind; });
+        return std::ranges::find(effects, kind, &FaultEffect::kind) != effects.end();
     };
     if (has(FaultEffect::Kind::Silent)) {
         return {};
     }
     return Transmission(has(FaultEffect::Kind::Twice) ? 2 : 1, reply);
+}
+
+std::string SayNeverFired(const FaultStatus& status) {
+    const std::string place = status.origin.empty() ? "" : status.origin + ": ";
+    return place + InQuotes(status.source) + " never fired: " +
+           (status.met == 0 ? "no command fitted its pattern"
+                            : "its trigger never came for any of the " + std::to_string(status.met) +
+                                  (status.met == 1 ? " command" : " commands") + " that fitted its pattern");
 }
 
 }  // namespace emulator

@@ -1,85 +1,70 @@
 #pragma once
 
-#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <random>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "faults/FaultRule.h"
 #include "protocol/Answer.h"
 
 namespace emulator {
 
-/// What goes wrong on purpose, as rules of three parts: "readcurval 9*; nth 3; code 2".
-
-/// A rule that cannot be understood; the text says which part and why.
-class FaultError : public std::runtime_error {
- public:
-    using std::runtime_error::runtime_error;
-};
-
-/// When a rule fires, of the commands that fit its pattern.
-struct FaultTrigger {
-    enum class Kind { Always, Nth, EveryNth, Window, Chance };
-    Kind kind = Kind::Always;
-    double first = 0.0;   // the N, the window's start in seconds, or the chance from 0 to 1
-    double second = 0.0;  // the window's end in seconds
-};
-
-struct FaultEffect {
-    enum class Kind {
-        Code,         // this result code
-        Error,        // an error text in place of the payload
-        Empty,        // a datagram without content
-        Long,         // filled up to this many bytes
-        Truncate,     // cut to this many bytes
-        Garbage,      // this many random bytes
-        Echo,         // this text in place of the echo
-        NoSeparator,  // without any "_"
-        NoReturn,     // without the carriage return
-        Late,         // by this many milliseconds
-        Silent,       // no answer
-        Twice,        // the same answer again
-        Value         // this text in place of the payload
-    };
-    Kind kind = Kind::Silent;
+/// A rule of a run and what came of it.
+struct FaultStatus {
     int number = 0;
-    std::string text;
+    std::string source;      // the rule as it was written
+    std::string origin;      // where it was written: "--fault 2"
+    std::int64_t met = 0;    // commands that fitted its pattern
+    std::int64_t fired = 0;  // of these, those on which it took effect
 };
 
-struct FaultRule {
-    std::string source;   // as it was written
-    std::string pattern;  // of the whole command; "*" stands for any run of characters
-    FaultTrigger trigger;
-    FaultEffect effect;
-};
-
-/// Throws FaultError.
-FaultRule ParseFaultRule(std::string_view text);
-
-/// Whether a command fits a pattern.
-bool FitsPattern(std::string_view command, std::string_view pattern);
-
-/// The rules of a run and how often each was met.
+/// The rules of a run, which come and go while it lasts. Not locked: one thread.
 class Faults {
  public:
-    /// `onFire` hears of every rule that fires, with the command.
-    Faults(std::vector<FaultRule> rules, unsigned seed,
-           std::function<void(const FaultRule& rule, std::string_view command)> onFire);
+    using OnFire = std::function<void(const FaultRule& rule, std::string_view command)>;
 
-    /// What goes on the wire for an answer, `seconds` after the start.
-    Transmission Apply(const std::string& command, const Answer& answer, double seconds);
+    /// `onFire` hears of every rule that fires, with the command. The same seed repeats a run.
+    explicit Faults(unsigned seed, OnFire onFire = {});
+
+    /// Gives the rule's number. Numbers count from 1, and none is given twice.
+    int Add(FaultRule rule);
+
+    /// False when there is no such rule, or no more.
+    bool Remove(int number);
+
+    /// The rules that are there, in the order in which they came.
+    std::vector<FaultStatus> List() const;
+
+    /// The rules that never fired, those that were removed among them.
+    std::vector<FaultStatus> NeverFired() const;
+
+    /// Meets a command, `seconds` after the start: the effects of all rules that fire on it, in the rules' order.
+    std::vector<FaultEffect> Fire(const std::string& command, double seconds);
+
+    /// What goes on the wire for a command's answer under these effects, which add up.
+    Transmission Transmit(const std::vector<FaultEffect>& effects, const std::string& command, const Answer& answer);
 
  private:
-    bool Fires(std::size_t index, double seconds);
+    struct Rule {
+        FaultRule rule;
+        FaultStatus status;
+    };
+
+    bool Fires(const Rule& rule, double seconds);
     void Distort(const FaultEffect& effect, std::string& datagram);
 
-    std::vector<FaultRule> m_rules;
-    std::vector<int> m_met;  // by rule
+    std::vector<Rule> m_rules;
+    std::vector<FaultStatus> m_removed;  // those that never fired
+    int m_last = 0;                      // number
     std::mt19937 m_random;
-    std::function<void(const FaultRule&, std::string_view)> m_onFire;
+    OnFire m_onFire;
 };
+
+/// A sentence for people about a rule that never fired: whether no command fitted its pattern, or its trigger never
+/// came.
+std::string SayNeverFired(const FaultStatus& status);
 
 }  // namespace emulator

@@ -16,6 +16,7 @@
 #include "incubator/Scenario.h"
 #include "protocol/Answer.h"
 #include "protocol/Command.h"
+#include "protocol/CommandTable.h"
 
 namespace emulator {
 
@@ -107,41 +108,37 @@ void Incubator::Advance(double seconds) {
 }
 
 Answer Incubator::Execute(const Command& command) {
-    struct Entry {
-        std::size_t fewest;  // arguments
-        std::size_t most;
-        Answer (*handler)(Incubator&, const Command&);
+    using Handler = Answer (*)(Incubator&, const Command&);
+    static const std::map<std::string_view, Handler> handlers{
+        {"listprod", [](Incubator&, const Command&) { return ListKnown(); }},
+        {"listconprod", [](Incubator& self, const Command&) { return self.ListConnected(); }},
+        {"comport", [](Incubator& self, const Command& c) { return self.ComPort(c); }},
+        {"listdev", [](Incubator& self, const Command& c) { return self.ListDevices(c); }},
+        {"bl-param-list", [](Incubator& self, const Command& c) { return self.ListParameters(c); }},
+        {"mode", [](Incubator&, const Command&) { return Done(); }},
+        {"checkcon", [](Incubator& self, const Command& c) { return self.CheckConnection(c); }},
+        {"start", [](Incubator&, const Command&) { return Done(); }},
+        {"status", [](Incubator& self, const Command&) { return self.Status(); }},
+        {"connect", [](Incubator&, const Command&) { return Done(); }},
+        {"find", [](Incubator& self, const Command& c) { return self.Find(c); }},
+        {"findstat", [](Incubator& self, const Command&) { return self.FindStatus(); }},
+        {"readcurval", [](Incubator& self, const Command& c) { return self.ReadCurrent(c); }},
+        {"readsetpoint", [](Incubator& self, const Command& c) { return self.ReadSetPoint(c); }},
+        {"writesetpoint", [](Incubator& self, const Command& c) { return self.WriteSetPoint(c); }},
+        {"readmin", [](Incubator& self, const Command& c) { return self.ReadLimit(c, &DeviceScenario::min); }},
+        {"readmax", [](Incubator& self, const Command& c) { return self.ReadLimit(c, &DeviceScenario::max); }},
+        {"bl-param-read", [](Incubator& self, const Command& c) { return self.ReadParameter(c); }},
+        {"bl-param-write", [](Incubator& self, const Command& c) { return self.WriteParameter(c); }},
+        {"alarm", [](Incubator&, const Command& c) { return Alarm(c); }},
     };
-    static const std::map<std::string_view, Entry> entries{
-        {"listprod", {0, 0, [](Incubator&, const Command&) { return ListKnown(); }}},
-        {"listconprod", {0, 0, [](Incubator& self, const Command&) { return self.ListConnected(); }}},
-        {"comport", {2, 3, [](Incubator& self, const Command& c) { return self.ComPort(c); }}},
-        {"listdev", {1, 1, [](Incubator& self, const Command& c) { return self.ListDevices(c); }}},
-        {"bl-param-list", {1, 1, [](Incubator& self, const Command& c) { return self.ListParameters(c); }}},
-        {"mode", {2, 2, [](Incubator&, const Command&) { return Done(); }}},
-        {"checkcon", {1, 1, [](Incubator& self, const Command& c) { return self.CheckConnection(c); }}},
-        {"start", {1, 1, [](Incubator&, const Command&) { return Done(); }}},
-        {"status", {0, 0, [](Incubator& self, const Command&) { return self.Status(); }}},
-        {"connect", {2, 2, [](Incubator&, const Command&) { return Done(); }}},
-        {"find", {1, 1, [](Incubator& self, const Command& c) { return self.Find(c); }}},
-        {"findstat", {0, 0, [](Incubator& self, const Command&) { return self.FindStatus(); }}},
-        {"readcurval", {1, 2, [](Incubator& self, const Command& c) { return self.ReadCurrent(c); }}},
-        {"readsetpoint", {3, 3, [](Incubator& self, const Command& c) { return self.ReadSetPoint(c); }}},
-        {"writesetpoint", {3, 3, [](Incubator& self, const Command& c) { return self.WriteSetPoint(c); }}},
-        {"readmin", {2, 2, [](Incubator& self, const Command& c) { return self.ReadLimit(c, &DeviceScenario::min); }}},
-        {"readmax", {2, 2, [](Incubator& self, const Command& c) { return self.ReadLimit(c, &DeviceScenario::max); }}},
-        {"bl-param-read", {2, 2, [](Incubator& self, const Command& c) { return self.ReadParameter(c); }}},
-        {"bl-param-write", {3, 3, [](Incubator& self, const Command& c) { return self.WriteParameter(c); }}},
-        {"alarm", {2, 2, [](Incubator&, const Command& c) { return Alarm(c); }}},
-    };
-    const auto found = entries.find(command.keyword);
-    if (found == entries.end()) {
+    const CommandEntry* const entry = FindCommand(command.keyword);
+    const auto handler = handlers.find(command.keyword);
+    if (entry == nullptr || handler == handlers.end()) {
         return Refuse("unknown command");
     }
-    const Entry& entry = found->second;
     const std::size_t count = command.arguments.size();
-    return count >= entry.fewest && count <= entry.most ? entry.handler(*this, command)
-                                                        : Refuse("wrong number of arguments");
+    return count >= entry->fewest && count <= entry->most ? handler->second(*this, command)
+                                                          : Refuse("wrong number of arguments");
 }
 
 Answer Incubator::ListKnown() {

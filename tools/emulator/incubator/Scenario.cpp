@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include "faults/FaultRule.h"
+
 namespace emulator {
 
 namespace {
@@ -143,6 +145,18 @@ StatusScenario ReadStatus(const Node& node) {
     return status;
 }
 
+/// Rules are only read here, to find their mistakes; a run has them from their texts.
+void CheckFaults(const std::vector<std::string>& faults, const std::string& place) {
+    for (std::size_t i = 0; i < faults.size(); ++i) {
+        const std::string origin = place + "/faults/" + std::to_string(i);
+        try {
+            ParseFaultRule(faults[i], origin);
+        } catch (const FaultError& error) {
+            throw ScenarioError(origin + ": " + error.what());
+        }
+    }
+}
+
 }  // namespace
 
 Scenario ParseScenario(std::string_view text, const std::string& place) {
@@ -159,6 +173,7 @@ Scenario ParseScenario(std::string_view text, const std::string& place) {
     root.Take("description", scenario.description);
     root.Take("comPort", scenario.comPort);
     root.Take("faults", scenario.faults);
+    CheckFaults(scenario.faults, place);
     root.ForEach("products", [&](const Node& product) { scenario.products.push_back(ReadProduct(product)); });
     root.ForEach("status", [&](const Node& status) { scenario.status.push_back(ReadStatus(status)); });
     return scenario;

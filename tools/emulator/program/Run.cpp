@@ -2,6 +2,7 @@
 
 #include <boost/asio/io_context.hpp>
 #include <chrono>
+#include <cstddef>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -11,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "faults/Faults.h"
+#include "faults/FaultRule.h"
 #include "incubator/Scenario.h"
 #include "net/Placeholder.h"
 #include "net/UdpServer.h"
@@ -41,25 +42,15 @@ std::string ReadFile(const std::string& name) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-std::vector<FaultRule> ParseRules(const std::vector<std::string>& scenario, const std::vector<std::string>& line) {
-    std::vector<FaultRule> rules;
-    for (const auto* const list : {&scenario, &line}) {
-        for (const std::string& text : *list) {
-            rules.push_back(ParseFaultRule(text));
-        }
-    }
-    return rules;
-}
-
 /// Answers from a scenario, with its faults.
 CommandHandler ScenarioHandler(const Options& options, LineOutput& output) {
-    Scenario scenario = LoadScenario(options.scenario);
-    auto rules = ParseRules(scenario.faults, options.faults);
     const auto server = std::make_shared<EmulatedServer>(
-        std::move(scenario), std::move(rules), options.seed,
-        [&output](const FaultRule& rule, std::string_view command) {
+        LoadScenario(options.scenario), options.seed, [&output](const FaultRule& rule, std::string_view command) {
             output.Say("fault \"" + rule.source + "\" on \"" + std::string(command) + "\"");
         });
+    for (std::size_t i = 0; i < options.faults.size(); ++i) {
+        server->AddRule(options.faults[i], "--fault " + std::to_string(i + 1));
+    }
     server->SetSpeed(options.speed);
     return [server](const std::string& command) { return server->Answer(command, Elapsed()); };
 }

@@ -1,11 +1,11 @@
 #include "server/EmulatedServer.h"
 
-#include <functional>
+#include <cstddef>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
+#include "faults/FaultRule.h"
 #include "faults/Faults.h"
 #include "incubator/Scenario.h"
 #include "protocol/Answer.h"
@@ -13,9 +13,20 @@
 
 namespace emulator {
 
-EmulatedServer::EmulatedServer(Scenario scenario, std::vector<FaultRule> rules, unsigned seed,
-                               std::function<void(const FaultRule& rule, std::string_view command)> onFire)
-    : m_incubator(std::move(scenario), seed), m_faults(std::move(rules), seed, std::move(onFire)) {}
+EmulatedServer::EmulatedServer(Scenario scenario, unsigned seed, Faults::OnFire onFire)
+    : m_incubator(scenario, seed), m_faults(seed, std::move(onFire)) {
+    for (std::size_t i = 0; i < scenario.faults.size(); ++i) {
+        AddRule(scenario.faults[i], scenario.name + "/faults/" + std::to_string(i));
+    }
+}
+
+int EmulatedServer::AddRule(const std::string& text, const std::string& origin) {
+    try {
+        return m_faults.Add(ParseFaultRule(text, origin));
+    } catch (const FaultError& error) {
+        throw FaultError(origin + ": " + error.what());
+    }
+}
 
 void EmulatedServer::Advance(double now) {
     m_incubator.Advance((now - m_last) * m_speed);
@@ -24,7 +35,8 @@ void EmulatedServer::Advance(double now) {
 
 Transmission EmulatedServer::Answer(const std::string& command, double now) {
     Advance(now);
-    return m_faults.Apply(command, m_incubator.Execute(ParseCommand(command)), now);
+    const std::vector<FaultEffect> effects = m_faults.Fire(command, now);
+    return m_faults.Transmit(effects, command, m_incubator.Execute(ParseCommand(command)));
 }
 
 }  // namespace emulator

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <functional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "faults/Faults.h"
@@ -17,11 +15,16 @@ namespace emulator {
 class EmulatedServer {
  public:
     /// `onFire` hears of every rule that fires, with the command.
-    EmulatedServer(Scenario scenario, std::vector<FaultRule> rules, unsigned seed,
-                   std::function<void(const FaultRule& rule, std::string_view command)> onFire);
+    EmulatedServer(Scenario scenario, unsigned seed, Faults::OnFire onFire);
 
     /// How much faster than the real one the incubator's time runs.
     void SetSpeed(double speed) { m_speed = speed; }
+
+    /// Adds a rule of what goes wrong, and gives its number. `origin` says where it was written. Throws FaultError,
+    /// which names the place.
+    int AddRule(const std::string& text, const std::string& origin);
+
+    std::vector<FaultStatus> NeverFired() const { return m_faults.NeverFired(); }
 
     /// What goes on the wire for a command that comes now.
     Transmission Answer(const std::string& command, double now);
