@@ -7,8 +7,8 @@
 
 #include "model/ChannelInfo.h"
 #include "model/Snapshot.h"
-#include "show/Columns.h"
 #include "show/DeviceTable.h"
+#include "text/Columns.h"
 #include "text/Number.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "judge/Checkup.h"
-#include "show/Columns.h"
+#include "text/Columns.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 
 #include "judge/ProtocolPlan.h"
 #include "model/ChannelInfo.h"
-#include "show/Columns.h"
+#include "text/Columns.h"
 #include "text/Duration.h"
 #include "text/Number.h"
 

@@ -10,7 +10,7 @@
 #include "judge/Statistics.h"
 #include "model/ChannelInfo.h"
 #include "model/Snapshot.h"
-#include "show/Columns.h"
+#include "text/Columns.h"
 #include "text/Duration.h"
 #include "text/Number.h"
 

@@ -7,7 +7,7 @@
 #include <tuple>
 #include <vector>
 
-#include "show/Columns.h"
+#include "text/Columns.h"
 
 std::string FormatValue(double value) {
     if (!std::isfinite(value)) {

@@ -1,4 +1,4 @@
-#include "show/Columns.h"
+#include "text/Columns.h"
 
 #include <algorithm>
 #include <cstddef>
