@@ -60,13 +60,14 @@ std::filesystem::path FindProgram(const std::filesystem::path& program) {
 }
 
 /// What the new process does between fork and exec: only calls that a child of a process with threads may make.
-[[noreturn]] void Become(const char* file, char* const* arguments, int input, int nowhere, int problem) {
+[[noreturn]] void Become(const char* file, char* const* arguments, const char* folder, int input, int nowhere,
+                         int problem) {
     constexpr int kProblem = 3;
     setsid();  // Ctrl+C is meant for the caller alone
     // The three first, then the way to tell a problem; the rest is closed.
     if (dup2(input, STDIN_FILENO) >= 0 && dup2(nowhere, STDOUT_FILENO) >= 0 && dup2(nowhere, STDERR_FILENO) >= 0 &&
         (problem == kProblem || dup2(problem, kProblem) >= 0) && fcntl(kProblem, F_SETFD, FD_CLOEXEC) == 0 &&
-        close_range(kProblem + 1, ~0U, 0) == 0) {
+        close_range(kProblem + 1, ~0U, 0) == 0 && chdir(folder) == 0) {
         sigset_t none;
         sigemptyset(&none);
         sigprocmask(SIG_SETMASK, &none, nullptr);
@@ -81,7 +82,7 @@ std::filesystem::path FindProgram(const std::filesystem::path& program) {
 }
 
 /// Through a process that ends at once: the program becomes an orphan, and its end leaves no zombie here.
-int Start(const char* file, char* const* arguments, int input, int nowhere) {
+int Start(const char* file, char* const* arguments, const char* folder, int input, int nowhere) {
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         return errno;
@@ -95,7 +96,7 @@ int Start(const char* file, char* const* arguments, int input, int nowhere) {
     if (middle == 0) {
         const pid_t child = fork();
         if (child == 0) {
-            Become(file, arguments, input, nowhere, write.Get());
+            Become(file, arguments, folder, input, nowhere, write.Get());
         }
         _exit(child < 0 ? errno : 0);
     }
@@ -114,15 +115,18 @@ int Start(const char* file, char* const* arguments, int input, int nowhere) {
 }  // namespace
 
 std::string StartProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
-                         std::string_view input) {
+                         std::string_view input, const std::filesystem::path& folder) {
     const std::string cannot = "cannot start " + PathText(program) + ": ";
     const auto reason = [&](int error) { return cannot + std::generic_category().message(error); };
     if (input.size() > kLongestInput) {
         return cannot + "the text for it is too long";
     }
-    const std::filesystem::path file = FindProgram(program);
+    std::filesystem::path file = FindProgram(program);
     if (file.empty()) {
         return cannot + "no folder of PATH has it; write where it is";
+    }
+    if (!folder.empty()) {
+        file = std::filesystem::absolute(file);  // it is started from there
     }
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
@@ -145,6 +149,7 @@ std::string StartProgram(const std::filesystem::path& program, const std::vector
         pointers.push_back(text.data());
     }
     pointers.push_back(nullptr);
-    const int error = Start(file.c_str(), pointers.data(), read.Get(), nowhere.Get());
+    const int error =
+        Start(file.c_str(), pointers.data(), folder.empty() ? "." : folder.c_str(), read.Get(), nowhere.Get());
     return error == 0 ? "" : reason(error);
 }

@@ -118,7 +118,8 @@ std::wstring CommandLine(const std::filesystem::path& file, const std::vector<st
     return line;
 }
 
-DWORD Start(const std::filesystem::path& file, std::wstring line, HANDLE input, HANDLE nowhere) {
+DWORD Start(const std::filesystem::path& file, std::wstring line, const std::filesystem::path& folder, HANDLE input,
+            HANDLE nowhere) {
     HandleList handles({input, nowhere});
     if (!handles.IsMade()) {
         return GetLastError();
@@ -133,8 +134,8 @@ DWORD Start(const std::filesystem::path& file, std::wstring line, HANDLE input, 
     PROCESS_INFORMATION process{};
     // Without this console: Ctrl+C is meant for the caller alone.
     if (CreateProcessW(file.c_str(), line.data(), nullptr, nullptr, TRUE,
-                       EXTENDED_STARTUPINFO_PRESENT | CREATE_NO_WINDOW | CREATE_NEW_PROCESS_GROUP, nullptr, nullptr,
-                       &startup.StartupInfo, &process) == FALSE) {
+                       EXTENDED_STARTUPINFO_PRESENT | CREATE_NO_WINDOW | CREATE_NEW_PROCESS_GROUP, nullptr,
+                       folder.empty() ? nullptr : folder.c_str(), &startup.StartupInfo, &process) == FALSE) {
         return GetLastError();
     }
     CloseHandle(process.hThread);
@@ -145,7 +146,7 @@ DWORD Start(const std::filesystem::path& file, std::wstring line, HANDLE input, 
 }  // namespace
 
 std::string StartProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
-                         std::string_view input) {
+                         std::string_view input, const std::filesystem::path& folder) {
     const std::string cannot = "cannot start " + PathText(program) + ": ";
     const auto reason = [&](DWORD error) { return cannot + "system error " + std::to_string(error); };
     if (input.size() > kLongestInput) {
@@ -179,7 +180,7 @@ std::string StartProgram(const std::filesystem::path& program, const std::vector
     if (!nowhere.IsValid()) {
         return reason(GetLastError());
     }
-    const DWORD error = Start(file, CommandLine(file, arguments), read.Get(), nowhere.Get());
+    const DWORD error = Start(file, CommandLine(file, arguments), folder, read.Get(), nowhere.Get());
     if (error == ERROR_BAD_EXE_FORMAT) {
         return cannot + "it is no program; a script needs the program that runs it";
     }
