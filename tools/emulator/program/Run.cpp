@@ -22,6 +22,8 @@
 #include "program/Options.h"
 #include "protocol/Answer.h"
 #include "server/EmulatedServer.h"
+#include "transcript/Recorder.h"
+#include "transcript/Replay.h"
 #include "transcript/Transcript.h"
 
 namespace emulator {
@@ -56,14 +58,10 @@ CommandHandler ScenarioHandler(const Options& options, LineOutput& output) {
 }
 
 CommandHandler ReplayHandler(const Options& options) {
-    const auto replay = std::make_shared<Replay>(ReadFile(options.replay));
-    return [replay](const std::string& command) {
-        Transmission transmission;
-        for (std::string& reply : replay->Answer(command)) {
-            transmission.push_back({std::move(reply), 0});
-        }
-        return transmission;
-    };
+    ReplayOptions replaying;
+    replaying.missing = MissingReply::Silent;
+    const auto replay = std::make_shared<Replay>(ReadTranscript(ReadFile(options.replay)), replaying);
+    return [replay](const std::string& command) { return replay->Answer(command); };
 }
 
 CommandHandler HandlerOf(const Options& options, LineOutput& output) {
@@ -77,7 +75,7 @@ CommandHandler Recorded(CommandHandler handler, bool quiet, LineOutput& output, 
         if (quiet && !record.is_open()) {
             return transmission;
         }
-        const std::string line = FormatTranscriptLine(Elapsed(), command, BytesOf(transmission));
+        const std::string line = FormatTranscriptLine(ExchangeOf(Elapsed(), command, transmission));
         if (!quiet) {
             output.Show(line);
         }

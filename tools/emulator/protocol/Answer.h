@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace emulator {
@@ -31,5 +33,17 @@ constexpr std::size_t kLongestDatagram = 65'507;
 
 /// "<code>_<echo>_<payload>" and a carriage return.
 std::string FormatReply(const Answer& answer, const std::string& echo);
+
+/// A reply taken apart.
+struct ReplyParts {
+    Answer answer;
+    std::string echo;
+};
+
+/// Nothing where FormatReply would not give the same bytes again.
+std::optional<ReplyParts> SplitReply(std::string_view datagram);
+
+/// Whether the reply has the command between its first "_" and a later one.
+bool EchoesCommand(std::string_view reply, std::string_view command);
 
 }  // namespace emulator

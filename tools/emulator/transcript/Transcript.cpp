@@ -1,18 +1,20 @@
 #include "transcript/Transcript.h"
 
-#include <array>
 #include <charconv>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
+
+#include "text/Number.h"
+#include "text/Parsed.h"
 
 namespace emulator {
 
 namespace {
 
-constexpr std::string_view kNoAnswer = "-";
+constexpr std::string_view kNothing = "-";  // no answer, or no command
 constexpr std::string_view kEmpty = "\\0";
 
 std::vector<std::string_view> Split(std::string_view text, char separator) {
@@ -49,6 +51,49 @@ char TakeEscape(std::string_view& text) {
     throw TranscriptError("\"" + std::string(text.substr(0, 4)) + "\" is no escape");
 }
 
+/// The seconds of the first column: when the command came, then the delays.
+std::vector<double> ReadTimes(std::string_view column) {
+    std::vector<double> times;
+    for (const std::string_view word : Split(column, ' ')) {
+        if (word.empty() && !times.empty()) {
+            continue;  // several blanks
+        }
+        const Parsed<double> time = ParseNumber(word);
+        if (!time) {
+            throw TranscriptError("the time " + time.error);
+        }
+        if (*time < 0.0) {
+            throw TranscriptError("the time \"" + std::string(word) + "\" is negative");
+        }
+        times.push_back(*time);
+    }
+    return times;
+}
+
+Exchange ReadLine(std::string_view line) {
+    const std::vector<std::string_view> fields = Split(line, '\t');
+    if (fields.size() < 3) {
+        throw TranscriptError("time, command and reply are expected");
+    }
+    const std::vector<double> times = ReadTimes(fields[0]);
+    // Without an answer there may be a time, too: how long nothing came.
+    if (times.size() + 1 > fields.size()) {
+        throw TranscriptError("there are more times than replies");
+    }
+    Exchange exchange;
+    exchange.seconds = times.front();
+    if (fields[1] != kNothing) {
+        exchange.command = Unescape(fields[1]);
+    }
+    for (std::size_t i = 2; i < fields.size(); ++i) {
+        if (fields[i] != kNothing) {
+            exchange.replies.push_back(
+                {Unescape(fields[i]), i - 1 < times.size() ? std::optional(times[i - 1]) : std::nullopt});
+        }
+    }
+    return exchange;
+}
+
 }  // namespace
 
 std::string Escape(std::string_view bytes) {
@@ -66,7 +111,7 @@ std::string Escape(std::string_view bytes) {
             text += "\\t";
         } else if (byte == '\\') {
             text += "\\\\";
-        } else if (value < 0x20 || value > 0x7E || bytes == kNoAnswer) {
+        } else if (value < 0x20 || value > 0x7E || bytes == kNothing) {
             text += {'\\', 'x', HexDigit(value >> 4U), HexDigit(value)};
         } else {
             text += byte;
@@ -91,23 +136,27 @@ std::string Unescape(std::string_view text) {
     return bytes;
 }
 
-std::string FormatTranscriptLine(double seconds, std::string_view command, const std::vector<std::string>& replies) {
-    std::array<char, 32> time;
-    const auto end = std::to_chars(time.data(), time.data() + time.size(), seconds, std::chars_format::fixed, 3).ptr;
-    std::string line(time.data(), end);
-    line.append("\t").append(Escape(command));
-    if (replies.empty()) {
-        line.append("\t").append(kNoAnswer);
+std::string FormatTranscriptLine(const Exchange& exchange) {
+    constexpr int kMilliseconds = 3;
+    constexpr int kMicroseconds = 6;
+    std::string line = FormatFixed(exchange.seconds, kMilliseconds);
+    std::string replies;
+    bool known = true;
+    for (const Reply& reply : exchange.replies) {
+        known = known && reply.delaySeconds.has_value();
+        if (known) {
+            line += " " + FormatFixed(*reply.delaySeconds, kMicroseconds);
+        }
+        replies += "\t" + Escape(reply.datagram);
     }
-    for (const std::string& reply : replies) {
-        line.append("\t").append(Escape(reply));
-    }
-    return line;
+    line += "\t" + (exchange.command ? Escape(*exchange.command) : std::string(kNothing));
+    return line + (replies.empty() ? "\t" + std::string(kNothing) : replies);
 }
 
-Replay::Replay(std::string_view transcript) {
+std::vector<Exchange> ReadTranscript(std::string_view text) {
+    std::vector<Exchange> exchanges;
     int number = 0;
-    for (std::string_view line : Split(transcript, '\n')) {
+    for (std::string_view line : Split(text, '\n')) {
         ++number;
         if (line.ends_with('\r')) {
             line.remove_suffix(1);
@@ -115,34 +164,14 @@ Replay::Replay(std::string_view transcript) {
         if (line.empty()) {
             continue;
         }
-        const std::vector<std::string_view> fields = Split(line, '\t');
-        if (fields.size() < 3) {
-            throw TranscriptError("line " + std::to_string(number) + ": time, command and reply are expected");
-        }
         try {
-            std::vector<std::string> replies;
-            for (std::size_t i = 2; i < fields.size(); ++i) {
-                if (fields[i] != kNoAnswer) {
-                    replies.push_back(Unescape(fields[i]));
-                }
-            }
-            m_answers[Unescape(fields[1])].push_back(std::move(replies));
+            exchanges.push_back(ReadLine(line));
         } catch (const TranscriptError& error) {
             throw TranscriptError("line " + std::to_string(number) + ": " + error.what());
         }
+        exchanges.back().line = number;
     }
-}
-
-std::vector<std::string> Replay::Answer(const std::string& command) {
-    const auto found = m_answers.find(command);
-    if (found == m_answers.end()) {
-        return {};
-    }
-    std::vector<std::string> replies = found->second.front();
-    if (found->second.size() > 1) {
-        found->second.pop_front();
-    }
-    return replies;
+    return exchanges;
 }
 
 }  // namespace emulator
