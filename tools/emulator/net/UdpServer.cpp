@@ -4,11 +4,14 @@
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/error.hpp>
 #include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/address.hpp>
+#include <boost/asio/ip/address_v4.hpp>
 #include <boost/asio/ip/udp.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/system/error_code.hpp>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -62,19 +65,7 @@ UdpServer::UdpServer(asio::io_context& context, CommandHandler handler)
     : m_context(context), m_handler(std::move(handler)), m_socket(context) {}
 
 void UdpServer::Open(int port) {
-    m_socket = udp::socket(m_context, udp::v4());
-    if (!Bind(m_socket, port)) {
-        if (!AskForRoom(port)) {
-            Close();
-            FailInUse(port);
-        }
-        // The placeholder answers until this socket does, so that no command falls between the two.
-        m_socket.set_option(udp::socket::reuse_address(true));
-        if (!Bind(m_socket, port)) {
-            Close();
-            FailInUse(port);
-        }
-    }
+    m_socket = TakePort(m_context, port);
     ++m_openings;
     Receive();
 }
@@ -134,9 +125,34 @@ void UdpServer::SendLater(const Datagram& datagram, const udp::endpoint& peer) {
     });
 }
 
-bool IsPortTaken(asio::io_context& context, int port) {
+udp::socket TakePort(asio::io_context& context, int port) {
     udp::socket socket(context, udp::v4());
-    return !Bind(socket, port);
+    if (Bind(socket, port)) {
+        return socket;
+    }
+    if (!AskForRoom(port)) {
+        FailInUse(port);
+    }
+    // The placeholder answers until this socket does, so that no command falls between the two.
+    socket.set_option(udp::socket::reuse_address(true));
+    if (!Bind(socket, port)) {
+        FailInUse(port);
+    }
+    return socket;
+}
+
+bool IsPortTaken(asio::io_context& context, int port) {
+    // Windows gives one address to a program although another one has all addresses.
+    for (const asio::ip::address& address :
+         {asio::ip::address(asio::ip::address_v4::loopback()), asio::ip::address(asio::ip::address_v4::any())}) {
+        udp::socket socket(context, udp::v4());
+        error_code error;
+        socket.bind({address, static_cast<std::uint16_t>(port)}, error);
+        if (error) {
+            return true;
+        }
+    }
+    return false;
 }
 
 }  // namespace emulator

@@ -56,7 +56,11 @@ class UdpServer {
     std::string m_command;  // kept for its memory
 };
 
-/// Whether somebody has the port now.
+/// A socket that has the port of the loopback address; 0: a free one. A placeholder there is asked to make room, which
+/// may take seconds. Throws PortError when somebody else has it.
+boost::asio::ip::udp::socket TakePort(boost::asio::io_context& context, int port);
+
+/// Whether somebody has the port now, on this computer's own address or on all of its addresses.
 bool IsPortTaken(boost::asio::io_context& context, int port);
 
 }  // namespace emulator
