@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "incubator/DeviceFault.h"
+
 namespace emulator {
 
 namespace {
@@ -122,6 +124,14 @@ TEST(FaultRuleTests, TriggerThatCannotFire_IsRefusedWithTheReason) {
         EXPECT_EQ(Complaint(std::string("*; ") + row.trigger + "; silent").substr(0, std::string(row.reason).size()),
                   row.reason);
     }
+}
+
+TEST(FaultRuleTests, EffectOnTheDevice_HasTheWordsOfItsFault) {
+    const FaultRule rule = ParseFaultRule("readcurval 9*; nth 3; freeze 9 0 for 30");
+    EXPECT_EQ(rule.effect.kind, FaultEffect::Kind::Device);
+    EXPECT_EQ(rule.effect.device, ParseDeviceFault("freeze 9 0 for 30"));
+    EXPECT_EQ(Complaint("*; always; freeze 9"), "the effect: the device is missing: write \"freeze PRODUCT DEVICE\"");
+    EXPECT_EQ(Complaint("*; always; frezze 9 0").substr(0, 45), "\"frezze 9 0\" is no effect; there are code, er");
 }
 
 TEST(FaultRuleTests, EffectBeyondItsLimits_IsRefusedAndNotCut) {

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "incubator/DeviceFault.h"
 #include "protocol/Answer.h"
 
 namespace emulator {
@@ -110,6 +111,16 @@ TEST_F(FaultsTests, Nth_CountsOnlyCommandsThatFit) {
     EXPECT_FALSE(Send(faults, "readcurval 9", {}, 0.0).empty());
     EXPECT_FALSE(Send(faults, "status", {}, 0.0).empty());
     EXPECT_TRUE(Send(faults, "readcurval 9", {}, 0.0).empty());
+}
+
+TEST_F(FaultsTests, EffectOnTheDevice_LeavesTheReplyAlone) {
+    Faults faults = Make({"readcurval*; nth 2; freeze 9 0 for 30"});
+    EXPECT_TRUE(faults.Fire("readcurval 9", 0.0).empty());
+    const std::vector<FaultEffect> effects = faults.Fire("readcurval 9", 0.0);
+    ASSERT_EQ(effects.size(), 1U);
+    EXPECT_EQ(effects[0].device, ParseDeviceFault("freeze 9 0 for 30"));
+    const Transmission sent = faults.Transmit(effects, "readcurval 9", {0, "36.5"});
+    EXPECT_EQ(sent, (Transmission{{kPlain, 0}}));
 }
 
 TEST_F(FaultsTests, RulesComeAndGo_UnderNumbersOfTheirOwn) {

@@ -70,17 +70,17 @@ TEST(ScenarioTests, Mistakes_AreNamedWithFileAndPlace) {
     for (const Case& row : std::vector<Case>{
              {R"([])", "my.json: an object is expected"},
              {R"({"prodcts": []})", "my.json: \"prodcts\" is not known"},
-             {R"({"products": 9})", "my.json: \"products\" must be a list"},
+             {R"({"products": 9})", "my.json/products: a list is expected, not 9"},
              {R"({"products": [{}]})", "my.json/products/0: \"number\" is missing"},
-             {R"({"products": [{"number": "nine"}]})", "my.json/products/0: \"number\" has the wrong type"},
+             {R"({"products": [{"number": "nine"}]})",
+              "my.json/products/0/number: a whole number from 0 to 17 is expected, not \"nine\""},
              {R"({"products": [{"number": 9, "devices": [{"number": 0, "min": 5, "max": 1}]}]})",
               "my.json/products/0/devices/0: \"min\" is greater than \"max\""},
              {R"({"products": [{"number": 9, "devices": [{"number": 0, "overshoot": 1}]}]})",
-              "my.json/products/0/devices/0: \"lagSeconds\" and \"noise\" must not be negative, \"overshoot\" must lie "
-              "between 0 and 0.9"},
+              "my.json/products/0/devices/0/overshoot: a number from 0 to 0.9 is expected, not 1"},
              {R"({"products": [{"number": 9, "parameters": [{"number": 1}, {"number": 2, "follows": 4}]}]})",
               "my.json/products/0/parameters/1: \"follows\" names device 4, which the product does not have"},
-             {R"({"faults": "status"})", "my.json: \"faults\" has the wrong type"},
+             {R"({"faults": "status"})", "my.json/faults: a list is expected, not \"status\""},
              {R"({"faults": ["status; always; silent", "status; chance 2; silent"]})",
               "my.json/faults/1: the trigger \"chance\" needs a number from 0 to 1, not \"2\""},
          }) {

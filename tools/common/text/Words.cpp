@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "text/Number.h"
+
 std::string JoinWords(const std::vector<std::string>& words, std::string_view last) {
     std::string joined;
     for (std::size_t i = 0; i < words.size(); ++i) {
@@ -17,3 +19,12 @@ std::string JoinWords(const std::vector<std::string>& words, std::string_view la
 }
 
 std::string InQuotes(std::string_view text) { return "\"" + std::string(text) + "\""; }
+
+std::vector<std::string_view> SplitWords(std::string_view text) {
+    std::vector<std::string_view> words;
+    for (text = TrimBlanks(text); !text.empty(); text = TrimBlanks(text)) {
+        words.push_back(text.substr(0, text.find_first_of(" \t\r\n")));
+        text.remove_prefix(words.back().size());
+    }
+    return words;
+}

@@ -9,3 +9,6 @@ std::string JoinWords(const std::vector<std::string>& words, std::string_view la
 
 /// The text in double quotes.
 std::string InQuotes(std::string_view text);
+
+/// The words between blanks.
+std::vector<std::string_view> SplitWords(std::string_view text);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "faults/Pattern.h"
+#include "incubator/DeviceFault.h"
 #include "protocol/Command.h"
 #include "protocol/CommandTable.h"
 #include "text/Duration.h"
@@ -140,7 +142,18 @@ FaultTrigger ParseTrigger(std::string_view text) {
                      " is no trigger; there are: always, nth N, every N, between SECONDS SECONDS, chance 0.1");
 }
 
+FaultEffect ParseDeviceEffect(std::string_view text) {
+    try {
+        return {FaultEffect::Kind::Device, 0, {}, ParseDeviceFault(text)};
+    } catch (const DeviceFaultError& error) {
+        throw FaultError(std::string("the effect: ") + error.what());
+    }
+}
+
 FaultEffect ParseEffect(std::string_view text) {
+    if (IsDeviceFault(text)) {
+        return ParseDeviceEffect(text);
+    }
     const auto [word, rest] = SplitWord(text);
     const auto* const found = std::ranges::find(kEffectWords, word, &EffectWord::word);
     if (found == kEffectWords.end()) {
@@ -148,9 +161,12 @@ FaultEffect ParseEffect(std::string_view text) {
         for (const EffectWord& effect : kEffectWords) {
             known.emplace_back(effect.word);
         }
+        for (const DeviceFaultWord& fault : kDeviceFaultWords) {
+            known.emplace_back(fault.word);
+        }
         throw FaultError(InQuotes(text) + " is no effect; there are " + JoinWords(known, "and"));
     }
-    FaultEffect effect{found->kind, 0, std::string(rest)};
+    FaultEffect effect{found->kind, 0, std::string(rest), std::nullopt};
     if (found->argument == EffectWord::Argument::Number) {
         effect.number = ParseWhole(rest, "the effect " + InQuotes(word), 0, found->most);
     } else if (found->argument == EffectWord::Argument::None && !rest.empty()) {

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
 #include "faults/Pattern.h"
+#include "incubator/DeviceFault.h"
 #include "protocol/Answer.h"
 
 namespace emulator {
@@ -40,11 +42,13 @@ struct FaultEffect {
         Late,         // by this many milliseconds
         Silent,       // no answer
         Twice,        // the same answer again
-        Value         // this text in place of the payload
+        Value,        // this text in place of the payload
+        Device        // nothing of the reply: a fault of the device begins, before the command is answered
     };
     Kind kind = Kind::Silent;
     int number = 0;
     std::string text;
+    std::optional<DeviceFault> device;
 };
 
 /// An effect on the wire as it is written.

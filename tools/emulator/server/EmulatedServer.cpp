@@ -36,6 +36,14 @@ void EmulatedServer::Advance(double now) {
 Transmission EmulatedServer::Answer(const std::string& command, double now) {
     Advance(now);
     const std::vector<FaultEffect> effects = m_faults.Fire(command, now);
+    for (const FaultEffect& effect : effects) {
+        if (effect.device) {
+            m_incubator.Begin(*effect.device);
+        }
+    }
+    if (!m_incubator.IsServerUp()) {
+        return {};
+    }
     return m_faults.Transmit(effects, command, m_incubator.Execute(ParseCommand(command)));
 }
 
