@@ -5,11 +5,13 @@
 #include <filesystem>
 #include <iostream>
 
+#include "control/Ctl.h"
 #include "incubator/Scenario.h"
 #include "net/UdpServer.h"
 #include "platform/Installation.h"
 #include "program/Options.h"
 #include "program/Run.h"
+#include "protocol/CommandTable.h"
 
 namespace emulator {
 
@@ -21,20 +23,42 @@ void ListScenarios() {
     }
 }
 
-void Act(const CLI::App& app, Options& options) {
+void Run(const Options& options) {
+    if (options.placeholder) {
+        RunPlaceholder(options);
+    } else if (options.proxy) {
+        RunProxy(options);
+    } else if (!options.replay.empty()) {
+        RunReplay(options);
+    } else {
+        RunScenario(options);
+    }
+}
+
+int Act(const CLI::App& app, Options& options) {
     TakeServerWords(options);
+    CheckCombinations(app, options);
+    if (options.ctl) {
+        return RunCtl(options.ctlPort, options.controlWords, std::cin, std::cout, std::cerr);
+    }
+    if (!options.check.empty()) {
+        return RunCheck(options);
+    }
     if (options.listScenarios) {
         ListScenarios();
+    } else if (options.commands) {
+        std::cout << FormatCommandTable();
+    } else if (!options.show.empty()) {
+        RunShow(options);
     } else if (options.uninstall) {
         Uninstall();
     } else if (!options.install.empty()) {
         CheckInput(options);
         Install(options.install, options.displayName, StoredOptions(app));
-    } else if (options.placeholder) {
-        RunPlaceholder(options);
     } else {
-        RunServer(options);
+        Run(options);
     }
+    return kExitDone;
 }
 
 }  // namespace
@@ -53,8 +77,7 @@ int Main(int argc, char** argv) {
     }
     CLI11_PARSE(app, argc, argv);
     try {
-        Act(app, options);
-        return kExitDone;
+        return Act(app, options);
     } catch (const PortError& error) {
         std::cerr << "oko-control-emulator: " << error.what() << "\n";
         return kExitPortInUse;

@@ -146,7 +146,11 @@ Transmission Faults::Transmit(const std::vector<FaultEffect>& effects, const std
     for (const FaultEffect& effect : effects) {
         ChangeParts(effect, parts, echo);
     }
-    Datagram reply{FormatReply(parts, echo), 0};
+    return TransmitBytes(effects, FormatReply(parts, echo));
+}
+
+Transmission Faults::TransmitBytes(const std::vector<FaultEffect>& effects, const std::string& datagram) {
+    Datagram reply{datagram, 0};
     for (const FaultEffect& effect : effects) {
         Distort(effect, reply.bytes);
         reply.delayMs += effect.kind == FaultEffect::Kind::Late ? effect.number : 0;

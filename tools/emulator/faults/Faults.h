@@ -47,6 +47,9 @@ class Faults {
     /// What goes on the wire for a command's answer under these effects, which add up.
     Transmission Transmit(const std::vector<FaultEffect>& effects, const std::string& command, const Answer& answer);
 
+    /// The same for a reply that has no such parts: only what acts on bytes and on their way has an effect.
+    Transmission TransmitBytes(const std::vector<FaultEffect>& effects, const std::string& datagram);
+
  private:
     struct Rule {
         FaultRule rule;

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <filesystem>
+#include <map>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -10,9 +11,14 @@
 #include <vector>
 
 #include "OkoVersion.h"
+#include "control/ControlTable.h"
 #include "incubator/Scenario.h"
+#include "net/Address.h"
 #include "platform/Installation.h"
 #include "text/Duration.h"
+#include "text/Parsed.h"
+#include "transcript/Recorder.h"
+#include "transcript/Replay.h"
 
 namespace emulator {
 
@@ -47,6 +53,13 @@ void Expect(const std::string& mistake) {
     }
 }
 
+/// The options that stand in the way of others, or need them.
+struct Combination {
+    const char* option;
+    std::vector<const char*> excluded;
+    std::vector<const char*> needed;
+};
+
 void AddIncubatorOptions(CLI::App& app, Options& options) {
     app.add_option("--scenario", options.scenario, "A ready-made scenario, or a scenario file")
         ->transform(ScenarioFromAnywhere)
@@ -55,7 +68,10 @@ void AddIncubatorOptions(CLI::App& app, Options& options) {
         ->check(CLI::Range(1e-6, 1e6))
         ->capture_default_str();
     app.add_option("--seed", options.seed, "Start of the random numbers; the same one repeats a run");
-    app.add_option("--fault", options.faults, "\"PATTERN; TRIGGER; EFFECT\", may be repeated")->take_all();
+    app.add_option(
+           "--fault", options.faults,
+           "\"PATTERN; TRIGGER; EFFECT\", or a fault of the device such as \"freeze 9 0 for 30\"; may be repeated")
+        ->take_all();
 }
 
 void AddServerOptions(CLI::App& app, Options& options) {
@@ -66,19 +82,80 @@ void AddServerOptions(CLI::App& app, Options& options) {
            "--for", [&](const std::string& text) { Expect(TakeDuration(text, options.forSeconds)); },
            "Ends after this time: 90, 10s, 2m30s")
         ->type_name("DURATION");
-    app.add_option("--record", options.record, "Writes every exchange to this file")->transform(FromAnywhere);
+    app.add_flag("--quiet", options.quiet, "Shows no exchanges");
+    app.add_option("--control-port", options.controlPort,
+                   "TCP port on 127.0.0.1 for the remote control; 0 takes a free one")
+        ->check(CLI::Range(0, kLastPort));
+    app.add_flag("--control-input", options.controlInput, "Takes the remote control's requests from the standard input")
+        ->configurable(false);
+    app.add_option("server", options.serverWords,
+                   "The words with which clients start their server: server address=localhost port=60000");
+}
+
+/// "HOST:PORT" into an address.
+auto AddressInto(ServerAddress& address) {
+    return [&address](const std::string& text) {
+        const Parsed<ServerAddress> parsed = ParseServerAddress(text);
+        Expect(parsed.error);
+        address = *parsed;
+    };
+}
+
+void AddTranscriptOptions(CLI::App& app, Options& options) {
+    app.add_option("--record", options.record, "Writes every exchange to this file, which must not be there yet")
+        ->transform(FromAnywhere);
+    app.add_flag_callback(
+        "--overwrite", [&] { options.recordMode = RecordMode::Overwrite; },
+        "With --record: instead of what the file has");
+    app.add_flag_callback(
+        "--append", [&] { options.recordMode = RecordMode::Append; }, "With --record: behind what the file has");
     app.add_option("--replay", options.replay, "Answers from such a file")
         ->check(CLI::ExistingFile)
         ->transform(FromAnywhere);
-    app.add_flag("--quiet", options.quiet, "Shows no exchanges");
-    app.add_option("server", options.serverWords,
-                   "The words with which clients start their server: server address=localhost port=60000");
+    app.add_option("--timing", options.timing,
+                   "With --replay: answers \"at-once\", or \"recorded\" as late as it was. With --check: commands as "
+                   "fast as they are answered, or with the pauses that they had")
+        ->transform(CLI::CheckedTransformer(std::map<std::string, ReplayTiming>{{"at-once", ReplayTiming::AtOnce},
+                                                                                {"recorded", ReplayTiming::Recorded}}));
+    app.add_option("--missing", options.missing,
+                   "With --replay: what a command gets that the file does not have: \"refuse\", \"silent\", or "
+                   "\"model\", the scenario's answer")
+        ->transform(CLI::CheckedTransformer(std::map<std::string, MissingReply>{
+            {"refuse", MissingReply::Refuse}, {"silent", MissingReply::Silent}, {"model", MissingReply::Model}}));
+    app.add_option_function<std::string>(
+           "--proxy",
+           [&, take = AddressInto(options.proxied)](const std::string& text) {
+               take(text);
+               options.proxy = true;
+           },
+           "Stands between clients and the server at HOST:PORT, and passes everything on")
+        ->type_name("HOST:PORT");
+    app.add_option("--start", options.startProgram,
+                   "With --proxy: starts this server's program on that port first, unless it runs")
+        ->check(CLI::ExistingFile)
+        ->transform(FromAnywhere);
 }
 
 /// What only a person asks for. Not part of the stored options.
 void AddActions(CLI::App& app, Options& options) {
     app.set_version_flag("--version", std::string("oko-control-emulator ") + kOkoVersion)->configurable(false);
     app.add_flag("--list-scenarios", options.listScenarios, "Shows the ready-made scenarios")->configurable(false);
+    app.add_flag("--commands", options.commands, "Shows every command that it knows, as the library sends it")
+        ->configurable(false);
+    app.add_option("--show", options.show, "Shows such a file to people")
+        ->check(CLI::ExistingFile)
+        ->configurable(false);
+    app.add_option("--check", options.check,
+                   "Sends such a file's commands to another server, and shows what that answers differently")
+        ->check(CLI::ExistingFile)
+        ->configurable(false);
+    app.add_option_function<std::string>("--server", AddressInto(options.checked),
+                                         "With --check: the server, 127.0.0.1:60000 when left out")
+        ->type_name("HOST:PORT")
+        ->configurable(false);
+    app.add_option("--tolerance", options.tolerance, "With --check: how much numbers may differ")
+        ->check(CLI::NonNegativeNumber)
+        ->configurable(false);
     app.add_flag("--until-eof", options.untilEof, "Ends when its standard input does")->configurable(false);
     app.add_flag("--placeholder", options.placeholder, "Holds the port, without answers, until an emulator starts")
         ->configurable(false);
@@ -93,12 +170,85 @@ void AddActions(CLI::App& app, Options& options) {
     }
 }
 
+void AddCombinations(CLI::App& app) {
+    const std::vector<Combination> combinations{
+        {"--overwrite", {"--append"}, {"--record"}},
+        {"--append", {}, {"--record"}},
+        {"--replay", {"--fault", "--control-port", "--control-input", "--proxy", "--placeholder"}, {}},
+        {"--proxy",
+         {"--scenario", "--speed", "--missing", "--timing", "--control-port", "--control-input", "--placeholder"},
+         {}},
+        {"--start", {}, {"--proxy"}},
+        {"--missing", {}, {"--replay"}},
+        {"--placeholder",
+         {"--scenario", "--speed", "--seed", "--fault", "--record", "--control-port", "--control-input"},
+         {}},
+        {"--check",
+         {"--replay", "--proxy", "--record", "--placeholder", "--scenario", "--fault", "--speed", "--control-port"},
+         {}},
+        {"--show",
+         {"--replay", "--proxy", "--record", "--placeholder", "--scenario", "--fault", "--speed", "--check",
+          "--control-port"},
+         {}},
+        {"--server", {}, {"--check"}},
+        {"--tolerance", {}, {"--check"}},
+    };
+    for (const Combination& combination : combinations) {
+        CLI::Option* const option = app.get_option(combination.option);
+        for (const char* const excluded : combination.excluded) {
+            option->excludes(app.get_option(excluded));
+        }
+        for (const char* const needed : combination.needed) {
+            option->needs(app.get_option(needed));
+        }
+    }
+}
+
+void AddCtl(CLI::App& app, Options& options) {
+    CLI::App* const ctl =
+        app.add_subcommand("ctl", "Says a request to an emulator that runs: ctl state, ctl start freeze 9 0");
+    ctl->add_option("--control-port", options.ctlPort, "Its remote control's TCP port")
+        ->check(CLI::Range(1, kLastPort))
+        ->capture_default_str();
+    ctl->footer("Requests:\n" + ControlHelp() + "Without one, each line of the standard input is a request.");
+    ctl->prefix_command();
+    ctl->configurable(false);
+    ctl->callback([&options, ctl] {
+        options.ctl = true;
+        options.controlWords = ctl->remaining();
+    });
+}
+
 }  // namespace
 
 void AddOptions(CLI::App& app, Options& options) {
     AddIncubatorOptions(app, options);
     AddServerOptions(app, options);
+    AddTranscriptOptions(app, options);
     AddActions(app, options);
+    AddCombinations(app);
+    AddCtl(app, options);
+}
+
+void CheckCombinations(const CLI::App& app, const Options& options) {
+    const bool usesScenario = options.replay.empty() || options.missing == MissingReply::Model;
+    for (const char* const name : {"--scenario", "--speed", "--seed"}) {
+        if (!usesScenario && app.get_option(name)->count() > 0) {
+            throw std::runtime_error(
+                std::string(name) +
+                " says nothing to --replay, which answers from the file alone; --missing model asks a scenario, too");
+        }
+    }
+    if (!options.record.empty() && !options.replay.empty() && IsSameFile(options.record, options.replay)) {
+        throw std::runtime_error(options.replay + " cannot be replayed and recorded at the same time");
+    }
+    if (app.get_option("--timing")->count() > 0 && options.replay.empty() && options.check.empty()) {
+        throw std::runtime_error("--timing goes with --replay or --check");
+    }
+    if (!options.install.empty() && !options.record.empty() && options.recordMode == RecordMode::Refuse) {
+        throw std::runtime_error(
+            "an installed copy is started again and again: say --append or --overwrite with --record");
+    }
 }
 
 void TakeServerWords(Options& options) {

@@ -1,33 +1,64 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "net/Address.h"
+#include "transcript/Recorder.h"
+#include "transcript/Replay.h"
+
 namespace emulator {
+
+/// Where "ctl" looks for a remote control when it is not told.
+constexpr int kControlPort = 60'001;
 
 /// What the command line says.
 struct Options {
     std::string scenario = "full-incubator";
-    int port = 60000;  // 0: a free one
     double speed = 1.0;
     unsigned seed = 1;
-    double forSeconds = 0.0;  // 0: until somebody ends it
     std::vector<std::string> faults;
-    std::string record;
-    std::string replay;
-    std::string install;
-    std::vector<std::string> serverWords;  // "server address=localhost port=60000", as clients start it
-    std::string displayName = "OKO-Control Server (emulator)";
-    bool listScenarios = false;
-    bool uninstall = false;
-    bool placeholder = false;
-    bool quiet = false;
+
+    int port = 60000;         // 0: a free one
+    double forSeconds = 0.0;  // 0: until somebody ends it
     bool untilEof = false;
+    bool quiet = false;
+    std::optional<int> controlPort;  // 0: a free one
+    bool controlInput = false;
+    std::vector<std::string> serverWords;  // "server address=localhost port=60000", as clients start it
+
+    std::string record;
+    RecordMode recordMode = RecordMode::Refuse;
+    std::string replay;
+    ReplayTiming timing = ReplayTiming::AtOnce;
+    MissingReply missing = MissingReply::Refuse;
+    ServerAddress proxied;  // with `proxy`
+    bool proxy = false;
+    std::string startProgram;  // empty: the real server runs already
+    std::string check;
+    ServerAddress checked;
+    std::optional<double> tolerance;
+    std::string show;
+
+    bool commands = false;
+    bool listScenarios = false;
+    bool placeholder = false;
+    std::string install;
+    std::string displayName = "OKO-Control Server (emulator)";
+    bool uninstall = false;
+
+    std::vector<std::string> controlWords;  // of "ctl"
+    bool ctl = false;
+    int ctlPort = kControlPort;
 };
 
 /// Adds all options to the command line. `options` must outlive its reading.
 void AddOptions(CLI::App& app, Options& options);
+
+/// Holds together what was read: options that would be ignored, or do harm, are refused. Throws std::runtime_error.
+void CheckCombinations(const CLI::App& app, const Options& options);
 
 /// Takes the port from the words with which a client starts its server. Throws std::runtime_error for a word that is
 /// none of those.

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -57,5 +58,8 @@ const CommandEntry* FindCommand(std::string_view keyword);
 
 /// Its examples, without those that are empty.
 std::vector<std::string_view> ExamplesOf(const CommandEntry& command);
+
+/// The table for people: a line for each example, and what the command is about.
+std::string FormatCommandTable();
 
 }  // namespace emulator

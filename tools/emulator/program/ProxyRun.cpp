@@ -1,0 +1,101 @@
+#include <chrono>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "faults/FaultRule.h"
+#include "faults/Faults.h"
+#include "net/Address.h"
+#include "net/Placeholder.h"
+#include "net/Proxy.h"
+#include "net/ServerBehind.h"
+#include "net/UdpServer.h"
+#include "program/ExchangeLog.h"
+#include "program/Options.h"
+#include "program/Run.h"
+#include "program/RunFrame.h"
+#include "protocol/Answer.h"
+#include "text/Words.h"
+#include "transcript/Transcript.h"
+
+namespace emulator {
+
+namespace {
+
+constexpr std::chrono::seconds kStartingPatience{1};
+
+/// The options' rules. What acts on the device has none to act on.
+void AddRules(Faults& faults, const Options& options) {
+    for (std::size_t i = 0; i < options.faults.size(); ++i) {
+        const std::string origin = "--fault " + std::to_string(i + 1);
+        try {
+            FaultRule rule = ParseFaultRule(options.faults[i], origin);
+            if (rule.effect.device) {
+                throw FaultError("the effect acts on an emulated device, and behind --proxy there is a real one");
+            }
+            faults.Add(std::move(rule));
+        } catch (const FaultError& error) {
+            throw FaultError(origin + ": " + error.what());
+        }
+    }
+}
+
+/// What the client gets for the real server's reply.
+Transmission Distort(Faults& faults, const std::string& command, const std::string& reply) {
+    const std::vector<FaultEffect> effects = faults.Fire(command, RunFrame::Now());
+    const std::optional<ReplyParts> parts = SplitReply(reply);
+    return parts ? faults.Transmit(effects, parts->echo, parts->answer) : faults.TransmitBytes(effects, reply);
+}
+
+}  // namespace
+
+void CheckProxyFaults(const Options& options) {
+    Faults faults(options.seed);
+    AddRules(faults, options);
+}
+
+void RunProxy(const Options& options) {
+    RunFrame frame(options);
+    LineOutput& output = frame.Output();
+    Faults faults(options.seed, [&output](const FaultRule& rule, std::string_view command) {
+        output.Show("fault " + InQuotes(rule.source) + " on " + InQuotes(command));
+    });
+    AddRules(faults, options);
+    ExchangeLog log(options, output);
+    Proxy::Options passing;
+    passing.server = FindServer(options.proxied);
+    passing.onExchange = [&log](const std::string& /*client*/, const Exchange& exchange) { log.Add(exchange); };
+    passing.onTrouble = [&output](const std::string& sentence) { output.Say("warning: " + sentence); };
+    passing.seconds = RunFrame::Now;
+    if (!options.faults.empty()) {
+        passing.onReply = [&faults](const std::string& command, const std::string& reply) {
+            return Distort(faults, command, reply);
+        };
+    }
+    auto listening = TakePort(frame.Context(), options.port);
+    if (!options.startProgram.empty()) {
+        const ServerBehind behind = StartServerBehind(frame.Context(), options.startProgram, passing.server.port());
+        output.Say(behind.sentence);
+        passing.startingPatience = kStartingPatience;
+    }
+    const int port = listening.local_endpoint().port();
+    Proxy proxy(frame.Context(), std::move(listening), std::move(passing));
+    log.Open();
+    output.Say("answering on 127.0.0.1:" + std::to_string(port) + " for " + AddressText(FindServer(options.proxied)));
+    frame.Run([&log] { log.Flush(); });
+    proxy.Stop();
+    for (const FaultStatus& status : faults.NeverFired()) {
+        output.Say(SayNeverFired(status));
+    }
+}
+
+void RunPlaceholder(const Options& options) {
+    RunFrame frame(options);
+    const Placeholder placeholder(frame.Context(), options.port, [&frame] { frame.End(); });
+    frame.Output().Say("holding port " + std::to_string(placeholder.Port()) + " until an emulator starts");
+    frame.Run([] {});
+}
+
+}  // namespace emulator
