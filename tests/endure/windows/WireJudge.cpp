@@ -62,8 +62,11 @@ void WireJudge::Expect(const std::set<Outcome>& allowed, const Outcome& seen, co
     std::string wire;
     constexpr std::size_t kShown = 9;
     for (std::size_t i = index - std::min(index, kShown); i <= index && i < m_exchanges.size(); ++i) {
-        wire += "\n  " +
-                emulator::FormatTranscriptLine(static_cast<double>(i), m_exchanges[i].command, m_exchanges[i].replies);
+        emulator::Exchange exchange{static_cast<double>(i), m_exchanges[i].command, {}};
+        for (const std::string& reply : m_exchanges[i].replies) {
+            exchange.replies.push_back({reply, {}});
+        }
+        wire += "\n  " + emulator::FormatTranscriptLine(exchange);
     }
     ADD_FAILURE() << m_channels[call.channel].name << " gave " << text(seen) << ", not " << expected << wire;
 }

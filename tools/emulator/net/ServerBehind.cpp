@@ -16,8 +16,8 @@ ServerBehind StartServerBehind(boost::asio::io_context& context, const std::file
         return {BehindState::RunsAlready,
                 "a server has " + words + " already: " + PathText(program) + " is not started"};
     }
-    const std::string problem = StartProgram(program, {"server", "address=localhost", "port=" + std::to_string(port)},
-                                             "", program.parent_path());
+    const std::string problem = StartProgramIn(program.parent_path(), program,
+                                               {"server", "address=localhost", "port=" + std::to_string(port)}, "");
     if (!problem.empty()) {
         return {BehindState::Failed, problem};
     }

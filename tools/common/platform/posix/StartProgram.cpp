@@ -114,8 +114,8 @@ int Start(const char* file, char* const* arguments, const char* folder, int inpu
 
 }  // namespace
 
-std::string StartProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
-                         std::string_view input, const std::filesystem::path& folder) {
+std::string StartProgramIn(const std::filesystem::path& folder, const std::filesystem::path& program,
+                           const std::vector<std::string>& arguments, std::string_view input) {
     const std::string cannot = "cannot start " + PathText(program) + ": ";
     const auto reason = [&](int error) { return cannot + std::generic_category().message(error); };
     if (input.size() > kLongestInput) {

@@ -145,8 +145,8 @@ DWORD Start(const std::filesystem::path& file, std::wstring line, const std::fil
 
 }  // namespace
 
-std::string StartProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
-                         std::string_view input, const std::filesystem::path& folder) {
+std::string StartProgramIn(const std::filesystem::path& folder, const std::filesystem::path& program,
+                           const std::vector<std::string>& arguments, std::string_view input) {
     const std::string cannot = "cannot start " + PathText(program) + ": ";
     const auto reason = [&](DWORD error) { return cannot + "system error " + std::to_string(error); };
     if (input.size() > kLongestInput) {
