@@ -103,6 +103,16 @@ TEST_F(StartProgramTest, LongInputArrivesWhole) {
     EXPECT_EQ(Told({}, input), "input " + input + "\nopen 0\noutput taken\n");
 }
 
+TEST_F(StartProgramTest, FolderOfItsOwnIsWhereItWorks) {
+    // Named from here, not from there.
+    EXPECT_EQ(StartProgramIn(folder, fs::relative(probe), {"tell", "told.txt"}, ""), "");
+    EXPECT_TRUE(WaitForFile(folder / "told.txt"));
+}
+
+TEST_F(StartProgramTest, FolderThatIsNotThereIsAReason) {
+    EXPECT_NE(StartProgramIn(folder / "absent", probe, {"tell", File("told.txt")}, ""), "");
+}
+
 TEST_F(StartProgramTest, TextThatNoPipeHoldsIsRefused) {
     EXPECT_EQ(StartProgram(probe, {}, std::string(kLongestInput + 1, 'x')),
               "cannot start " + PathText(probe) + ": the text for it is too long");

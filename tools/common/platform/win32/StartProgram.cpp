@@ -145,6 +145,11 @@ DWORD Start(const std::filesystem::path& file, std::wstring line, const std::fil
 
 }  // namespace
 
+std::string StartProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                         std::string_view input) {
+    return StartProgramIn({}, program, arguments, input);
+}
+
 std::string StartProgramIn(const std::filesystem::path& folder, const std::filesystem::path& program,
                            const std::vector<std::string>& arguments, std::string_view input) {
     const std::string cannot = "cannot start " + PathText(program) + ": ";
