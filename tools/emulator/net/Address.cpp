@@ -29,10 +29,10 @@ struct Sides {
 Sides Split(std::string_view text) {
     if (text.starts_with('[')) {
         const std::size_t end = text.find(']');
-        if (end == std::string_view::npos) {
+        const std::string_view rest = end == std::string_view::npos ? "" : text.substr(end + 1);
+        if (end == std::string_view::npos || (!rest.empty() && rest.front() != ':')) {
             return {text, {}, false};
         }
-        const std::string_view rest = text.substr(end + 1);
         return {text.substr(1, end - 1), rest.substr(rest.empty() ? 0 : 1), !rest.empty()};
     }
     const std::size_t colon = text.find(':');

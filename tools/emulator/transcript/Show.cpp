@@ -99,7 +99,7 @@ void Fit(std::vector<Row>& rows, std::size_t width) {
             }
             widest = std::max(widest, row[column].size());
         }
-        others += column == kPayload ? 0 : widest + kBetween;
+        others += column == kPayload || widest == 0 ? 0 : widest + kBetween;
     }
     const std::size_t room = std::max(kShortestPayload, width > others ? width - others : 0);
     for (Row& row : rows) {
