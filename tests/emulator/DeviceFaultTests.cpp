@@ -79,7 +79,7 @@ TEST(DeviceFaultTests, WrongWords_AreRefusedWithTheReason) {
              {"freeze 9 0 for", "behind \"for\" a time is missing"},
              {"freeze 9 0 for 0", "\"for 0\" would end at once"},
              {"drift 9 0", "the units a minute is missing: write \"drift PRODUCT DEVICE UNITS\""},
-             {"drift 9 0 1e7", "the units a minute must not be beyond 1e+06: write \"drift PRODUCT DEVICE UNITS\""},
+             {"drift 9 0 1e7", "the units a minute must not be beyond 1000000: write \"drift PRODUCT DEVICE UNITS\""},
              {"spike 9 0 5 0",
               "the number of readings must be a whole number from 1 on, not \"0\": write \"spike "
               "PRODUCT DEVICE SIZE [EVERY]\""},

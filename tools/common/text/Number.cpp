@@ -76,6 +76,12 @@ std::string FormatShortest(double value) {
     return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
 }
 
+std::string FormatPlain(double value) {
+    std::array<char, 400> text{};  // the smallest number has 324 decimals
+    const auto result = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
+    return {text.data(), result.ptr};
+}
+
 std::string FormatFixed(double value, int decimals) {
     if (!std::isfinite(value)) {
         return "-";

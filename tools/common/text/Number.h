@@ -13,6 +13,9 @@ Parsed<double> ParseNumber(std::string_view text);
 /// As short as it can be read back: "38.5".
 std::string FormatShortest(double value);
 
+/// The same without an exponent, however many digits that takes: "1000000".
+std::string FormatPlain(double value);
+
 /// With that many decimals: "6.20". What is no number is "-".
 std::string FormatFixed(double value, int decimals);
 

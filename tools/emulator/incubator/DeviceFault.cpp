@@ -1,7 +1,6 @@
 #include "incubator/DeviceFault.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
@@ -63,7 +62,7 @@ class Arguments {
             Fail(amount.error);
         }
         if (std::abs(*amount) > kLargestAmount) {
-            Fail(what + " must not be beyond " + FormatShortest(kLargestAmount));
+            Fail(what + " must not be beyond " + FormatPlain(kLargestAmount));
         }
         return *amount;
     }
@@ -116,12 +115,6 @@ void TakeNumbers(Arguments& arguments, DeviceFault& fault) {
         fault.amount = arguments.TakeAmount("the size");
         fault.every = arguments.AtEnd() ? kSpikeEvery : arguments.TakeWhole("the number of readings", 1);
     }
-}
-
-/// As ParseDuration reads it: without an exponent.
-std::string FormatSeconds(double seconds) {
-    std::array<char, 64> text{};
-    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), seconds, std::chars_format::fixed).ptr};
 }
 
 }  // namespace
@@ -186,12 +179,12 @@ std::string FormatDeviceFault(const DeviceFault& fault) {
         text += number ? " " + std::to_string(*number) : "";
     }
     if (fault.kind == DeviceFault::Kind::Drift || fault.kind == DeviceFault::Kind::Spike) {
-        text += " " + FormatShortest(fault.amount);
+        text += " " + FormatPlain(fault.amount);
     }
     if (fault.kind == DeviceFault::Kind::Spike) {
         text += " " + std::to_string(fault.every);
     }
-    return fault.seconds ? text + " for " + FormatSeconds(*fault.seconds) : text;
+    return fault.seconds ? text + " for " + FormatPlain(*fault.seconds) : text;
 }
 
 }  // namespace emulator

@@ -23,7 +23,7 @@ double NumberOf(std::string_view what, std::string_view value) {
         throw SettingError(std::string(what) + ": " + number.error);
     }
     if (std::abs(*number) > kLargestValue) {
-        throw SettingError(std::string(what) + " must not be beyond " + FormatFixed(kLargestValue, 0));
+        throw SettingError(std::string(what) + " must not be beyond " + FormatPlain(kLargestValue));
     }
     return *number;
 }
@@ -63,8 +63,8 @@ void SetDevice(DeviceScenario& device, Motion& motion, std::string_view what, st
         motion = {number, 0.0};
     } else if (what == "target") {
         if (!(number >= device.min && number <= device.max)) {
-            throw SettingError("a target of " + FormatShortest(number) +
-                               " is out of range: " + FormatShortest(device.min) + " to " + FormatShortest(device.max));
+            throw SettingError("a target of " + FormatPlain(number) + " is out of range: " + FormatPlain(device.min) +
+                               " to " + FormatPlain(device.max));
         }
         device.target = number;
     } else if (number < 0.0) {

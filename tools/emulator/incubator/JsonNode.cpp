@@ -83,7 +83,7 @@ void JsonNode::TakeNumber(const std::string& key, double& value, double least, d
     const Json& member = m_json.at(key);
     // A number that is not finite lies in no range, either.
     if (!member.is_number() || !(member.get<double>() >= least && member.get<double>() <= most)) {
-        FailExpected(key, "a number from " + FormatShortest(least) + " to " + FormatShortest(most));
+        FailExpected(key, "a number from " + FormatPlain(least) + " to " + FormatPlain(most));
     }
     value = member.get<double>();
 }
