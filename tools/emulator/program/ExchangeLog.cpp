@@ -19,12 +19,8 @@ void ExchangeLog::Add(const Exchange& exchange) {
         m_output.Show(FormatTranscriptLine(exchange));
     }
     if (m_recorder) {
+        // At once: what a client has seen answered is in the record, whatever happens next.
         m_recorder->Add(exchange);
-    }
-}
-
-void ExchangeLog::Flush() {
-    if (m_recorder) {
         m_recorder->Flush();
     }
 }

@@ -24,9 +24,6 @@ class ExchangeLog {
 
     void Add(const Exchange& exchange);
 
-    /// To be called some tens of times a second.
-    void Flush();
-
  private:
     const Options& m_options;
     LineOutput& m_output;

@@ -84,7 +84,7 @@ void RunProxy(const Options& options) {
     Proxy proxy(frame.Context(), std::move(listening), std::move(passing));
     log.Open();
     output.Say("answering on 127.0.0.1:" + std::to_string(port) + " for " + AddressText(FindServer(options.proxied)));
-    frame.Run([&log] { log.Flush(); });
+    frame.Run([] {});
     proxy.Stop();
     for (const FaultStatus& status : faults.NeverFired()) {
         output.Say(SayNeverFired(status));

@@ -99,7 +99,6 @@ void RunScenario(const Options& options) {
     frame.Run([&] {
         FollowServer(udp, server.At(RunFrame::Now()).IsServerUp(), port, output);
         control.Tick();
-        log.Flush();
     });
     for (const FaultStatus& status : server.NeverFired()) {
         output.Say(SayNeverFired(status));
@@ -127,7 +126,7 @@ void RunReplay(const Options& options) {
     udp.Open(options.port);
     log.Open();
     output.Say("answering on " + Address(udp.Port()) + " as " + options.replay);
-    frame.Run([&] { log.Flush(); });
+    frame.Run([] {});
 }
 
 void CheckInput(const Options& options) {
