@@ -1,13 +1,16 @@
 #include "program/Options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
 #include <charconv>
+#include <cstddef>
 #include <filesystem>
-#include <map>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "OkoVersion.h"
@@ -17,6 +20,7 @@
 #include "platform/Installation.h"
 #include "text/Duration.h"
 #include "text/Parsed.h"
+#include "text/Words.h"
 #include "transcript/Recorder.h"
 #include "transcript/Replay.h"
 
@@ -53,30 +57,87 @@ void Expect(const std::string& mistake) {
     }
 }
 
-/// The options that stand in the way of others, or need them.
+/// An option, those that it would not heed or that would not heed it, and the one without which it says nothing.
 struct Combination {
-    const char* option;
-    std::vector<const char*> excluded;
-    std::vector<const char*> needed;
+    std::string_view option;
+    std::vector<std::string_view> notWith;
+    std::string_view onlyWith;
 };
+
+const std::vector<Combination>& Combinations() {
+    static const std::vector<std::string_view> incubator{"--scenario", "--speed", "--fault", "--control-port",
+                                                         "--control-input"};
+    static const std::vector<std::string_view> roads{"--replay", "--proxy", "--record", "--placeholder"};
+    const auto with = [](std::vector<std::string_view> names, const std::vector<std::string_view>& more) {
+        names.insert(names.end(), more.begin(), more.end());
+        return names;
+    };
+    static const std::vector<Combination> combinations{
+        {"--overwrite", {"--append"}, "--record"},
+        {"--append", {}, "--record"},
+        {"--replay", {"--fault", "--control-port", "--control-input", "--proxy", "--placeholder"}, {}},
+        {"--missing", {}, "--replay"},
+        {"--proxy", {"--scenario", "--speed", "--timing", "--control-port", "--control-input", "--placeholder"}, {}},
+        {"--start", {}, "--proxy"},
+        {"--placeholder", with({"--record", "--seed"}, incubator), {}},
+        {"--check", with(roads, incubator), {}},
+        {"--show", with(with({"--check", "--timing"}, roads), incubator), {}},
+        {"--server", {}, "--check"},
+        {"--tolerance", {}, "--check"},
+    };
+    return combinations;
+}
+
+/// One of some words.
+template <class Value>
+using Choice = std::pair<std::string_view, Value>;
+
+/// Adds an option that takes one of some words.
+template <class Value, std::size_t Count>
+CLI::Option* AddChoice(CLI::App& app, const char* name, Value& value, const std::array<Choice<Value>, Count>& choices,
+                       const char* description) {
+    std::vector<std::string> words;
+    std::string type;
+    for (const auto& [word, meaning] : choices) {
+        words.emplace_back(word);
+        type += (type.empty() ? "" : "|") + words.back();
+    }
+    return app
+        .add_option_function<std::string>(
+            name,
+            [&value, choices, words](const std::string& text) {
+                const auto found = std::ranges::find(choices, std::string_view(text), &Choice<Value>::first);
+                Expect(found == choices.end() ? InQuotes(text) + " is none of " + JoinWords(words, "and") : "");
+                value = found->second;
+            },
+            description)
+        ->type_name(type);
+}
+
+CLI::Validator IsFile() { return CLI::Validator(CLI::ExistingFile).description(""); }
 
 void AddIncubatorOptions(CLI::App& app, Options& options) {
     app.add_option("--scenario", options.scenario, "A ready-made scenario, or a scenario file")
         ->transform(ScenarioFromAnywhere)
+        ->type_name("NAME|FILE")
         ->capture_default_str();
     app.add_option("--speed", options.speed, "How much faster the incubator's time runs")
         ->check(CLI::Range(1e-6, 1e6))
+        ->type_name("FACTOR")
         ->capture_default_str();
     app.add_option("--seed", options.seed, "Start of the random numbers; the same one repeats a run");
     app.add_option(
            "--fault", options.faults,
            "\"PATTERN; TRIGGER; EFFECT\", or a fault of the device such as \"freeze 9 0 for 30\"; may be repeated")
-        ->take_all();
+        ->take_all()
+        ->allow_extra_args(false)
+        ->type_name("RULE");
 }
 
 void AddServerOptions(CLI::App& app, Options& options) {
     app.add_option("--port", options.port, "UDP port on 127.0.0.1; 0 takes a free one and says which")
         ->check(CLI::Range(0, kLastPort))
+        ->type_name("PORT")
         ->capture_default_str();
     app.add_option_function<std::string>(
            "--for", [&](const std::string& text) { Expect(TakeDuration(text, options.forSeconds)); },
@@ -85,7 +146,8 @@ void AddServerOptions(CLI::App& app, Options& options) {
     app.add_flag("--quiet", options.quiet, "Shows no exchanges");
     app.add_option("--control-port", options.controlPort,
                    "TCP port on 127.0.0.1 for the remote control; 0 takes a free one")
-        ->check(CLI::Range(0, kLastPort));
+        ->check(CLI::Range(0, kLastPort))
+        ->type_name("PORT");
     app.add_flag("--control-input", options.controlInput, "Takes the remote control's requests from the standard input")
         ->configurable(false);
     app.add_option("server", options.serverWords,
@@ -103,6 +165,7 @@ auto AddressInto(ServerAddress& address) {
 
 void AddTranscriptOptions(CLI::App& app, Options& options) {
     app.add_option("--record", options.record, "Writes every exchange to this file, which must not be there yet")
+        ->type_name("FILE")
         ->transform(FromAnywhere);
     app.add_flag_callback(
         "--overwrite", [&] { options.recordMode = RecordMode::Overwrite; },
@@ -110,18 +173,21 @@ void AddTranscriptOptions(CLI::App& app, Options& options) {
     app.add_flag_callback(
         "--append", [&] { options.recordMode = RecordMode::Append; }, "With --record: behind what the file has");
     app.add_option("--replay", options.replay, "Answers from such a file")
-        ->check(CLI::ExistingFile)
+        ->check(IsFile())
+        ->type_name("FILE")
         ->transform(FromAnywhere);
-    app.add_option("--timing", options.timing,
-                   "With --replay: answers \"at-once\", or \"recorded\" as late as it was. With --check: commands as "
-                   "fast as they are answered, or with the pauses that they had")
-        ->transform(CLI::CheckedTransformer(std::map<std::string, ReplayTiming>{{"at-once", ReplayTiming::AtOnce},
-                                                                                {"recorded", ReplayTiming::Recorded}}));
-    app.add_option("--missing", options.missing,
-                   "With --replay: what a command gets that the file does not have: \"refuse\", \"silent\", or "
-                   "\"model\", the scenario's answer")
-        ->transform(CLI::CheckedTransformer(std::map<std::string, MissingReply>{
-            {"refuse", MissingReply::Refuse}, {"silent", MissingReply::Silent}, {"model", MissingReply::Model}}));
+    AddChoice(
+        app, "--timing", options.timing,
+        std::array{Choice<ReplayTiming>{"at-once", ReplayTiming::AtOnce},
+                   Choice<ReplayTiming>{"recorded", ReplayTiming::Recorded}},
+        "With --replay: when answers come. With --check: when commands are sent, at once or after the pauses that "
+        "they had");
+    AddChoice(app, "--missing", options.missing,
+              std::array{Choice<MissingReply>{"refuse", MissingReply::Refuse},
+                         Choice<MissingReply>{"silent", MissingReply::Silent},
+                         Choice<MissingReply>{"model", MissingReply::Model}},
+              "With --replay: what a command gets that the file does not have: result code 3, nothing, or the "
+              "scenario's answer");
     app.add_option_function<std::string>(
            "--proxy",
            [&, take = AddressInto(options.proxied)](const std::string& text) {
@@ -132,7 +198,8 @@ void AddTranscriptOptions(CLI::App& app, Options& options) {
         ->type_name("HOST:PORT");
     app.add_option("--start", options.startProgram,
                    "With --proxy: starts this server's program on that port first, unless it runs")
-        ->check(CLI::ExistingFile)
+        ->check(IsFile())
+        ->type_name("FILE")
         ->transform(FromAnywhere);
 }
 
@@ -143,11 +210,13 @@ void AddActions(CLI::App& app, Options& options) {
     app.add_flag("--commands", options.commands, "Shows every command that it knows, as the library sends it")
         ->configurable(false);
     app.add_option("--show", options.show, "Shows such a file to people")
-        ->check(CLI::ExistingFile)
+        ->check(IsFile())
+        ->type_name("FILE")
         ->configurable(false);
     app.add_option("--check", options.check,
                    "Sends such a file's commands to another server, and shows what that answers differently")
-        ->check(CLI::ExistingFile)
+        ->check(IsFile())
+        ->type_name("FILE")
         ->configurable(false);
     app.add_option_function<std::string>("--server", AddressInto(options.checked),
                                          "With --check: the server, 127.0.0.1:60000 when left out")
@@ -155,6 +224,7 @@ void AddActions(CLI::App& app, Options& options) {
         ->configurable(false);
     app.add_option("--tolerance", options.tolerance, "With --check: how much numbers may differ")
         ->check(CLI::NonNegativeNumber)
+        ->type_name("NUMBER")
         ->configurable(false);
     app.add_flag("--until-eof", options.untilEof, "Ends when its standard input does")->configurable(false);
     app.add_flag("--placeholder", options.placeholder, "Holds the port, without answers, until an emulator starts")
@@ -170,45 +240,12 @@ void AddActions(CLI::App& app, Options& options) {
     }
 }
 
-void AddCombinations(CLI::App& app) {
-    const std::vector<Combination> combinations{
-        {"--overwrite", {"--append"}, {"--record"}},
-        {"--append", {}, {"--record"}},
-        {"--replay", {"--fault", "--control-port", "--control-input", "--proxy", "--placeholder"}, {}},
-        {"--proxy",
-         {"--scenario", "--speed", "--missing", "--timing", "--control-port", "--control-input", "--placeholder"},
-         {}},
-        {"--start", {}, {"--proxy"}},
-        {"--missing", {}, {"--replay"}},
-        {"--placeholder",
-         {"--scenario", "--speed", "--seed", "--fault", "--record", "--control-port", "--control-input"},
-         {}},
-        {"--check",
-         {"--replay", "--proxy", "--record", "--placeholder", "--scenario", "--fault", "--speed", "--control-port"},
-         {}},
-        {"--show",
-         {"--replay", "--proxy", "--record", "--placeholder", "--scenario", "--fault", "--speed", "--check",
-          "--control-port"},
-         {}},
-        {"--server", {}, {"--check"}},
-        {"--tolerance", {}, {"--check"}},
-    };
-    for (const Combination& combination : combinations) {
-        CLI::Option* const option = app.get_option(combination.option);
-        for (const char* const excluded : combination.excluded) {
-            option->excludes(app.get_option(excluded));
-        }
-        for (const char* const needed : combination.needed) {
-            option->needs(app.get_option(needed));
-        }
-    }
-}
-
 void AddCtl(CLI::App& app, Options& options) {
     CLI::App* const ctl =
         app.add_subcommand("ctl", "Says a request to an emulator that runs: ctl state, ctl start freeze 9 0");
     ctl->add_option("--control-port", options.ctlPort, "Its remote control's TCP port")
         ->check(CLI::Range(1, kLastPort))
+        ->type_name("PORT")
         ->capture_default_str();
     ctl->footer("Requests:\n" + ControlHelp() + "Without one, each line of the standard input is a request.");
     ctl->prefix_command();
@@ -222,18 +259,36 @@ void AddCtl(CLI::App& app, Options& options) {
 }  // namespace
 
 void AddOptions(CLI::App& app, Options& options) {
+    app.option_defaults()->group("The incubator");
     AddIncubatorOptions(app, options);
+    app.option_defaults()->group("The server");
     AddServerOptions(app, options);
+    app.option_defaults()->group("Records and real servers");
     AddTranscriptOptions(app, options);
+    app.option_defaults()->group("Other things to do");
     AddActions(app, options);
-    AddCombinations(app);
+    app.option_defaults()->group("Options");
     AddCtl(app, options);
 }
 
 void CheckCombinations(const CLI::App& app, const Options& options) {
+    const auto isThere = [&app](std::string_view name) { return app.get_option(std::string(name))->count() > 0; };
+    for (const Combination& combination : Combinations()) {
+        if (!isThere(combination.option)) {
+            continue;
+        }
+        const auto found = std::ranges::find_if(combination.notWith, isThere);
+        if (found != combination.notWith.end()) {
+            throw std::runtime_error(std::string(combination.option) + " does not go with " + std::string(*found));
+        }
+        if (!combination.onlyWith.empty() && !isThere(combination.onlyWith)) {
+            throw std::runtime_error(std::string(combination.option) + " goes with " +
+                                     std::string(combination.onlyWith) + " alone");
+        }
+    }
     const bool usesScenario = options.replay.empty() || options.missing == MissingReply::Model;
     for (const char* const name : {"--scenario", "--speed", "--seed"}) {
-        if (!usesScenario && app.get_option(name)->count() > 0) {
+        if (!usesScenario && isThere(name)) {
             throw std::runtime_error(
                 std::string(name) +
                 " says nothing to --replay, which answers from the file alone; --missing model asks a scenario, too");
@@ -242,7 +297,7 @@ void CheckCombinations(const CLI::App& app, const Options& options) {
     if (!options.record.empty() && !options.replay.empty() && IsSameFile(options.record, options.replay)) {
         throw std::runtime_error(options.replay + " cannot be replayed and recorded at the same time");
     }
-    if (app.get_option("--timing")->count() > 0 && options.replay.empty() && options.check.empty()) {
+    if (isThere("--timing") && options.replay.empty() && options.check.empty()) {
         throw std::runtime_error("--timing goes with --replay or --check");
     }
     if (!options.install.empty() && !options.record.empty() && options.recordMode == RecordMode::Refuse) {
