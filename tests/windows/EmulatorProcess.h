@@ -5,6 +5,7 @@
 #include <string>
 
 #include "ChildProcess.h"
+#include "NativeEmulator.h"
 #include "ServerPort.h"
 #include "windows/LoadedLibrary.h"
 
@@ -18,21 +19,30 @@ class EmulatorProcess {
  public:
     explicit EmulatorProcess(const std::wstring& options) {
         ExpectFreeServerPort();
-        m_process.emplace(L"oko-control-emulator.exe", L"--quiet --until-eof " + options);
-        WaitUntil([this] { return HasThePort() || m_process->HasEnded(); });
+        const std::wstring all = L"--quiet --until-eof " + options;
+        if (NativeEmulator::LauncherPort() != 0) {
+            m_native.emplace(all);
+        } else {
+            m_process.emplace(L"oko-control-emulator.exe", all);
+        }
+        WaitUntil([this] { return HasThePort() || HasEnded(); });
         if (!HasThePort()) {
             // Not a mere failure: the library would wait for ever for a server that is not there.
-            throw std::runtime_error("the emulator has not come up: " + m_process->Output());
+            throw std::runtime_error("the emulator has not come up: " + Output());
         }
     }
 
     /// What it has shown so far.
-    std::string Output() const { return m_process->Output(); }
-    bool HasEnded() const { return m_process->HasEnded(); }
+    std::string Output() const { return m_native ? m_native->Output() : m_process->Output(); }
+    bool HasEnded() const { return m_native ? m_native->HasEnded() : m_process->HasEnded(); }
 
  private:
     /// By what it says: a test that tried the port itself could be in its way.
-    bool HasThePort() const { return m_process->HasWritten("answering on ") || m_process->HasWritten("holding port "); }
+    bool HasThePort() const {
+        const std::string output = Output();
+        return output.find("answering on ") != std::string::npos || output.find("holding port ") != std::string::npos;
+    }
 
-    std::optional<ChildProcess> m_process;
+    std::optional<ChildProcess> m_process;  // or
+    std::optional<NativeEmulator> m_native;
 };
