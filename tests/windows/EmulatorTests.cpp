@@ -279,4 +279,27 @@ TEST(EmulatorTests, InstalledCopy_FindsFilesThatWereNamedFromAnotherFolder) {
     std::filesystem::remove_all(folder);
 }
 
+TEST(EmulatorTests, SecondInstallation_TakesThePlaceOfTheFirst) {
+    const std::filesystem::path folder = ScratchFolder() + L"installed twice";
+    const auto hasOption = [&](const std::string& option) {
+        return ReadFile((folder / L"OKO-Control Emulator.ini").wstring()).find(option) != std::string::npos;
+    };
+    EXPECT_EQ(RunEmulator(L"--quiet --install \"" + folder.wstring() + L"\""), 0U);
+    EXPECT_TRUE(hasOption("quiet=true"));
+    EXPECT_EQ(RunEmulator(L"--speed 3 --install \"" + folder.wstring() + L"\""), 0U);
+    EXPECT_TRUE(hasOption("speed=3"));
+    EXPECT_FALSE(hasOption("quiet=true"));
+    EXPECT_EQ(RunEmulator(L"--uninstall"), 0U);
+    EXPECT_FALSE(std::filesystem::exists(folder / L"OKO-Control Emulator.exe"));
+    std::filesystem::remove_all(folder);
+}
+
+TEST(EmulatorTests, InstalledCopyThatRecords_MustBeToldWhatBecomesOfTheLastRecord) {
+    const std::wstring options =
+        L" --record \"" + ScratchFolder() + L"of a copy.txt\" --install \"" + ScratchFolder() + L"recording copy\"";
+    EXPECT_EQ(RunEmulator(options), 1U);
+    EXPECT_FALSE(std::filesystem::exists(ScratchFolder() + L"recording copy"));
+    EXPECT_NE(RunEmulator(L"--install \"\""), 0U);
+}
+
 }  // namespace

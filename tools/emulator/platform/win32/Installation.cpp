@@ -52,7 +52,9 @@ bool CanInstall() { return true; }
 void Install(const std::filesystem::path& folder, const std::string& displayName, const std::string& options) {
     const std::filesystem::path absolute = std::filesystem::absolute(folder);
     std::filesystem::create_directories(absolute);
-    std::filesystem::copy_file(ThisProgram(), absolute / kProgram, std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::remove(absolute /
+                            kProgram);  // copy_file of this run-time does not overwrite, though it may be told
+    std::filesystem::copy_file(ThisProgram(), absolute / kProgram);
     std::ofstream(absolute / kOptions) << options;
     WriteValue(L"DisplayName", std::wstring(displayName.begin(), displayName.end()));
     WriteValue(L"InstallLocation", absolute.wstring() + L"\\");
