@@ -10,6 +10,7 @@
 #include <boost/system/error_code.hpp>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -117,6 +118,7 @@ class Check::Impl : public std::enable_shared_from_this<Impl> {
     std::size_t m_current = 0;
     std::vector<std::string> m_got;  // for the present command
     Clock::time_point m_sent;
+    std::uint64_t m_nWait = 0;
     bool m_bWaiting = false;  // for replies
     bool m_bStopped = false;
 };
@@ -167,8 +169,9 @@ void Check::Impl::Send() {
 /// Calls `then` on the context, after the duration; what was waited for before is forgotten.
 void Check::Impl::Wait(Clock::duration duration, void (Impl::*then)()) {
     m_timer.expires_after(std::max(duration, Clock::duration::zero()));
-    m_timer.async_wait([self = shared_from_this(), then](const error_code& error) {
-        if (!self->m_bStopped && !error) {
+    // A timer that has expired already can no longer be cancelled: only its number tells that it was replaced.
+    m_timer.async_wait([self = shared_from_this(), then, number = ++m_nWait](const error_code& error) {
+        if (!self->m_bStopped && !error && number == self->m_nWait) {
             ((*self).*then)();
         }
     });
