@@ -16,6 +16,11 @@ TEST(WordsTests, Words_StandBetweenAnyBlanks) {
     EXPECT_TRUE(SplitWords(" \t").empty());
 }
 
+TEST(WordsTests, ControlCharactersInQuotes_CannotHideTheRestOfAMessage) {
+    EXPECT_EQ(InQuotes("plain \xC3\xA4"), "\"plain \xC3\xA4\"");
+    EXPECT_EQ(InQuotes(std::string_view("a\0b\r\x7F", 5)), "\"a\\x00b\\x0D\\x7F\"");
+}
+
 TEST(WordsTests, PlainNumbers_HaveNoExponent) {
     EXPECT_EQ(FormatPlain(1e9), "1000000000");
     EXPECT_EQ(FormatPlain(-0.001), "-0.001");

@@ -18,7 +18,19 @@ std::string JoinWords(const std::vector<std::string>& words, std::string_view la
     return joined;
 }
 
-std::string InQuotes(std::string_view text) { return "\"" + std::string(text) + "\""; }
+std::string InQuotes(std::string_view text) {
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    std::string quoted = "\"";
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= ' ' && c != '\x7F') {
+            quoted += c;
+        } else {
+            quoted.append("\\x").append(1, kDigits[byte >> 4U]).append(1, kDigits[byte & 0xFU]);
+        }
+    }
+    return quoted + "\"";
+}
 
 std::vector<std::string_view> SplitWords(std::string_view text) {
     std::vector<std::string_view> words;

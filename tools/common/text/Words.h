@@ -7,7 +7,8 @@
 /// "a, b or c", with that last word between the last two.
 std::string JoinWords(const std::vector<std::string>& words, std::string_view last);
 
-/// The text in double quotes.
+/// The text in double quotes, with its control characters as "\x0A": the rest of a message shall not be lost behind
+/// them.
 std::string InQuotes(std::string_view text);
 
 /// The words between blanks.
