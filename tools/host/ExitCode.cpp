@@ -7,5 +7,6 @@ const char* ExitCodesHelp() {
            "  2 target changed     6 the settings cannot be kept  10 not written    14 ended before it was done\n"
            "  3 not initialised    7 there is no screen           11 data missing   15 a file is not as it must be\n"
            "  16 a problem to put right    17 the page cannot be served\n"
+           "  check has meanings of its own for 1 (one failed) and 2 (nothing was checked).\n"
            "  100 and above: the command line is wrong.";
 }

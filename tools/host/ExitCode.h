@@ -3,8 +3,10 @@
 /// How this program ends. 100 and above: the command line is wrong.
 enum ExitCode {
     kExitDone = 0,
-    kExitBadTarget = 1,  // no such channel, a sensor, or refused
-    kExitClamped = 2,    // --strict: the device took another target than asked
+    kExitCheckFailed = 1,     // check: one failed, crashed or hung
+    kExitBadTarget = 1,       // no such channel, a sensor, or refused
+    kExitNothingChecked = 2,  // check
+    kExitClamped = 2,         // --strict: the device took another target than asked
     kExitInitFailed = 3,
     kExitNoLibrary = 4,
     kExitNoLanguage = 5,

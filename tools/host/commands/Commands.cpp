@@ -12,6 +12,7 @@ void AddCommands(CLI::App& app, CommandRun& run) {
     AddListCommand(app, run);
     AddReportCommand(app, run);
     AddDoctorCommand(app, run);
+    AddCheckCommand(app, run);
     AddTraceCommand(app, run);
     AddDialogCommands(app, run);
 }

@@ -10,6 +10,7 @@ void AddCommands(CLI::App& app, CommandRun& run);
 
 void AddDoctorCommand(CLI::App& app, CommandRun& run);
 void AddListCommand(CLI::App& app, CommandRun& run);
+void AddCheckCommand(CLI::App& app, CommandRun& run);
 void AddTraceCommand(CLI::App& app, CommandRun& run);
 void AddReportCommand(CLI::App& app, CommandRun& run);
 void AddMonitorCommand(CLI::App& app, CommandRun& run);

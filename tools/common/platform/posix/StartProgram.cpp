@@ -8,38 +8,19 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <string_view>
 #include <system_error>
-#include <utility>
 #include <vector>
 
+#include "platform/posix/BecomeProgram.h"
+#include "platform/posix/Descriptor.h"
 #include "text/Text.h"
 
 namespace {
-
-/// Closed with its owner.
-class Descriptor {
- public:
-    explicit Descriptor(int number) : m_number(number) {}
-    ~Descriptor() { Close(); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int Get() const { return m_number; }
-    void Close() {
-        if (m_number >= 0) {
-            close(std::exchange(m_number, -1));
-        }
-    }
-
- private:
-    int m_number;
-};
 
 /// The program's file; empty where there is none.
 std::filesystem::path FindProgram(const std::filesystem::path& program) {
@@ -59,28 +40,6 @@ std::filesystem::path FindProgram(const std::filesystem::path& program) {
     return {};
 }
 
-/// What the new process does between fork and exec: only calls that a child of a process with threads may make.
-[[noreturn]] void Become(const char* file, char* const* arguments, const char* folder, int input, int nowhere,
-                         int problem) {
-    constexpr int kProblem = 3;
-    setsid();  // Ctrl+C is meant for the caller alone
-    // The three first, then the way to tell a problem; the rest is closed.
-    if (dup2(input, STDIN_FILENO) >= 0 && dup2(nowhere, STDOUT_FILENO) >= 0 && dup2(nowhere, STDERR_FILENO) >= 0 &&
-        (problem == kProblem || dup2(problem, kProblem) >= 0) && fcntl(kProblem, F_SETFD, FD_CLOEXEC) == 0 &&
-        close_range(kProblem + 1, ~0U, 0) == 0 && chdir(folder) == 0) {
-        sigset_t none;
-        sigemptyset(&none);
-        sigprocmask(SIG_SETMASK, &none, nullptr);
-        for (const int number : {SIGINT, SIGTERM, SIGPIPE, SIGCHLD}) {
-            std::signal(number, SIG_DFL);
-        }
-        execv(file, arguments);
-    }
-    const int error = errno;
-    [[maybe_unused]] const ssize_t told = write(kProblem, &error, sizeof error);
-    _exit(127);
-}
-
 /// Through a process that ends at once: the program becomes an orphan, and its end leaves no zombie here.
 int Start(const char* file, char* const* arguments, const char* folder, int input, int nowhere) {
     std::array<int, 2> ends{};
@@ -96,7 +55,7 @@ int Start(const char* file, char* const* arguments, const char* folder, int inpu
     if (middle == 0) {
         const pid_t child = fork();
         if (child == 0) {
-            Become(file, arguments, folder, input, nowhere, write.Get());
+            BecomeProgram(file, arguments, folder, {input, nowhere, nowhere}, write.Get());
         }
         _exit(child < 0 ? errno : 0);
     }

@@ -1,0 +1,29 @@
+#include "platform/posix/BecomeProgram.h"
+
+#include <fcntl.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <initializer_list>
+
+void BecomeProgram(const char* file, char* const* arguments, const char* folder, const StandardFiles& files, int problem) {
+    constexpr int kProblem = 3;
+    setsid();
+    // The three first, then the way to tell a problem; the rest is closed.
+    if (dup2(files.input, STDIN_FILENO) >= 0 && dup2(files.output, STDOUT_FILENO) >= 0 &&
+        dup2(files.errors, STDERR_FILENO) >= 0 && (problem == kProblem || dup2(problem, kProblem) >= 0) &&
+        fcntl(kProblem, F_SETFD, FD_CLOEXEC) == 0 && close_range(kProblem + 1, ~0U, 0) == 0 && chdir(folder) == 0) {
+        sigset_t none;
+        sigemptyset(&none);
+        sigprocmask(SIG_SETMASK, &none, nullptr);
+        for (const int number : {SIGINT, SIGTERM, SIGPIPE, SIGCHLD}) {
+            std::signal(number, SIG_DFL);
+        }
+        execv(file, arguments);
+    }
+    const int error = errno;
+    [[maybe_unused]] const ssize_t told = write(kProblem, &error, sizeof error);
+    _exit(127);
+}

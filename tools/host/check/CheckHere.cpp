@@ -1,0 +1,49 @@
+// The process of one check.
+
+#include <exception>
+#include <string>
+
+#include "ExitCode.h"
+#include "check/Check.h"
+#include "check/CheckLines.h"
+#include "check/Checks.h"
+#include "check/Trial.h"
+#include "device/Library.h"
+#include "platform/BoxWatch.h"
+#include "platform/Crashes.h"
+#include "platform/Interrupt.h"
+
+namespace check {
+
+namespace {
+
+constexpr Check kLoad{"load", "-", Needs::Nothing, {}, [](Trial&) {}, "The library can be loaded."};
+
+}  // namespace
+
+int RunCheckHere(const CheckRequest& request, const std::string& name) {
+    CrashInSilence();
+    const Check* const check = name == kLoad.name ? &kLoad : FindCheck(name);
+    if (check == nullptr) {
+        SayCheckLine(word::kSkipped, "there is no such check");
+        return kExitDone;
+    }
+    try {
+        const BoxWatch boxes([](const std::string& box) { SayCheckLine(word::kBox, box); }, check->boxes);
+        Trial trial(request.library, *check, request.replyTimeoutSeconds);
+        check->run(trial);
+        trial.Finish();
+    } catch (const LibraryError& error) {
+        SayCheckLine(word::kUnusable, error.what());
+    } catch (const CheckSkipped& skipped) {
+        SayCheckLine(word::kSkipped, skipped.what());
+        EndNow(kExitDone);
+    } catch (const CheckFailed& failed) {
+        SayCheckLine(word::kFailed, failed.what());
+        EndNow(kExitDone);  // the library may be in any state
+    }
+    SayCheckLine(word::kPassed, {});
+    return kExitDone;
+}
+
+}  // namespace check
