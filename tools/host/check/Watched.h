@@ -54,6 +54,7 @@ class WatchedChannel {
     std::vector<std::pair<std::string, std::int32_t>> NullResults() const;
 
     CDevApiInterface_Temperature* AsTemperature() const;
+    const AnyChannel& Kind() const { return m_channel; }
     void* Address() const;
     std::uint32_t Index() const { return m_nIndex; }
     Trial& Owner() const { return *m_pTrial; }

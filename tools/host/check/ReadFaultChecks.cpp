@@ -1,9 +1,0 @@
-#include <span>
-
-#include "check/Check.h"
-
-namespace check {
-
-std::span<const Check> ReadFaultChecks() { return {}; }
-
-}  // namespace check
