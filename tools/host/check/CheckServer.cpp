@@ -1,7 +1,12 @@
 #include "check/CheckServer.h"
 
 #include <array>
-#include <boost/asio.hpp>
+#include <boost/asio/buffer.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/udp.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/system/error_code.hpp>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>

@@ -154,11 +154,14 @@ void KeepsItsValues(Trial& trial) {
     const WatchedDevice device = StartSimulator(trial);
     const std::vector<WatchedChannel> channels = device.Channels();
     device.Close();
+    std::vector<double> values;
     for (const WatchedChannel& channel : channels) {
-        const double value = Value(channel.CurrentName() + " after Close", channel.Current());
-        std::this_thread::sleep_for(kPause);
-        ExpectEqual(channel.CurrentName() + " after Close, once more", value,
-                    Value(channel.CurrentName(), channel.Current()));
+        values.push_back(Value(channel.CurrentName() + " after Close", channel.Current()));
+    }
+    std::this_thread::sleep_for(3 * kPause);
+    for (std::size_t i = 0; i < channels.size(); ++i) {
+        ExpectEqual(channels[i].CurrentName() + " after Close, once more", values[i],
+                    Value(channels[i].CurrentName(), channels[i].Current()));
     }
 }
 

@@ -185,7 +185,7 @@ void NoProducts(Trial& trial) {
 }
 
 void DefaultLimits(Trial& trial) {
-    for (const char* const effect : {"error none", "value nan", "empty", "no-separator", "value"}) {
+    for (const char* const effect : {"error none", "value nan", "empty", "no-separator"}) {
         const std::string rule = std::string("; always; ") + effect;
         const WatchedDevice device = Connect(trial, {"readmin*" + rule, "readmax*" + rule});
         ExpectDone("Init", device.Init());
@@ -251,10 +251,10 @@ void FailingProduct(Trial& trial) {
 
 void AbsentSensor(Trial& trial) {
     for (const char* const effect : {"value 0.0", "error no sensor", "value nan", "empty", "code 3"}) {
-        const WatchedDevice device = Connect(trial, {std::string("bl-param-read 9 107; always; ") + effect});
+        const WatchedDevice device = Connect(trial, {std::string("bl-param-read 9 132; always; ") + effect});
         ExpectDone("Init", device.Init());
         ExpectText(std::string("the live channels under \"") + effect + "\"",
-                   R"("H301-T", "Room", "Humidifier", "CO2", "O2" and "H301-HM-ACTIVE")", ChannelNames(device));
+                   R"("H301-T", "Base", "Humidifier", "CO2", "O2" and "H301-HM-ACTIVE")", ChannelNames(device));
     }
 }
 
@@ -280,7 +280,8 @@ constexpr std::array<Product, 11> kProducts{{
 void Products(Trial& trial) {
     for (const Product& product : kProducts) {
         trial.Scenario(product.scenario);
-        const WatchedDevice device = Connect(trial, {});
+        const WatchedDevice device(trial, oko::kRealDevice);
+        ExpectDone("ApplyConnection", device.ApplyConnection(L"m_iComPort 3"));
         ExpectDone("Init", device.Init());
         ExpectText(std::string("the live channels of ") + product.scenario, product.names, ChannelNames(device));
         for (const WatchedChannel& channel : device.Channels()) {
@@ -288,6 +289,8 @@ void Products(Trial& trial) {
             Expect(read.result == oko::kSuccess && read.value, channel.CurrentName() + " of " + product.scenario,
                    "0 and a number", ReadText(read));
         }
+        device.Close();
+        trial.Reload();  // one product set a life of the library, as on a desk
     }
 }
 
