@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -26,6 +27,9 @@ class PipedProcess {
     ~PipedProcess();
     PipedProcess(const PipedProcess&) = delete;
     PipedProcess& operator=(const PipedProcess&) = delete;
+
+    /// The system's number of it.
+    std::uint32_t Id() const;
 
     /// Writes to its standard input. What nobody reads any more is dropped.
     void Write(std::string_view text);

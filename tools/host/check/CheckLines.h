@@ -17,9 +17,9 @@ struct CheckLine {
 };
 
 namespace word {
+inline constexpr const char* kBegin = "begin";        // to the check's process: its time runs from here
 inline constexpr const char* kEnter = "enter";        // a call, before it is made
 inline constexpr const char* kLeave = "leave";        // it has come back
-inline constexpr const char* kBox = "box";            // a message box or dialog of the library stands
 inline constexpr const char* kAsk = "ask";            // something of the server: waits for a line on its standard input
 inline constexpr const char* kFailed = "failed";      // the verdict: what was expected and what came
 inline constexpr const char* kSkipped = "skipped";    // the verdict: why

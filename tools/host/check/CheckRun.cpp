@@ -24,8 +24,6 @@ void CheckWitness::Take(const CheckLine& line) {
     } else if (line.word == word::kLeave) {
         m_bInside = false;
         m_box.clear();
-    } else if (line.word == word::kBox) {
-        m_box = line.text;
     } else if (m_word.empty() && line.word != word::kAsk) {
         m_word = line.word;
         m_text = line.text;

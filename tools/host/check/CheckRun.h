@@ -30,11 +30,11 @@ class CheckWitness {
     /// Takes all but questions.
     void Take(const CheckLine& line);
 
+    /// A message box or dialog of the library stands.
+    void SeeBox(const std::string& box) { m_box = box; }
+
     /// `timeLimit` is told of one that hung.
     void Judge(const ProcessEnd& end, double timeLimit, CheckResult& result) const;
-
-    /// A verdict of its own has come, and nothing behind it counts.
-    bool HasFailed() const { return m_word == word::kFailed || m_word == word::kSkipped; }
 
  private:
     std::string m_call;  // the one last entered

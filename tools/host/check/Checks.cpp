@@ -3,13 +3,17 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <iterator>
+#include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -20,7 +24,7 @@
 #include "check/CheckRun.h"
 #include "check/CheckServer.h"
 #include "model/SystemFacts.h"
-#include "platform/BoxWatch.h"
+#include "platform/Boxes.h"
 #include "platform/DynamicLibrary.h"
 #include "platform/GrowingFile.h"
 #include "platform/Interrupt.h"
@@ -76,38 +80,94 @@ std::string WhyNot(Needs needs, const CheckRequest& request) {
 
 std::filesystem::path ThisProgram() { return ProgramFolder() / (HasWindows() ? "oko-host.exe" : "oko-host"); }
 
-/// Runs a check's process to its end, or to the end of its time.
-CheckResult RunProcess(const CheckRequest& request, CheckServer& server, CheckResult result) {
-    server.Begin({});
-    std::vector<std::string> arguments{"check-one", PathText(request.library), result.name};
-    if (request.replyTimeoutSeconds > 0.0) {
-        arguments.insert(arguments.end(), {"--reply-timeout", FormatShortest(request.replyTimeoutSeconds)});
-    }
-    const auto start = std::chrono::steady_clock::now();
-    const auto passed = [start] {
-        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    };
-    CheckWitness witness;
-    PipedProcess process(ThisProgram(), arguments);
-    CheckLineReader reader([&](const CheckLine& line) {
-        witness.Take(line);
-        if (line.word == word::kAsk) {
-            process.Write(AnswerTo(server, line.text));
-        }
-    });
-    const ProcessEnd end = process.Run([&](std::string_view piece) { reader.Take(piece); },
-                                       [&] { return passed() < request.timeLimitSeconds && !Interrupted(); });
-    witness.Judge(end, request.timeLimitSeconds, result);
-    result.seconds = passed();
-    return result;
-}
-
 CheckResult Described(const Check& check) {
     CheckResult result;
     result.name = check.name;
     result.device = check.device;
     result.holds = check.holds;
     return result;
+}
+
+/// Looks now and then for what the library shows to nobody.
+class BoxLook {
+ public:
+    BoxLook(std::uint32_t process, bool close) : m_nProcess(process), m_bClose(close) {}
+
+    void At(double seconds, CheckWitness& witness) {
+        constexpr double kPeriod = 0.1;
+        if (seconds >= m_dNext) {
+            m_dNext = seconds + kPeriod;
+            for (const std::string& box : BoxesOf(m_nProcess, m_bClose)) {
+                witness.SeeBox(box);
+            }
+        }
+    }
+
+ private:
+    std::uint32_t m_nProcess;
+    bool m_bClose;
+    double m_dNext = 0.0;
+};
+
+/// A check's process, which waits until it is told to begin: it comes up while an earlier one is at work.
+std::unique_ptr<PipedProcess> StartProcess(const CheckRequest& request, const Check& check) {
+    std::vector<std::string> arguments{"check-one", PathText(request.library), check.name};
+    if (request.replyTimeoutSeconds > 0.0) {
+        arguments.insert(arguments.end(), {"--reply-timeout", FormatShortest(request.replyTimeoutSeconds)});
+    }
+    return std::make_unique<PipedProcess>(ThisProgram(), arguments);
+}
+
+/// Lets a check's process begin, and follows it to its end, or to the end of its time.
+CheckResult RunProcess(const CheckRequest& request, CheckServer& server, const Check& check, PipedProcess& process) {
+    CheckResult result = Described(check);
+    server.Begin({});
+    const auto start = std::chrono::steady_clock::now();
+    const auto passed = [start] {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    };
+    CheckWitness witness;
+    BoxLook boxes(process.Id(), check.boxes);
+    CheckLineReader reader([&](const CheckLine& line) {
+        witness.Take(line);
+        if (line.word == word::kAsk) {
+            process.Write(AnswerTo(server, line.text));
+        }
+    });
+    process.Write(std::string(word::kBegin) + "\n");
+    const ProcessEnd end = process.Run([&](std::string_view piece) { reader.Take(piece); },
+                                       [&] {
+                                           boxes.At(passed(), witness);
+                                           return passed() < request.timeLimitSeconds && !Interrupted();
+                                       });
+    witness.Judge(end, request.timeLimitSeconds, result);
+    result.seconds = passed();
+    return result;
+}
+
+/// What comes of the checks, each handed to `onResult` as soon as it is there.
+void RunAll(const CheckRequest& request, CheckServer& server, const std::vector<const Check*>& checks,
+            const std::function<void(CheckResult)>& onResult) {
+    std::unique_ptr<PipedProcess> next;
+    const auto start = [&](std::size_t from) {
+        for (std::size_t i = from; i < checks.size() && !next; ++i) {
+            next = WhyNot(checks[i]->needs, request).empty() ? StartProcess(request, *checks[i]) : nullptr;
+        }
+    };
+    start(0);
+    for (std::size_t i = 0; i < checks.size() && !Interrupted(); ++i) {
+        CheckResult result = Described(*checks[i]);
+        result.reason = WhyNot(checks[i]->needs, request);
+        result.verdict = CheckVerdict::Skipped;
+        if (result.reason.empty()) {
+            const std::unique_ptr<PipedProcess> process = std::exchange(next, nullptr);
+            start(i + 1);
+            result = RunProcess(request, server, *checks[i], *process);
+        }
+        if (!Interrupted()) {
+            onResult(std::move(result));
+        }
+    }
 }
 
 void WriteJunit(const CheckRequest& request, const std::vector<CheckResult>& results) {
@@ -171,22 +231,15 @@ int RunChecks(const CheckRequest& request) {
         results.push_back(std::move(result));
     };
     // Before all: is it a library at all? What dies in being loaded is one that fails.
-    const CheckResult loaded =
-        RunProcess(request, *server, Described({kLoadOnly, "-", {}, {}, nullptr, "The library can be loaded."}));
+    constexpr Check kLoad{kLoadOnly, "-", {}, {}, nullptr, "The library can be loaded."};
+    const CheckResult loaded = RunProcess(request, *server, kLoad, *StartProcess(request, kLoad));
     if (loaded.verdict == CheckVerdict::Unusable) {
         return SayThatNothingWasChecked(loaded.reason);
     }
-    if (loaded.verdict != CheckVerdict::Passed) {
+    if (loaded.verdict == CheckVerdict::Passed) {
+        RunAll(request, *server, checks, add);
+    } else {
         add(loaded);
-    }
-    for (const Check* const check : checks) {
-        if (Interrupted()) {
-            break;
-        }
-        CheckResult result = Described(*check);
-        result.reason = loaded.verdict == CheckVerdict::Passed ? WhyNot(check->needs, request) : "it cannot be loaded";
-        result.verdict = CheckVerdict::Skipped;
-        add(result.reason.empty() ? RunProcess(request, *server, std::move(result)) : result);
     }
     return Tell(request, results);
 }

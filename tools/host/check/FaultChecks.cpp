@@ -83,7 +83,7 @@ void ReadUnderFault(Trial& trial, const std::vector<Row>& rows, ReadSlot read, N
     ExpectReads(rows, read, name, " after \"" + effect + "\"", false);
 }
 
-void ReadCurrent(Trial& trial) {
+void Read(Trial& trial) {
     const WatchedDevice device = StartIncubator(trial);
     const Fault& fault = trial.Which().fault;
     device.Gas(1).Current();  // whose echo is a foreign one later
@@ -93,12 +93,6 @@ void ReadCurrent(Trial& trial) {
                     {device.Gas(0), incubator::kCo2, fault.gas},
                     {device.Humidity(0), incubator::kHumidity, fault.humidity}},
                    &WatchedChannel::Current, &WatchedChannel::CurrentName, {"readcurval*", "bl-param-read*"});
-}
-
-void ReadTarget(Trial& trial) {
-    const WatchedDevice device = StartIncubator(trial);
-    const Fault& fault = trial.Which().fault;
-    device.Gas(1).Current();
     ReadUnderFault(trial,
                    {{device.Temperature(0), incubator::kZoneTarget, fault.temperature},
                     {device.Gas(0), incubator::kCo2Target, fault.gas},
@@ -213,54 +207,33 @@ constexpr const char* kLoose = "An echo that is nobody's is taken: a server may 
 constexpr const char* kForeignEcho = "echo readcurval 12(1)";
 constexpr const char* kLooseEcho = "echo readcurval 99(9)";
 
-constexpr std::array<Check, 40> kReadFaultChecks{{
-    {"read-current/code-1", "incubator", Needs::Nothing, Alike("code 1", kTaken), ReadCurrent, kLoggedAndTaken},
-    {"read-current/code-2", "incubator", Needs::Nothing, Alike("code 2", kTaken), ReadCurrent, kLoggedAndTaken},
-    {"read-current/code-3", "incubator", Needs::Nothing, Alike("code 3", kFailed), ReadCurrent, kRefused},
-    {"read-current/code-4", "incubator", Needs::Nothing, Alike("code 4", kKept), ReadCurrent, kOtherCode},
-    {"read-current/error", "incubator", Needs::Nothing, Alike("error no sensor", kFailed), ReadCurrent, kErrorText},
-    {"read-current/nan", "incubator", Needs::Nothing, {"value nan", kFailed, kKept, kKept}, ReadCurrent, kNotANumber},
-    {"read-current/infinite", "incubator", Needs::Nothing, Alike("value inf", kKept), ReadCurrent, kNotFinite},
-    {"read-current/no-payload", "incubator", Needs::Nothing, Alike("value", kKept), ReadCurrent, kNothing},
-    {"read-current/empty", "incubator", Needs::Nothing, Alike("empty", kFailed), ReadCurrent, kEmpty},
-    {"read-current/long", "incubator", Needs::Nothing, Alike("long 200", kFailed), ReadCurrent, kLong},
-    {"read-current/truncate", "incubator", Needs::Nothing, Alike("truncate 5", kKept), ReadCurrent, kTruncated},
-    {"read-current/garbage", "incubator", Needs::Nothing, Alike("garbage 30", kEither), ReadCurrent, kGarbage},
-    {"read-current/no-separator", "incubator", Needs::Nothing, Alike("no-separator", kKept), ReadCurrent, kNoSeparator},
-    {"read-current/no-return", "incubator", Needs::Nothing, Alike("no-return", kKept), ReadCurrent, kNoReturn},
-    {"read-current/late", "incubator", Needs::Nothing, Alike("late 30", kTaken), ReadCurrent, kLate},
-    {"read-current/twice", "incubator", Needs::Nothing, Alike("twice", kTaken), ReadCurrent, kTwice},
-    {"read-current/silent", "incubator", Needs::ReplyTimeout, Alike("silent", kFailed), ReadCurrent, kSilent},
-    {"read-current/foreign-echo", "incubator", Needs::ReplyTimeout, Alike(kForeignEcho, kFailed), ReadCurrent,
-     kForeign},
-    {"read-current/loose-echo", "incubator", Needs::Nothing, Alike(kLooseEcho, kTaken), ReadCurrent, kLoose},
-    {"read-current/late-for-another",
+constexpr std::array<Check, 21> kReadFaultChecks{{
+    {"read/code-1", "incubator", Needs::Nothing, Alike("code 1", kTaken), Read, kLoggedAndTaken},
+    {"read/code-2", "incubator", Needs::Nothing, Alike("code 2", kTaken), Read, kLoggedAndTaken},
+    {"read/code-3", "incubator", Needs::Nothing, Alike("code 3", kFailed), Read, kRefused},
+    {"read/code-4", "incubator", Needs::Nothing, Alike("code 4", kKept), Read, kOtherCode},
+    {"read/error", "incubator", Needs::Nothing, Alike("error no sensor", kFailed), Read, kErrorText},
+    {"read/nan", "incubator", Needs::Nothing, {"value nan", kFailed, kKept, kKept}, Read, kNotANumber},
+    {"read/infinite", "incubator", Needs::Nothing, Alike("value inf", kKept), Read, kNotFinite},
+    {"read/no-payload", "incubator", Needs::Nothing, Alike("value", kKept), Read, kNothing},
+    {"read/empty", "incubator", Needs::Nothing, Alike("empty", kFailed), Read, kEmpty},
+    {"read/long", "incubator", Needs::Nothing, Alike("long 200", kFailed), Read, kLong},
+    {"read/truncate", "incubator", Needs::Nothing, Alike("truncate 5", kKept), Read, kTruncated},
+    {"read/garbage", "incubator", Needs::Nothing, Alike("garbage 30", kEither), Read, kGarbage},
+    {"read/no-separator", "incubator", Needs::Nothing, Alike("no-separator", kKept), Read, kNoSeparator},
+    {"read/no-return", "incubator", Needs::Nothing, Alike("no-return", kKept), Read, kNoReturn},
+    {"read/late", "incubator", Needs::Nothing, Alike("late 30", kTaken), Read, kLate},
+    {"read/twice", "incubator", Needs::Nothing, Alike("twice", kTaken), Read, kTwice},
+    {"read/silent", "incubator", Needs::ReplyTimeout, Alike("silent", kFailed), Read, kSilent},
+    {"read/foreign-echo", "incubator", Needs::ReplyTimeout, Alike(kForeignEcho, kFailed), Read, kForeign},
+    {"read/loose-echo", "incubator", Needs::Nothing, Alike(kLooseEcho, kTaken), Read, kLoose},
+    {"read/late-for-another",
      "incubator",
      Needs::ReplyTimeout,
      {},
      LateForAnother,
      "The late reply to an earlier command is never taken for a later one's."},
-    {"read-current/first-token", "incubator", Needs::Nothing, {}, FirstToken, "A value ends at the first blank."},
-
-    {"read-target/code-1", "incubator", Needs::Nothing, Alike("code 1", kTaken), ReadTarget, kLoggedAndTaken},
-    {"read-target/code-2", "incubator", Needs::Nothing, Alike("code 2", kTaken), ReadTarget, kLoggedAndTaken},
-    {"read-target/code-3", "incubator", Needs::Nothing, Alike("code 3", kFailed), ReadTarget, kRefused},
-    {"read-target/code-4", "incubator", Needs::Nothing, Alike("code 4", kKept), ReadTarget, kOtherCode},
-    {"read-target/error", "incubator", Needs::Nothing, Alike("error no device", kFailed), ReadTarget, kErrorText},
-    {"read-target/nan", "incubator", Needs::Nothing, {"value nan", kFailed, kKept, kKept}, ReadTarget, kNotANumber},
-    {"read-target/infinite", "incubator", Needs::Nothing, Alike("value inf", kKept), ReadTarget, kNotFinite},
-    {"read-target/no-payload", "incubator", Needs::Nothing, Alike("value", kKept), ReadTarget, kNothing},
-    {"read-target/empty", "incubator", Needs::Nothing, Alike("empty", kFailed), ReadTarget, kEmpty},
-    {"read-target/long", "incubator", Needs::Nothing, Alike("long 200", kFailed), ReadTarget, kLong},
-    {"read-target/truncate", "incubator", Needs::Nothing, Alike("truncate 5", kKept), ReadTarget, kTruncated},
-    {"read-target/garbage", "incubator", Needs::Nothing, Alike("garbage 30", kEither), ReadTarget, kGarbage},
-    {"read-target/no-separator", "incubator", Needs::Nothing, Alike("no-separator", kKept), ReadTarget, kNoSeparator},
-    {"read-target/no-return", "incubator", Needs::Nothing, Alike("no-return", kKept), ReadTarget, kNoReturn},
-    {"read-target/late", "incubator", Needs::Nothing, Alike("late 30", kTaken), ReadTarget, kLate},
-    {"read-target/twice", "incubator", Needs::Nothing, Alike("twice", kTaken), ReadTarget, kTwice},
-    {"read-target/silent", "incubator", Needs::ReplyTimeout, Alike("silent", kFailed), ReadTarget, kSilent},
-    {"read-target/foreign-echo", "incubator", Needs::ReplyTimeout, Alike(kForeignEcho, kFailed), ReadTarget, kForeign},
-    {"read-target/loose-echo", "incubator", Needs::Nothing, Alike(kLooseEcho, kTaken), ReadTarget, kLoose},
+    {"read/first-token", "incubator", Needs::Nothing, {}, FirstToken, "A value ends at the first blank."},
 }};
 
 constexpr const char* kCodeAlone = "Of the reply to a new target only its code counts, and it is sent once.";

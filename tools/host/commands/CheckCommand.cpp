@@ -29,7 +29,7 @@ void AddReplyTimeout(CLI::App& command, check::CheckRequest& request) {
 constexpr const char* kCheckFooter =
     "Examples:\n"
     "  oko-host check OkoLabBoldLine.dll\n"
-    "  oko-host check OkoLabBoldLine.dll --only 'read-*/code-*' --only channel/names\n"
+    "  oko-host check OkoLabBoldLine.dll --only read/* --only channel/names\n"
     "  oko-host check OkoLabBoldLine.dll --junit check.xml\n"
     "\n"
     "Each check runs in a process of its own, against an emulated server in this one, which needs UDP port 60000 of\n"

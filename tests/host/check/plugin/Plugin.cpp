@@ -104,7 +104,8 @@ class Channel : public Interface {
         return Truth("HasFeature", [&] { return m_pInner->HasFeature(feature); });
     }
     void* DeletingDestructor(unsigned flags) override {
-        const bool deleted = Truth("DeletingDestructor", [&] { return m_pInner->DeletingDestructor(flags) != nullptr; });
+        const bool deleted =
+            Truth("DeletingDestructor", [&] { return m_pInner->DeletingDestructor(flags) != nullptr; });
         return deleted ? this : nullptr;
     }
 
@@ -151,8 +152,7 @@ class Gas final : public Channel<CDevApiInterface_GasConcentration> {
         return Writes("GetTargetGasConcentration", value, [&] { return m_pInner->GetTargetGasConcentration(value); });
     }
     std::int32_t GetCurrentGasConcentration(double* value) override {
-        return Writes("GetCurrentGasConcentration", value,
-                      [&] { return m_pInner->GetCurrentGasConcentration(value); });
+        return Writes("GetCurrentGasConcentration", value, [&] { return m_pInner->GetCurrentGasConcentration(value); });
     }
     std::int32_t GetGasConcentrationState(std::uint32_t* state) override {
         return Writes("GetGasConcentrationState", state, [&] { return m_pInner->GetGasConcentrationState(state); });
@@ -293,8 +293,8 @@ Loaded g_loaded;
 }  // namespace
 
 std::int32_t LibQueryPhysDevice(std::uint32_t index, void* reserved, char* type, std::int32_t typeSize, char* name,
-                                std::int32_t nameSize, wchar_t* wideName, std::int32_t wideNameSize,
-                                wchar_t* wideName2, std::int32_t wideName2Size) {
+                                std::int32_t nameSize, wchar_t* wideName, std::int32_t wideNameSize, wchar_t* wideName2,
+                                std::int32_t wideName2Size) {
     constexpr const char* kSlot = "LibQueryPhysDevice";
     const std::int32_t result = Through(kSlot, [&] {
         return RealQueryPhysDevice(index, reserved, type, typeSize, name, nameSize, wideName, wideNameSize, wideName2,

@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -152,6 +153,8 @@ PipedProcess::~PipedProcess() {
         m_pImpl->End();
     }
 }
+
+std::uint32_t PipedProcess::Id() const { return static_cast<std::uint32_t>(m_pImpl->process); }
 
 void PipedProcess::Write(std::string_view text) {
     // A reader that is gone is no reason to end: the caller has SIGPIPE ignored or gets it here.

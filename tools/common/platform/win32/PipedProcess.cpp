@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
@@ -149,6 +150,8 @@ PipedProcess::PipedProcess(const std::filesystem::path& program, const std::vect
 }
 
 PipedProcess::~PipedProcess() { m_pImpl->End(); }
+
+std::uint32_t PipedProcess::Id() const { return GetProcessId(m_pImpl->process.Get()); }
 
 void PipedProcess::Write(std::string_view text) {
     DWORD written = 0;
