@@ -27,6 +27,9 @@ inline constexpr const char* kPassed = "passed";      // the verdict
 inline constexpr const char* kUnusable = "unusable";  // no library to check
 }  // namespace word
 
+/// What is entered to load the library.
+inline constexpr const char* kLoadCall = "LoadLibrary()";
+
 /// The line for it, with a line end before it, too: what the library prints may have none.
 std::string FormatCheckLine(std::string_view word, std::string_view text);
 

@@ -39,8 +39,6 @@ namespace check {
 
 namespace {
 
-constexpr const char* kLoadOnly = "load";
-
 int SayThatNothingWasChecked(const std::string& why) {
     std::cerr << "oko-host: nothing was checked: " << why << "\n";
     return kExitNothingChecked;
@@ -145,9 +143,9 @@ CheckResult RunProcess(const CheckRequest& request, CheckServer& server, const C
     return result;
 }
 
-/// What comes of the checks, each handed to `onResult` as soon as it is there.
+/// What comes of the checks, each handed to `onResult` as soon as it is there, until that gives false.
 void RunAll(const CheckRequest& request, CheckServer& server, const std::vector<const Check*>& checks,
-            const std::function<void(CheckResult)>& onResult) {
+            const std::function<bool(CheckResult)>& onResult) {
     std::unique_ptr<PipedProcess> next;
     const auto start = [&](std::size_t from) {
         for (std::size_t i = from; i < checks.size() && !next; ++i) {
@@ -155,7 +153,7 @@ void RunAll(const CheckRequest& request, CheckServer& server, const std::vector<
         }
     };
     start(0);
-    for (std::size_t i = 0; i < checks.size() && !Interrupted(); ++i) {
+    for (std::size_t i = 0; i < checks.size(); ++i) {
         CheckResult result = Described(*checks[i]);
         result.reason = WhyNot(checks[i]->needs, request);
         result.verdict = CheckVerdict::Skipped;
@@ -164,8 +162,8 @@ void RunAll(const CheckRequest& request, CheckServer& server, const std::vector<
             start(i + 1);
             result = RunProcess(request, server, *checks[i], *process);
         }
-        if (!Interrupted()) {
-            onResult(std::move(result));
+        if (Interrupted() || !onResult(std::move(result))) {
+            return;
         }
     }
 }
@@ -230,18 +228,18 @@ int RunChecks(const CheckRequest& request) {
         }
         results.push_back(std::move(result));
     };
-    // Before all: is it a library at all? What dies in being loaded is one that fails.
-    constexpr Check kLoad{kLoadOnly, "-", {}, {}, nullptr, "The library can be loaded."};
-    const CheckResult loaded = RunProcess(request, *server, kLoad, *StartProcess(request, kLoad));
-    if (loaded.verdict == CheckVerdict::Unusable) {
-        return SayThatNothingWasChecked(loaded.reason);
-    }
-    if (loaded.verdict == CheckVerdict::Passed) {
-        RunAll(request, *server, checks, add);
-    } else {
-        add(loaded);
-    }
-    return Tell(request, results);
+    std::string unusable;
+    RunAll(request, *server, checks, [&](CheckResult result) {
+        if (result.verdict == CheckVerdict::Unusable) {
+            unusable = result.reason;
+            return false;
+        }
+        const bool died = result.verdict == CheckVerdict::Crashed || result.verdict == CheckVerdict::Hung;
+        const bool loads = !died || result.call != kLoadCall;
+        add(std::move(result));
+        return loads;  // each of the others would come to the same, and a hang takes its time
+    });
+    return unusable.empty() ? Tell(request, results) : SayThatNothingWasChecked(unusable);
 }
 
 int ListChecks(const CheckRequest& request) {

@@ -81,7 +81,7 @@ void Trial::Finish() {
 }
 
 void Trial::Load() {
-    Begin("LoadLibrary()");
+    Begin(kLoadCall);
     m_pLibrary = std::make_unique<DynamicLibrary>(m_file);
     End();
     m_queryPhysDevice = reinterpret_cast<oko::LibQueryPhysDeviceFunction>(m_pLibrary->Find("LibQueryPhysDevice"));

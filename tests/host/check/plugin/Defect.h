@@ -12,14 +12,18 @@
 ///       skip                         it does nothing and says that all went well
 ///       off                          it writes a number that is a little wrong
 ///       spoil                        it writes also where it fails
+///       fill                         it writes the same number always
 ///       chatter                      it asks the server something besides
-///       mark                         it writes where it must not
-///   send PATTERN ACTION    "send connect 12 0 drop"; drop, twice, or "as TEXT" for another command
-///   receive PATTERN ACTION the reply to such a command, "receive readcurval* loose":
+///       mark                         it writes, or calls, where it must not
+///       anew                         it gives another object each time
+///       drop                         of "callback": nobody is told
+///   send PATTERN; ACTION   "send connect 12 0; drop": drop, twice, or "as TEXT" for another command
+///   receive PATTERN; ACTION the reply to such a command, "receive readcurval*; loose":
 ///       loose (any echo will do), long (the beginning of one that is too long will do), mend (an end is added),
 ///       ok (its code becomes 0), plain (no marks of errors), filled (an empty one becomes 0), or "as TEXT"
-///   twice                  an answer that waits is taken for the next command's
-///   leak                   each link leaves something open
+///   stale                  an answer that waits is taken for the next command's
+///   leak                   each link and each Init leave something open
+///   patient                it waits for ever for a silent server
 struct Defect {
     std::string where;    // the slot, or "send", "receive", ...
     std::string pattern;  // of the command

@@ -23,12 +23,11 @@ std::string g_command;  // that was sent last
 bool g_bDropped = false;
 
 /// What a library that does not look closely takes a reply for.
-std::string Careless(std::string reply, const Defect& defect) {
+std::string Careless(std::string reply, std::string_view action, const std::string& text) {
     const std::size_t first = reply.find('_');
     const std::size_t second = first == std::string::npos ? first : reply.find('_', first + 1);
-    const std::string& action = defect.action;
     if (action == "as") {
-        return defect.text + "\r";
+        return text + "\r";
     }
     if (action == "loose" && second != std::string::npos) {
         return reply.substr(0, first + 1) + g_command + reply.substr(second);
@@ -112,9 +111,10 @@ Received UdpSocket::Receive(char* bytes, int capacity) noexcept {
     }
     std::string reply(buffer.data(), static_cast<std::size_t>(length));
     const Defect& defect = TheDefect();
-    const bool careless = defect.where == "receive" && FitsCommand(g_command, defect.pattern);
+    const bool stale = defect.where == "stale";
+    const bool careless = stale || (defect.where == "receive" && FitsCommand(g_command, defect.pattern));
     if (careless) {
-        reply = Careless(std::move(reply), defect);
+        reply = Careless(std::move(reply), stale ? "loose" : defect.action, defect.text);
     }
     if (careless && defect.action == "long" && reply.size() > static_cast<std::size_t>(capacity)) {
         reply.resize(static_cast<std::size_t>(capacity));

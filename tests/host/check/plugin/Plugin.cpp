@@ -1,5 +1,7 @@
 // The library's own logic as a plug-in of this system, and around it whatever OKO_DEFECT says is wrong with it.
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -190,6 +192,9 @@ class Device final : public CDevApiInterface {
 
     std::int32_t Init(oko::HostCallbackFunction callback, void* hostData) override {
         g_callback = callback;
+        if (TheDefect().where == "leak") {
+            [[maybe_unused]] const int forgotten = dup(STDERR_FILENO);
+        }
         if (callback == nullptr && Is("Init", "mark")) {
             callback(oko::kCallbackLog, L"of nobody");
         }
@@ -271,7 +276,8 @@ class Device final : public CDevApiInterface {
 struct Loaded {
     Loaded() {
         Suffer("load");
-        if (const char* const milliseconds = std::getenv("OKO_CHECK_REPLY_TIMEOUT")) {
+        const char* const milliseconds = std::getenv("OKO_CHECK_REPLY_TIMEOUT");
+        if (milliseconds != nullptr && TheDefect().where != "patient") {
             platform.registry.Set(L"Software\\Vellmark\\Misc", L"ReplyTimeout",
                                   RegistryValue::Dword(static_cast<std::uint32_t>(std::atoi(milliseconds))));
         }

@@ -31,6 +31,7 @@
 namespace {
 
 constexpr int kPollMs = 20;
+constexpr int kEndPollMs = 1;  // once it has closed its output, which it mostly does by ending
 
 struct Pipe {
     Descriptor read;
@@ -180,7 +181,7 @@ ProcessEnd PipedProcess::Run(const std::function<void(std::string_view)>& onOutp
             return {ProcessEnd::Kind::Killed, 0, {}};
         }
         pollfd wanted{open ? m_pImpl->output.Get() : -1, POLLIN, 0};
-        poll(&wanted, 1, kPollMs);
+        poll(&wanted, 1, open ? kPollMs : kEndPollMs);
         if ((wanted.revents & POLLIN) != 0) {
             m_pImpl->Take(onOutput);
         } else if (wanted.revents != 0) {

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/PipedProcess.h"
+
+/// A value of the environment while the object lives.
+class Environment {
+ public:
+    Environment(const char* name, const std::string& value) : m_name(name) {
+        if (const char* const before = std::getenv(name)) {
+            m_before = before;
+        }
+        setenv(name, value.c_str(), 1);
+    }
+    ~Environment() {
+        if (m_before) {
+            setenv(m_name, m_before->c_str(), 1);
+        } else {
+            unsetenv(m_name);
+        }
+    }
+    Environment(const Environment&) = delete;
+    Environment& operator=(const Environment&) = delete;
+
+ private:
+    const char* m_name;
+    std::optional<std::string> m_before;
+};
+
+inline std::filesystem::path CheckPlugin() { return std::filesystem::path(OKO_PROGRAMS) / "oko-check-plugin.so"; }
+
+/// One run of oko-host to its end. `defect`: what is wrong with the plug-in.
+struct CheckRun {
+    explicit CheckRun(const std::vector<std::string>& arguments, const std::string& defect = {}) {
+        const Environment wrong("OKO_DEFECT", defect);
+        const Environment timeout("OKO_CHECK_REPLY_TIMEOUT", "150");
+        PipedProcess process(std::filesystem::path(OKO_PROGRAMS) / "oko-host", arguments);
+        exitCode = process.Run([this](std::string_view piece) { output += piece; }, [] { return true; }).exitCode;
+    }
+
+    int exitCode = -1;
+    std::string output;
+};
+
+/// "check PLUGIN --reply-timeout 150ms" and what else is asked for.
+inline std::vector<std::string> CheckArguments(const std::vector<std::string>& more) {
+    std::vector<std::string> arguments{"check", CheckPlugin().string(), "--reply-timeout", "150ms"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return arguments;
+}
