@@ -28,9 +28,10 @@ std::string Complaint(std::string_view json) {
 }
 
 TEST(ScenarioTests, ReadyOnes_AreThereAndAnswer) {
-    for (const char* const name : {"full-incubator", "failing-sensor", "simulator-default", "door-open", "bad-day",
-                                   "product-7", "product-8", "product-9", "product-10", "product-11", "product-12",
-                                   "product-13", "product-14", "product-15", "product-16", "product-17"}) {
+    for (const char* const name :
+         {"full-incubator", "failing-sensor", "still-values", "simulator-default", "door-open", "bad-day", "product-7",
+          "product-8", "product-9", "product-10", "product-11", "product-12", "product-13", "product-14", "product-15",
+          "product-16", "product-17"}) {
         ASSERT_TRUE(ReadyScenarios().contains(name)) << name;
     }
     for (const auto& [name, json] : ReadyScenarios()) {

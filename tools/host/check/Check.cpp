@@ -1,13 +1,13 @@
 #include "check/Check.h"
 
 #include <algorithm>
-#include <array>
+#include <iterator>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "faults/Faults.h"
+#include "faults/Pattern.h"
 
 namespace check {
 

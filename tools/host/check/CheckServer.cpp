@@ -1,64 +1,42 @@
 #include "check/CheckServer.h"
 
-#include <array>
-#include <boost/asio/buffer.hpp>
 #include <boost/asio/io_context.hpp>
-#include <boost/asio/ip/udp.hpp>
 #include <boost/asio/post.hpp>
-#include <boost/asio/steady_timer.hpp>
-#include <boost/system/error_code.hpp>
 #include <chrono>
-#include <cstddef>
-#include <cstdint>
 #include <functional>
 #include <future>
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
 
 #include "check/Incubator.h"
-#include "faults/Faults.h"
-#include "incubator/Incubator.h"
-#include "incubator/Scenario.h"
-#include "protocol/Answer.h"
-#include "protocol/Command.h"
+#include "net/UdpServer.h"
+#include "server/EmulatedServer.h"
 
 namespace check {
 
 namespace {
 
 namespace asio = boost::asio;
-using Udp = asio::ip::udp;
 
-constexpr std::uint16_t kPort = 60000;
+constexpr int kPort = 60000;
 constexpr unsigned kSeed = 1;  // the same run each time
-constexpr std::size_t kLongestDatagram = 65'536;
-
-emulator::Scenario LoadFor(const std::string& name) {
-    return name.empty() ? emulator::ParseScenario(incubator::kScenario, "the checks' incubator")
-                        : emulator::LoadScenario(name);
-}
+constexpr const char* kOrigin = "the check";
 
 }  // namespace
 
 /// All but the calls from outside happens on the one thread.
 struct CheckServer::Impl {
-    Impl() : socket(context) {
-        boost::system::error_code error;
-        const Udp::endpoint place(asio::ip::address_v4::loopback(), kPort);
-        socket.open(Udp::v4());
-        socket.bind(place, error);
-        if (error) {
-            throw CheckServerError("port " + std::to_string(kPort) +
-                                   " cannot be had, and the library knows no other: " + error.message() +
-                                   "; is a server or an emulator running?");
-        }
+    Impl() : udp(context, [this](const std::string& command) { return Answer(command); }) {
         Begin({});
-        Receive();
+        try {
+            udp.Open(kPort);
+        } catch (const emulator::PortError& error) {
+            throw CheckServerError(std::string(error.what()) + ", and the library knows no other port");
+        }
         thread = std::thread([this] { context.run(); });
     }
     ~Impl() {
@@ -77,71 +55,31 @@ struct CheckServer::Impl {
     }
 
     void Begin(const std::string& scenario) {
-        ++run;
-        incubator.emplace(LoadFor(scenario), kSeed);
-        SetRules({});
+        start = std::chrono::steady_clock::now();
+        server.emplace(scenario.empty() ? incubator::kScenario : scenario, kSeed, [](const std::string&) {});
         commands.clear();
-        last = std::chrono::steady_clock::now();
     }
 
-    void SetRules(const std::vector<std::string>& texts) {
-        std::vector<emulator::FaultRule> rules;
-        for (const std::string& text : texts) {
-            rules.push_back(emulator::ParseFaultRule(text));
+    void SetRules(const std::vector<std::string>& rules) {
+        server->StopAll(kOrigin);
+        for (const std::string& rule : rules) {
+            server->Start(rule, kOrigin, Now());
         }
-        faults.emplace(std::move(rules), kSeed, [](const emulator::FaultRule&, std::string_view) {});
     }
 
-    void Receive() {
-        socket.async_receive_from(asio::buffer(buffer), peer,
-                                  [this](boost::system::error_code error, std::size_t size) {
-                                      // On Windows a receive tells that an earlier reply found nobody any more, which
-                                      // is no trouble of ours.
-                                      if (!error) {
-                                          Answer(std::string(buffer.data(), size));
-                                      }
-                                      if (error != asio::error::operation_aborted) {
-                                          Receive();
-                                      }
-                                  });
-    }
-
-    void Answer(const std::string& command) {
+    emulator::Transmission Answer(const std::string& command) {
         commands.push_back(command);
-        const auto now = std::chrono::steady_clock::now();
-        incubator->Advance(std::chrono::duration<double>(now - last).count());
-        last = now;
-        const emulator::Answer answer = incubator->Execute(emulator::ParseCommand(command));
-        const emulator::Transmission transmission = faults->Apply(command, answer, 0.0);
-        if (transmission.delayMs == 0) {
-            Send(transmission.datagrams, peer);
-            return;
-        }
-        const auto timer =
-            std::make_shared<asio::steady_timer>(context, std::chrono::milliseconds(transmission.delayMs));
-        timer->async_wait([this, timer, transmission, to = peer, of = run](boost::system::error_code) {
-            if (of == run) {
-                Send(transmission.datagrams, to);
-            }
-        });
+        return server->Answer(command, Now());
     }
 
-    void Send(const std::vector<std::string>& datagrams, const Udp::endpoint& to) {
-        for (const std::string& datagram : datagrams) {
-            boost::system::error_code ignored;  // whoever asked may be gone
-            socket.send_to(asio::buffer(datagram), to, 0, ignored);
-        }
-    }
+    /// Since the incubator's start, s.
+    double Now() const { return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(); }
 
     asio::io_context context{1};
-    Udp::socket socket;
-    Udp::endpoint peer;
-    std::array<char, kLongestDatagram> buffer{};
-    std::optional<emulator::Incubator> incubator;
-    std::optional<emulator::Faults> faults;
-    std::chrono::steady_clock::time_point last;
+    std::chrono::steady_clock::time_point start;
+    std::optional<emulator::EmulatedServer> server;
     std::vector<std::string> commands;
-    int run = 0;
+    emulator::UdpServer udp;
     std::thread thread;
 };
 

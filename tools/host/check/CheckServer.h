@@ -23,7 +23,7 @@ class CheckServer {
     CheckServer& operator=(const CheckServer&) = delete;
 
     /// A new incubator without rules, to which nobody has spoken. The name of a ready scenario; without one it is the
-    /// incubator of check/Incubator.h, whose values stand still.
+    /// incubator of check/Incubator.h.
     void Begin(const std::string& scenario);
 
     /// From now on these rules, "readcurval 9; always; code 3", in the place of the earlier ones.

@@ -2,10 +2,12 @@
 
 namespace check {
 
-/// The incubator of the checks: products 9, 12 and 15, with values that stand still and are all different, so that a
-/// number tells where it comes from.
+/// The incubator of the checks, tools/emulator/scenarios/still-values.json: products 9, 12 and 15, with values that
+/// stand still and are all different, so that a number tells where it comes from.
 
 namespace incubator {
+
+inline constexpr const char* kScenario = "still-values";
 
 inline constexpr double kZone = 36.412;
 inline constexpr double kZoneTarget = 37.125;
@@ -22,26 +24,6 @@ inline constexpr double kHumidity = 71.654;
 inline constexpr double kHumidityTarget = 84.0;
 inline constexpr double kHumidityMin = 52.0;
 inline constexpr double kHumidityMax = 93.0;
-
-inline constexpr const char* kScenario = R"({
-  "name": "check",
-  "description": "Values that stand still.",
-  "comPort": 3,
-  "products": [
-    {"number": 9,
-     "devices": [{"number": 0, "current": 36.412, "target": 37.125, "min": 21, "max": 51, "lagSeconds": 1e9}],
-     "parameters": [{"number": 64, "value": "H301-T"},
-                    {"number": 107, "follows": 0, "offset": 0.4}, {"number": 115, "value": "0.5"},
-                    {"number": 132, "value": "24.300"}]},
-    {"number": 12,
-     "devices": [{"number": 0, "current": 4.321, "target": 5.25, "min": 0, "max": 19, "lagSeconds": 1e9},
-                 {"number": 1, "current": 18.765, "target": 17.5, "min": 1.5, "max": 20, "lagSeconds": 1e9}],
-     "parameters": [{"number": 237, "value": "0"}, {"number": 238, "value": "0"}]},
-    {"number": 15,
-     "devices": [{"number": 0, "current": 71.654, "target": 84, "min": 52, "max": 93, "lagSeconds": 1e9}],
-     "parameters": [{"number": 206, "value": "41.600"}]}
-  ]
-})";
 
 }  // namespace incubator
 

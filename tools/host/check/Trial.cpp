@@ -43,7 +43,7 @@ std::vector<std::string> Ask(const std::string& question) {
     }
     std::vector<std::string> texts = SplitTexts(line);
     if (texts.empty() || texts.front() != "ok") {
-        throw CheckSkipped("the server cannot do it: " + line);
+        throw CheckFailed("the emulated server cannot do it: " + line);
     }
     texts.erase(texts.begin());
     return texts;

@@ -8,7 +8,8 @@
 #include <csignal>
 #include <initializer_list>
 
-void BecomeProgram(const char* file, char* const* arguments, const char* folder, const StandardFiles& files, int problem) {
+void BecomeProgram(const char* file, char* const* arguments, const char* folder, const StandardFiles& files,
+                   int problem) {
     constexpr int kProblem = 3;
     setsid();
     // The three first, then the way to tell a problem; the rest is closed.

@@ -11,5 +11,5 @@ struct StandardFiles {
 /// a session of its own, so that Ctrl+C is meant for the caller alone, works in that folder, and has nothing
 /// open but the three. Writes
 /// errno to `problem`, which exec closes, when the program cannot be had.
-[[noreturn]] void BecomeProgram(const char* file, char* const* arguments, const char* folder, const StandardFiles& files,
-                                int problem);
+[[noreturn]] void BecomeProgram(const char* file, char* const* arguments, const char* folder,
+                                const StandardFiles& files, int problem);

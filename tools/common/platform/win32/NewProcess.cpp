@@ -75,7 +75,8 @@ std::wstring CommandLine(const std::filesystem::path& file, const std::vector<st
 }  // namespace
 
 DWORD StartNewProcess(const std::filesystem::path& file, const std::vector<std::string>& arguments,
-                      const std::filesystem::path& folder, const StandardHandles& handles, DWORD flags, NewProcess& started) {
+                      const std::filesystem::path& folder, const StandardHandles& handles, DWORD flags,
+                      NewProcess& started) {
     // The list takes no handle twice.
     std::vector<HANDLE> inherited{handles.input, handles.output, handles.errors};
     std::ranges::sort(inherited);

@@ -47,7 +47,9 @@ struct NewProcess {
     OwnedHandle thread;
 };
 
-/// Starts the file in that folder, or in this one's, with these arguments (UTF-8), which its own splitting gives it back as they are. It gets these
-/// handles and no others, no window, and no Ctrl+C of this console. Gives the system's error.
+/// Starts the file in that folder, or in this one's, with these arguments (UTF-8), which its own splitting gives it
+/// back as they are. It gets these handles and no others, no window, and no Ctrl+C of this console. Gives the system's
+/// error.
 DWORD StartNewProcess(const std::filesystem::path& file, const std::vector<std::string>& arguments,
-                      const std::filesystem::path& folder, const StandardHandles& handles, DWORD flags, NewProcess& started);
+                      const std::filesystem::path& folder, const StandardHandles& handles, DWORD flags,
+                      NewProcess& started);
