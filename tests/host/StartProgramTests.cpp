@@ -15,11 +15,10 @@
 #include <thread>
 #include <vector>
 
+#include "Probe.h"
 #include "text/Text.h"
 
-#ifdef _WIN32
-#include <windows.h>
-#else
+#ifndef _WIN32
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -29,24 +28,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-#ifdef _WIN32
-/// Beside this program.
-fs::path Probe() {
-    std::array<wchar_t, 32768> program{};
-    GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size()));
-    return fs::path(program.data()).parent_path() / "oko-start-probe.exe";
-}
-#else
-fs::path Probe() { return fs::path(OKO_PROBE_FOLDER) / "oko-start-probe"; }
-#endif
-
-bool WaitForFile(const fs::path& file) {
-    for (int i = 0; i < 2000 && !fs::exists(file); ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return fs::exists(file);
-}
 
 /// On Windows a file that was just renamed cannot be opened until whoever renamed it has let go.
 std::string Read(const fs::path& file) {

@@ -63,10 +63,10 @@ TEST(CheckCommandTests, Crash_IsAVerdictThatNamesTheCallAndKeepsNobodyFromTheRes
 }
 
 TEST(CheckCommandTests, Hang_IsAVerdictThatNamesTheCallAndEndsWithItsTime) {
-    const CheckRun run(CheckArguments({"--time-limit", "1s", "--only", kOne, "export/same-object"}),
+    const CheckRun run(CheckArguments({"--time-limit", "2s", "--only", kOne, "export/same-object"}),
                        "GetTemperatureLimits hang");
     EXPECT_EQ(run.exitCode, 1);
-    EXPECT_TRUE(Says(run, "hung in GetTemperatureLimits(0) for 1 s")) << run.output;
+    EXPECT_TRUE(Says(run, "hung in GetTemperatureLimits(0) for 2 s")) << run.output;
     EXPECT_TRUE(Says(run, "\n2 checks: 1 passed, 1 hung\n")) << run.output;
 }
 

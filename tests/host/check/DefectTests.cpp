@@ -118,7 +118,7 @@ constexpr std::array<Row, 111> kRows{{
     {"read/silent", "GetCurrentTemperature spoil", "failed", "GetCurrentTemperature(0) under \"silent\""},
     {"read/foreign-echo", "receive readcurval*; loose", "failed", "expected -1 and nothing, got 0 and 36.412"},
     {"read/loose-echo", "GetCurrentTemperature skip 3", "failed", "expected 0 and 36.412, got 0 and nothing"},
-    {"read/late-for-another", "GetCurrentTemperature spoil", "failed", "of an answer that is too late"},
+    {"read/late-for-another", "GetCurrentTemperature spoil", "failed", "around a late answer"},
     {"read/first-token", "GetCurrentHumidity off", "failed", "GetCurrentHumidity(0): expected 0 and 36.512"},
 
     {"set-target/code-1", "SetTargetHumidity other", "failed", "SetTargetHumidity(0, 61) under \"code 1\""},

@@ -1,0 +1,129 @@
+// A program beside this one, with both ends of a pipe.
+
+#include "platform/PipedProcess.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+#include "Probe.h"
+#include "text/Text.h"
+
+#ifndef _WIN32
+#include <sys/wait.h>
+
+#include <cerrno>
+#endif
+
+namespace {
+
+namespace fs = std::filesystem;
+
+bool Always() { return true; }
+
+/// What it printed, with one kind of line ends.
+std::string Lines(std::string text) {
+    std::erase(text, '\r');
+    return text;
+}
+
+class PipedProcessTest : public testing::Test {
+ protected:
+    PipedProcessTest() { RemoveFiles(); }
+    ~PipedProcessTest() override { RemoveFiles(); }
+
+    void RemoveFiles() const {
+        std::error_code ignored;
+        fs::remove(file, ignored);
+        fs::remove(ended, ignored);
+    }
+
+    /// Runs it to its end.
+    ProcessEnd Run(PipedProcess& process) {
+        return process.Run([this](std::string_view piece) { output += piece; }, Always);
+    }
+
+    const fs::path file = fs::temp_directory_path() /
+                          ("oko piped " + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
+    const fs::path ended = fs::path(file) += ".ended";
+    std::string output;
+};
+
+TEST_F(PipedProcessTest, WhatItSaysAndIsTold_GoesBothWaysAndItsExitCodeComesBack) {
+    PipedProcess process(Probe(), {"talk"});
+    const ProcessEnd end = process.Run(
+        [&](std::string_view piece) {
+            output += piece;
+            if (output.ends_with("hello\n") || output.ends_with("hello\r\n")) {
+                process.Write("one\n");
+                process.Write("end\n");
+            }
+        },
+        Always);
+    EXPECT_EQ(Lines(output), "hello\ngot one\ngot end\n");
+    EXPECT_EQ(end.kind, ProcessEnd::Kind::Exited);
+    EXPECT_EQ(end.exitCode, 5);
+}
+
+TEST_F(PipedProcessTest, MuchOutput_ArrivesWhole) {
+    PipedProcess process(Probe(), {"flood"});
+    EXPECT_EQ(Run(process).exitCode, 0);
+    EXPECT_EQ(output.size(), 1'000'000U);
+}
+
+TEST_F(PipedProcessTest, Crash_IsTheSystemsReason) {
+    PipedProcess process(Probe(), {"crash"});
+    const ProcessEnd end = Run(process);
+    EXPECT_EQ(end.kind, ProcessEnd::Kind::Crashed);
+    EXPECT_NE(end.reason.find("an access to memory that is not there"), std::string::npos) << end.reason;
+}
+
+TEST_F(PipedProcessTest, TimeThatIsOver_EndsItAndWhatItStarted) {
+    PipedProcess process(Probe(), {"spawn", PathText(file)});
+    const ProcessEnd end = process.Run([](std::string_view) {}, [this] { return !fs::exists(file); });
+    EXPECT_EQ(end.kind, ProcessEnd::Kind::Killed);
+    fs::remove(file);  // a process that lives would tell of it
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_FALSE(fs::exists(ended));
+}
+
+TEST_F(PipedProcessTest, ItsOwnersEnd_EndsIt) {
+    {
+        const PipedProcess process(Probe(), {"linger", PathText(file)});
+        EXPECT_TRUE(WaitForFile(file));
+    }
+    fs::remove(file);
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_FALSE(fs::exists(ended));
+}
+
+TEST_F(PipedProcessTest, InputThatNobodyReadsAnyMore_IsDropped) {
+    PipedProcess process(Probe(), {"flood"});
+    EXPECT_EQ(Run(process).exitCode, 0);
+    process.Write("to nobody\n");
+}
+
+TEST_F(PipedProcessTest, ProgramThatIsNotThere_IsAnError) { EXPECT_THROW(PipedProcess(file, {}), std::runtime_error); }
+
+#ifndef _WIN32
+
+TEST_F(PipedProcessTest, ProgramThatEnded_LeavesNoZombie) {
+    {
+        PipedProcess process(Probe(), {"flood"});
+        Run(process);
+    }
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
+    EXPECT_EQ(errno, ECHILD);
+}
+
+#endif
+
+}  // namespace
