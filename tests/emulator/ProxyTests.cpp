@@ -2,11 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/udp.hpp>
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
@@ -17,6 +17,8 @@
 #include "Loopback.h"
 #include "incubator/Incubator.h"
 #include "incubator/Scenario.h"
+#include "net/Address.h"
+#include "net/Room.h"
 #include "net/UdpServer.h"
 #include "protocol/Answer.h"
 #include "protocol/Command.h"
@@ -334,6 +336,13 @@ TEST_F(ProxyTests, Placeholder_IsAnsweredByTheProxy) {
     Ask(client, std::string(kMakeRoom));
     EXPECT_EQ(client.Bytes(), (std::vector<std::string>{"", ""}));
     EXPECT_TRUE(server.got.empty());
+}
+
+TEST_F(ProxyTests, OwnPortAsTheServers_IsRefused) {
+    udp::socket listening = TakePort(context, 0);
+    Proxy::Options options;
+    options.server = listening.local_endpoint();
+    EXPECT_THROW(Proxy(context, std::move(listening), options), AddressError);
 }
 
 TEST_F(ProxyTests, Stop_LeavesTheContextNothingToDo) {

@@ -40,3 +40,7 @@ std::vector<std::string_view> SplitWords(std::string_view text) {
     }
     return words;
 }
+
+std::string Counted(std::size_t count, const std::string& one, const std::string& several) {
+    return std::to_string(count) + " " + (count == 1 ? one : several);
+}

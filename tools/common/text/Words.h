@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,3 +14,6 @@ std::string InQuotes(std::string_view text);
 
 /// The words between blanks.
 std::vector<std::string_view> SplitWords(std::string_view text);
+
+/// "1 exchange", "2 exchanges".
+std::string Counted(std::size_t count, const std::string& one, const std::string& several);

@@ -14,6 +14,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -211,10 +212,10 @@ Proxy::Impl::ClientPtr Proxy::Impl::ClientAt(const udp::endpoint& address) {
     }
     const auto client = std::make_shared<Client>(m_context, address);
     error_code error;
-    client->server.connect(m_options.server, error);  // opens it, too
+    std::ignore = client->server.connect(m_options.server, error);  // opens it, too
     if (error) {
         error_code ignored;
-        client->server.close(ignored);
+        std::ignore = client->server.close(ignored);
         if (m_options.onTrouble) {
             m_options.onTrouble(client->name + " gets no way to " + AddressText(m_options.server) + " (error " +
                                 std::to_string(error.value()) + ")");
@@ -228,7 +229,7 @@ Proxy::Impl::ClientPtr Proxy::Impl::ClientAt(const udp::endpoint& address) {
 
 void Proxy::Impl::Forget(const ClientPtr& client) {
     error_code ignored;
-    client->server.close(ignored);
+    std::ignore = client->server.close(ignored);
     m_clients.erase(client->address);
 }
 
@@ -297,9 +298,9 @@ void Proxy::Impl::Stop() {
         return;
     }
     error_code ignored;
-    m_listening.close(ignored);
+    std::ignore = m_listening.close(ignored);
     for (const auto& [address, client] : m_clients) {
-        client->server.close(ignored);
+        std::ignore = client->server.close(ignored);
     }
     m_clients.clear();
     m_tick.cancel();
@@ -310,6 +311,9 @@ void Proxy::Impl::Stop() {
 }
 
 Proxy::Proxy(net::io_context& context, udp::socket listening, Options options) {
+    if (options.server == listening.local_endpoint()) {
+        throw AddressError(AddressText(options.server) + " is the proxy's own port: the server needs another one");
+    }
     if (!options.seconds) {
         options.seconds = SinceNow();
     }
@@ -320,7 +324,8 @@ Proxy::Proxy(net::io_context& context, udp::socket listening, Options options) {
     m_impl->Start();
 }
 
-Proxy::~Proxy() { m_impl->Stop(); }
+// What is left to throw is want of memory.
+Proxy::~Proxy() { m_impl->Stop(); }  // NOLINT(bugprone-exception-escape)
 
 void Proxy::Stop() { m_impl->Stop(); }
 

@@ -44,7 +44,8 @@ class Proxy {
         std::size_t mostClients = 256;                             // then the one that was silent longest is
     };
 
-    /// `listening` has the port that clients know (TakePort gives it).
+    /// `listening` has the port that clients know (TakePort gives it). Throws AddressError where the server is to
+    /// have the same one.
     Proxy(boost::asio::io_context& context, boost::asio::ip::udp::socket listening, Options options);
     ~Proxy();
     Proxy(const Proxy&) = delete;

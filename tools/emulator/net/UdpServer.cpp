@@ -16,6 +16,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 #include "net/Room.h"
@@ -147,7 +148,7 @@ bool IsPortTaken(asio::io_context& context, int port) {
          {asio::ip::address(asio::ip::address_v4::loopback()), asio::ip::address(asio::ip::address_v4::any())}) {
         udp::socket socket(context, udp::v4());
         error_code error;
-        socket.bind({address, static_cast<std::uint16_t>(port)}, error);
+        std::ignore = socket.bind({address, static_cast<std::uint16_t>(port)}, error);
         if (error) {
             return true;
         }

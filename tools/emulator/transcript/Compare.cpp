@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "protocol/Answer.h"
@@ -91,7 +92,7 @@ class Differences {
 }  // namespace
 
 std::string CountText(std::size_t datagrams) {
-    return datagrams == 0 ? "no answer" : std::to_string(datagrams) + (datagrams == 1 ? " datagram" : " datagrams");
+    return datagrams == 0 ? "no answer" : Counted(datagrams, "datagram", "datagrams");
 }
 
 std::vector<Difference> CompareReplies(const Exchange& recorded, const std::vector<std::string>& got,

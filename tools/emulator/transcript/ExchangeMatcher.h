@@ -49,7 +49,7 @@ class ExchangeMatcher {
     void Answered(const OpenPtr& open, std::size_t datagrams, double now);
 
     /// One of them was sent.
-    void Sent(const OpenPtr& open, std::string datagram, double now);
+    static void Sent(const OpenPtr& open, std::string datagram, double now);
 
     /// The client got what nobody asked for.
     void Unasked(const std::string& client, std::string datagram, double now);

@@ -87,15 +87,14 @@ void Recorder::Flush() {
         return;
     }
     if (m_file->Write(m_waiting) < m_waiting.size()) {
-        GiveUp();
+        GiveUp(std::string(m_file->Problem()));
         return;
     }
     m_size += m_waiting.size();
     m_waiting.clear();
 }
 
-void Recorder::GiveUp() {
-    const std::string problem = m_file->Problem();
+void Recorder::GiveUp(const std::string& problem) {
     m_file.reset();  // a file that is open cannot be cut everywhere
     m_waiting = {};
     // What was not written whole is cut off again: the record stays readable.

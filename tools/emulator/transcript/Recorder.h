@@ -32,7 +32,7 @@ class Recorder {
     void Flush();
 
  private:
-    void GiveUp();
+    void GiveUp(const std::string& problem);
 
     std::filesystem::path m_path;
     std::function<void(const std::string&)> m_onTrouble;

@@ -1,6 +1,7 @@
 #include "transcript/Show.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <map>
 #include <optional>
@@ -21,7 +22,8 @@ namespace {
 
 enum Column : std::size_t { kTime, kDelay, kCommand, kCode, kPayload, kRemark, kColumns };
 
-const std::vector<Align> kAligns{Align::Right, Align::Right, Align::Left, Align::Right, Align::Left, Align::Left};
+constexpr std::array<Align, kColumns> kAligns{Align::Right, Align::Right, Align::Left,
+                                              Align::Right, Align::Left,  Align::Left};
 
 constexpr std::size_t kLongestCommand = 40;   // commands of the library are shorter
 constexpr std::size_t kShortestPayload = 12;  // however narrow the screen is
@@ -107,10 +109,6 @@ void Fit(std::vector<Row>& rows, std::size_t width) {
     }
 }
 
-std::string Counted(std::size_t count, const std::string& one, const std::string& several) {
-    return std::to_string(count) + " " + (count == 1 ? one : several);
-}
-
 std::string CountLine(const std::vector<Exchange>& exchanges) {
     const auto unasked = static_cast<std::size_t>(
         std::ranges::count_if(exchanges, [](const Exchange& exchange) { return !exchange.command; }));
@@ -132,6 +130,7 @@ std::string CodeLine(const std::vector<Exchange>& exchanges) {
         }
     }
     std::vector<std::string> words;
+    words.reserve(counts.size());
     for (const auto& [code, count] : counts) {
         words.push_back(code + " in " + Counted(count, "datagram", "datagrams"));
     }
@@ -194,7 +193,7 @@ std::string ShowTranscript(const std::vector<Exchange>& exchanges, std::size_t w
         Fit(rows, width);
     }
     std::string text;
-    for (const std::string& line : FormatColumns(rows, kAligns)) {
+    for (const std::string& line : FormatColumns(rows, {kAligns.begin(), kAligns.end()})) {
         text += line + "\n";
     }
     text += "\n";
