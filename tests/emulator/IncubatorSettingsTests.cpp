@@ -57,6 +57,13 @@ TEST_F(IncubatorSettingsTests, DeviceIsSet_AsIfByAnotherHand) {
     EXPECT_EQ(Payload("readcurval 9"), "40.000");
 }
 
+TEST_F(IncubatorSettingsTests, ValueThatIsSet_StandsStill) {
+    m_incubator.Advance(10.0);
+    m_incubator.Set(9, 0, "value", "37");
+    m_incubator.Advance(5.0);
+    EXPECT_EQ(Payload("readcurval 9"), "37.000");
+}
+
 TEST_F(IncubatorSettingsTests, WhatCannotBeSet_IsSaidAndChangesNothing) {
     struct Case {
         int product;

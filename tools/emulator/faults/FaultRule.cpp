@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,11 +35,16 @@ Split SplitWord(std::string_view text) {
                                            : Split{text.substr(0, blank), TrimBlanks(text.substr(blank))};
 }
 
+/// The first words of all rows of a table.
+template <class Table, class Member>
+std::vector<std::string> WordsOf(const Table& table, Member word) {
+    std::vector<std::string> words(table.size());
+    std::ranges::transform(table, words.begin(), [word](const auto& row) { return std::string(row.*word); });
+    return words;
+}
+
 std::string ListOfCommands() {
-    std::vector<std::string> keywords;
-    for (const CommandEntry& command : kCommands) {
-        keywords.emplace_back(command.keyword);
-    }
+    std::vector<std::string> keywords = WordsOf(kCommands, &CommandEntry::keyword);
     std::ranges::sort(keywords);
     return JoinWords(keywords, "and");
 }
@@ -157,13 +163,8 @@ FaultEffect ParseEffect(std::string_view text) {
     const auto [word, rest] = SplitWord(text);
     const auto* const found = std::ranges::find(kEffectWords, word, &EffectWord::word);
     if (found == kEffectWords.end()) {
-        std::vector<std::string> known;
-        for (const EffectWord& effect : kEffectWords) {
-            known.emplace_back(effect.word);
-        }
-        for (const DeviceFaultWord& fault : kDeviceFaultWords) {
-            known.emplace_back(fault.word);
-        }
+        std::vector<std::string> known = WordsOf(kEffectWords, &EffectWord::word);
+        std::ranges::copy(WordsOf(kDeviceFaultWords, &DeviceFaultWord::word), std::back_inserter(known));
         throw FaultError(InQuotes(text) + " is no effect; there are " + JoinWords(known, "and"));
     }
     FaultEffect effect{found->kind, 0, std::string(rest), std::nullopt};

@@ -1,6 +1,6 @@
-#include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstddef>
 #include <map>
 #include <optional>
 #include <string>
@@ -176,19 +176,19 @@ Answer Incubator::ReadSetPoint(const Command& command) {
 }
 
 Answer Incubator::WriteSetPoint(const Command& command) {
-    const auto product = command.Integer(0);
-    DeviceScenario* const device = FindPlugged(product, command.Integer(1));
+    const ProductScenario* const product = FindPlugged(command.Integer(0));
+    DeviceScenario* const device = FindPlugged(command.Integer(0), command.Integer(1));
     const auto value = command.Number(2);
-    if (device == nullptr || !value) {
+    if (product == nullptr || device == nullptr || !value) {
         return Refuse("no such device or no value");
     }
     if (!(*value >= device->min && *value <= device->max)) {
         return Refuse("out of range");
     }
-    if (m_faults.Has(DeviceFault::Kind::RefuseTarget, *product, device->number)) {
+    if (m_faults.Has(DeviceFault::Kind::RefuseTarget, product->number, device->number)) {
         return Refuse("target refused");
     }
-    if (!m_faults.Has(DeviceFault::Kind::IgnoreTarget, *product, device->number)) {
+    if (!m_faults.Has(DeviceFault::Kind::IgnoreTarget, product->number, device->number)) {
         device->target = *value;
     }
     return Done();

@@ -147,6 +147,7 @@ DeviceFault ParseDeviceFault(std::string_view text) {
     const DeviceFaultWord* const word = words.empty() ? nullptr : FindWord(words.front());
     if (word == nullptr) {
         std::vector<std::string> known;
+        known.reserve(kDeviceFaultWords.size());
         for (const DeviceFaultWord& candidate : kDeviceFaultWords) {
             known.emplace_back(candidate.word);
         }
@@ -164,10 +165,9 @@ DeviceFault ParseDeviceFault(std::string_view text) {
     TakeWho(arguments, word->who, fault);
     TakeNumbers(arguments, fault);
     arguments.ExpectEnd();
-    if (fault.kind == DeviceFault::Kind::BottleEmpty &&
-        (*fault.product < kFirstGasProduct || *fault.product > kLastGasProduct)) {
-        throw DeviceFaultError("product " + std::to_string(*fault.product) +
-                               " has no gas bottle: those from 10 to 13 have");
+    const int product = fault.product.value_or(0);
+    if (fault.kind == DeviceFault::Kind::BottleEmpty && (product < kFirstGasProduct || product > kLastGasProduct)) {
+        throw DeviceFaultError("product " + std::to_string(product) + " has no gas bottle: those from 10 to 13 have");
     }
     return fault;
 }

@@ -59,8 +59,9 @@ void CheckDeviceFault(const Scenario& scenario, const DeviceFault& fault) {
     }
     if (fault.kind == DeviceFault::Kind::StuckOn &&
         FindDevice(*FindProduct(scenario, fault.product), fault.device)->IsSensorAlone()) {
-        throw DeviceFaultError("device " + std::to_string(*fault.device) + " of product " +
-                               std::to_string(*fault.product) + " is a sensor alone, with nothing that could be stuck");
+        throw DeviceFaultError("device " + std::to_string(fault.device.value_or(0)) + " of product " +
+                               std::to_string(fault.product.value_or(0)) +
+                               " is a sensor alone, with nothing that could be stuck");
     }
 }
 
