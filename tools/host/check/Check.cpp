@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>

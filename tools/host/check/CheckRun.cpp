@@ -3,7 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <string>
-#include <string_view>
+#include <utility>
 
 #include "check/CheckLines.h"
 #include "platform/PipedProcess.h"
