@@ -1,7 +1,6 @@
 // What each slot of a channel gives where nothing goes wrong.
 
 #include <array>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>

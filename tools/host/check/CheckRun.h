@@ -1,10 +1,7 @@
 #pragma once
 
-#include <functional>
 #include <string>
-#include <vector>
 
-#include "check/Check.h"
 #include "check/CheckLines.h"
 #include "platform/PipedProcess.h"
 

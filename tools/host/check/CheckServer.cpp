@@ -14,6 +14,7 @@
 
 #include "check/Incubator.h"
 #include "net/UdpServer.h"
+#include "protocol/Answer.h"
 #include "server/EmulatedServer.h"
 
 namespace check {

@@ -9,6 +9,8 @@
 #include <span>
 #include <string>
 #include <thread>
+#include <utility>
+#include <variant>
 #include <vector>
 
 #include "check/Check.h"
