@@ -61,8 +61,6 @@ int Act(const CLI::App& app, Options& options) {
     return kExitDone;
 }
 
-}  // namespace
-
 int Main(int argc, char** argv) {
     CLI::App app{"Stands in for the OKO-Control Server: answers its commands for an emulated incubator."};
     app.footer(
@@ -86,6 +84,8 @@ int Main(int argc, char** argv) {
         return kExitBadInput;
     }
 }
+
+}  // namespace
 
 }  // namespace emulator
 

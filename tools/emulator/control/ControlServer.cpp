@@ -12,6 +12,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 #include "control/ControlSession.h"
@@ -107,7 +108,7 @@ class ControlServer::Client : public std::enable_shared_from_this<ControlServer:
     void Leave() {
         m_session->Leave();
         error_code ignored;
-        m_socket.close(ignored);
+        std::ignore = m_socket.close(ignored);
     }
 
     tcp::socket m_socket;
@@ -122,14 +123,14 @@ ControlServer::ControlServer(asio::io_context& context, RemoteControl& control, 
     : m_control(control), m_acceptor(context) {
     const tcp::endpoint endpoint(asio::ip::address_v4::loopback(), static_cast<std::uint16_t>(port));
     error_code error;
-    m_acceptor.open(endpoint.protocol(), error);
+    std::ignore = m_acceptor.open(endpoint.protocol(), error);
 #ifndef _WIN32
     // There it would let two programs share the port.
-    m_acceptor.set_option(tcp::acceptor::reuse_address(true), error);
+    std::ignore = m_acceptor.set_option(tcp::acceptor::reuse_address(true), error);
 #endif
-    m_acceptor.bind(endpoint, error);
+    std::ignore = m_acceptor.bind(endpoint, error);
     if (!error) {
-        m_acceptor.listen(asio::socket_base::max_listen_connections, error);
+        std::ignore = m_acceptor.listen(asio::socket_base::max_listen_connections, error);
     }
     if (error) {
         throw PortError("port " + std::to_string(port) + " cannot be had for the remote control: " + error.message());

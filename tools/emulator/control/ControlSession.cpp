@@ -1,6 +1,5 @@
 #include "control/ControlSession.h"
 
-#include <algorithm>
 #include <charconv>
 #include <exception>
 #include <nlohmann/json.hpp>
@@ -27,7 +26,7 @@ constexpr double kWithin = 10.0;  // s, when a wait names no time
 constexpr double kLongestWait = 86'400.0;
 constexpr double kFastest = 1e6;
 constexpr double kLongestStep = 1e7;  // s of the incubator's time
-const std::string kOrigin = "remote control";
+constexpr const char* kOrigin = "remote control";
 
 /// Text or number as a text: "to": 36.5 is as good as "to": "36.5".
 std::string TextOf(const Json& request, const std::string& member) {

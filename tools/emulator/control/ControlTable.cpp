@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <iterator>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>

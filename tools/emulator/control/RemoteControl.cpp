@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "control/ControlSession.h"
 #include "protocol/Answer.h"

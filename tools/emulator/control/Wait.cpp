@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "control/ControlTable.h"
+#include "faults/Pattern.h"
 #include "incubator/Incubator.h"
 #include "server/EmulatedServer.h"
 #include "text/Number.h"

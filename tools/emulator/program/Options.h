@@ -14,7 +14,8 @@ namespace emulator {
 /// Where "ctl" looks for a remote control when it is not told.
 constexpr int kControlPort = 60'001;
 
-/// What the command line says.
+/// What the command line says, in the order of its help.
+// NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): there is one of it
 struct Options {
     std::string scenario = "full-incubator";
     double speed = 1.0;

@@ -18,9 +18,11 @@ void BecomeProgram(const char* file, char* const* arguments, const char* folder,
         fcntl(kProblem, F_SETFD, FD_CLOEXEC) == 0 && close_range(kProblem + 1, ~0U, 0) == 0 && chdir(folder) == 0) {
         sigset_t none;
         sigemptyset(&none);
-        sigprocmask(SIG_SETMASK, &none, nullptr);
+        pthread_sigmask(SIG_SETMASK, &none, nullptr);
         for (const int number : {SIGINT, SIGTERM, SIGPIPE, SIGCHLD}) {
-            std::signal(number, SIG_DFL);
+            struct sigaction usual{};
+            usual.sa_handler = SIG_DFL;
+            sigaction(number, &usual, nullptr);
         }
         execv(file, arguments);
     }

@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 #ifdef __linux__
+#include <linux/prctl.h>  // PR_SET_PDEATHSIG
 #include <sys/prctl.h>
 #endif
 
@@ -121,6 +122,7 @@ PipedProcess::PipedProcess(const std::filesystem::path& program, const std::vect
     std::vector<std::string> texts{program.string()};
     texts.insert(texts.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (std::string& text : texts) {
         pointers.push_back(text.data());
     }
