@@ -42,7 +42,7 @@ std::wstring ScenarioFile() {
 }
 
 std::wstring EmulatorOptions(const std::vector<std::string>& rules) {
-    std::wstring options = L"--scenario \"" + ScenarioFile() + L"\" --record \"" + RecordFile() + L"\"";
+    std::wstring options = L"--scenario \"" + ScenarioFile() + L"\" --overwrite --record \"" + RecordFile() + L"\"";
     for (const std::string& rule : rules) {
         options += L" --fault \"" + std::wstring(rule.begin(), rule.end()) + L"\"";
     }

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 #include <variant>
+#include <vector>
 
 #include "incubator/DeviceFault.h"
 #include "incubator/DeviceSetting.h"

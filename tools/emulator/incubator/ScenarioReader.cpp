@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstddef>
 #include <fstream>
 #include <ios>
 #include <iterator>
@@ -16,7 +15,6 @@
 #include "incubator/Motion.h"
 #include "incubator/Scenario.h"
 #include "text/Duration.h"
-#include "text/Words.h"
 
 namespace emulator {
 
