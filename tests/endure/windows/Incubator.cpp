@@ -183,7 +183,14 @@ void Incubator::LearnCommands() {
 std::vector<Exchange> Incubator::With(const std::vector<std::string>& rules, const std::function<void()>& work) {
     const EmulatorProcess emulator(EmulatorOptions(rules));
     work();
-    m_fired = CountFired(emulator.Output());
+    // The emulator shows its faults a moment after they fired.
+    constexpr DWORD kMomentMs = 200;
+    std::string shown;
+    do {
+        shown = emulator.Output();
+        Sleep(kMomentMs);
+    } while (emulator.Output() != shown);
+    m_fired = CountFired(shown);
     return ReadExchanges(RecordFile());
 }
 
