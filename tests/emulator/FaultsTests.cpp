@@ -4,9 +4,9 @@
 
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
+#include "faults/FaultRule.h"
 #include "incubator/DeviceFault.h"
 #include "protocol/Answer.h"
 

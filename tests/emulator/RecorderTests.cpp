@@ -2,15 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <exception>
 #include <filesystem>
 #include <fstream>
+#include <ios>
 #include <iterator>
 #include <string>
 #include <system_error>
 #include <vector>
-
-#include "platform/GrowingFile.h"
-#include "transcript/Transcript.h"
 
 namespace emulator {
 

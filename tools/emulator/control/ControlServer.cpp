@@ -145,6 +145,7 @@ void ControlServer::Accept() {
             return;
         }
         if (!error && *m_clients < kMostClients) {
+            // cppcheck-suppress accessMoved  ; it is moved once, into the one argument
             std::make_shared<Client>(std::move(socket), m_clients)->Start(m_control);
         }
         Accept();

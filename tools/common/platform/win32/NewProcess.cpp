@@ -80,7 +80,8 @@ DWORD StartNewProcess(const std::filesystem::path& file, const std::vector<std::
     // The list takes no handle twice.
     std::vector<HANDLE> inherited{handles.input, handles.output, handles.errors};
     std::ranges::sort(inherited);
-    inherited.erase(std::ranges::unique(inherited).begin(), inherited.end());
+    const auto repeated = std::ranges::unique(inherited);
+    inherited.erase(repeated.begin(), repeated.end());
     std::erase(inherited, nullptr);
     HandleList list(std::move(inherited));
     if (!list.IsMade()) {
