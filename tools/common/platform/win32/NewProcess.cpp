@@ -19,9 +19,10 @@ class HandleList {
         SIZE_T size = 0;
         InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
         m_memory.resize(size);
-        m_bMade = InitializeProcThreadAttributeList(Get(), 1, 0, &size) != FALSE &&
-                  UpdateProcThreadAttribute(Get(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, m_handles.data(),
-                                            m_handles.size() * sizeof(HANDLE), nullptr, nullptr) != FALSE;
+        m_bMade =
+            InitializeProcThreadAttributeList(Get(), 1, 0, &size) != FALSE &&
+            UpdateProcThreadAttribute(Get(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, static_cast<void*>(m_handles.data()),
+                                      m_handles.size() * sizeof(HANDLE), nullptr, nullptr) != FALSE;
     }
     ~HandleList() {
         if (m_bMade) {
