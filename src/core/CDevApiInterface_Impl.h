@@ -154,7 +154,7 @@ class CDevApiInterface_Impl final : public CDevApiInterface {
     std::uint32_t m_nThreadRun = 0;  // which of the value threads that were started may go on; guarded by m_csData
     CriticalSection m_csData;        // channel values, the air-mode watch, m_bThreadRun
     CriticalSection m_csThread;      // m_hThread, while a value thread is started or stopped
-    CriticalSection m_csSocket;      // one send and receive, and the link itself
+    FairLock m_csSocket;             // one send and receive, and the link itself
 
     // What is connected: m_products, the channels' ranges, m_szSimListconprod. The innermost lock: held for a few lines
     // at a time, never during an exchange or a call of the host.

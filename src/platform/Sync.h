@@ -19,6 +19,23 @@ class CriticalSection {
     std::unique_ptr<State> m_pState;
 };
 
+/// Lock for long waits. The system's critical section goes to whoever asks first, which is the thread that has just let
+/// it go: one that polls would keep another out for good. This one goes to a thread that waits before it comes back to
+/// the one that had it. Not recursive. Works with std::scoped_lock.
+class FairLock {
+ public:
+    void lock() noexcept {
+        m_turn.lock();  // held while waiting, so that nobody overtakes
+        m_section.lock();
+        m_turn.unlock();
+    }
+    void unlock() noexcept { m_section.unlock(); }
+
+ private:
+    CriticalSection m_turn;
+    CriticalSection m_section;
+};
+
 /// Manual-reset event, created not signalled.
 class ManualResetEvent {
  public:

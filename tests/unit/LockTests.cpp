@@ -197,6 +197,21 @@ TEST_F(LockTests, Exchange_HoldsTheSocketLockFromTheSendToTheReply) {
         [&] { EXPECT_EQ(Ask(device, FormatCommand(command::kListProd)).bytes(), "0_listprod_1\r"); }));
 }
 
+TEST_F(LockTests, SocketLock_GoesToAThreadThatWaitsBeforeItComesBack) {
+    CDevApiInterface_Impl& device = Device();
+    for (int round = 0; round < 20; ++round) {
+        platform.server.ClearCommands();
+        WaitsForTheAnswer(
+            "status",
+            [&] {
+                Ask(device, FormatCommand(command::kStatus));
+                Ask(device, FormatCommand(command::kStart, {3}));
+            },
+            [&] { Ask(device, FormatCommand(command::kListProd)); });
+        EXPECT_EQ(platform.server.Commands(), (std::vector<std::string>{"status", "listprod", "start 3"}));
+    }
+}
+
 TEST_F(LockTests, AirModeNotice_IsGivenWithoutTheDataLock) {
     CDevApiInterface_Impl& device = Device();
     platform.server.AnswerPayload("bl-param-read 11 237", "1");

@@ -149,12 +149,15 @@ TEST_F(ReplyTimeoutTests, LateReply_IsNoAnswerAndNotTheNextCommandsEither) {
 TEST_F(ReplyTimeoutTests, CloseOfASecondThread_GetsThroughASilentServer) {
     m_silentMs = 60'000;
     std::atomic<bool> ended = false;
+    std::atomic<int> reads = 0;
     std::thread poller([&] {
-        while (!ended) {
+        for (; !ended; ++reads) {
             double value = 0.0;
             m_base->GetCurrentTemperature(&value);
         }
     });
+    // It is the poller that has the link when Close asks for it.
+    EXPECT_TRUE(WaitUntil([&] { return reads > 0; }));
     m_device.Close();
     ended = true;
     poller.join();
