@@ -7,6 +7,17 @@
 #include <cerrno>
 #include <csignal>
 #include <initializer_list>
+#include <string>
+#include <vector>
+
+ExecArguments::ExecArguments(const std::string& file, const std::vector<std::string>& arguments) : m_texts{file} {
+    m_texts.insert(m_texts.end(), arguments.begin(), arguments.end());
+    m_pointers.reserve(m_texts.size() + 1);
+    for (std::string& text : m_texts) {
+        m_pointers.push_back(text.data());
+    }
+    m_pointers.push_back(nullptr);
+}
 
 void BecomeProgram(const char* file, char* const* arguments, const char* folder, const StandardFiles& files,
                    int problem) {

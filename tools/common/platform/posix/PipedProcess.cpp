@@ -119,14 +119,7 @@ PipedProcess::PipedProcess(const std::filesystem::path& program, const std::vect
     Pipe input = MakePipe();
     Pipe output = MakePipe();
     Pipe problem = MakePipe();
-    std::vector<std::string> texts{program.string()};
-    texts.insert(texts.end(), arguments.begin(), arguments.end());
-    std::vector<char*> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (std::string& text : texts) {
-        pointers.push_back(text.data());
-    }
-    pointers.push_back(nullptr);
+    const ExecArguments all(program.string(), arguments);
     m_pImpl->process = fork();
     if (m_pImpl->process == 0) {
 #ifdef __linux__
@@ -134,7 +127,7 @@ PipedProcess::PipedProcess(const std::filesystem::path& program, const std::vect
 #endif
         const rlimit none{0, 0};
         setrlimit(RLIMIT_CORE, &none);  // a crash is told, and needs no file
-        BecomeProgram(program.c_str(), pointers.data(), ".", {input.read.Get(), output.write.Get(), STDERR_FILENO},
+        BecomeProgram(program.c_str(), all.Get(), ".", {input.read.Get(), output.write.Get(), STDERR_FILENO},
                       problem.write.Get());
     }
     const int failed = m_pImpl->process < 0 ? errno : 0;

@@ -73,11 +73,6 @@ int Start(const char* file, char* const* arguments, const char* folder, int inpu
 
 }  // namespace
 
-std::string StartProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
-                         std::string_view input) {
-    return StartProgramIn({}, program, arguments, input);
-}
-
 std::string StartProgramIn(const std::filesystem::path& folder, const std::filesystem::path& program,
                            const std::vector<std::string>& arguments, std::string_view input) {
     const std::string cannot = "cannot start " + PathText(program) + ": ";
@@ -105,15 +100,7 @@ std::string StartProgramIn(const std::filesystem::path& folder, const std::files
     write.Close();
     fcntl(read.Get(), F_SETFL, 0);  // the program is to wait for the end of the text as usual
     const Descriptor nowhere(open("/dev/null", O_WRONLY | O_CLOEXEC));
-    std::vector<std::string> texts{file.string()};
-    texts.insert(texts.end(), arguments.begin(), arguments.end());
-    std::vector<char*> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (std::string& text : texts) {
-        pointers.push_back(text.data());
-    }
-    pointers.push_back(nullptr);
-    const int error =
-        Start(file.c_str(), pointers.data(), folder.empty() ? "." : folder.c_str(), read.Get(), nowhere.Get());
+    const ExecArguments all(file.string(), arguments);
+    const int error = Start(file.c_str(), all.Get(), folder.empty() ? "." : folder.c_str(), read.Get(), nowhere.Get());
     return error == 0 ? "" : reason(error);
 }

@@ -40,11 +40,6 @@ std::filesystem::path FindProgram(const std::filesystem::path& program) {
 
 }  // namespace
 
-std::string StartProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
-                         std::string_view input) {
-    return StartProgramIn({}, program, arguments, input);
-}
-
 std::string StartProgramIn(const std::filesystem::path& folder, const std::filesystem::path& program,
                            const std::vector<std::string>& arguments, std::string_view input) {
     const std::string cannot = "cannot start " + PathText(program) + ": ";
