@@ -90,6 +90,7 @@ class RefusalTests(unittest.TestCase):
                 (["--show", str(record), "--fault", "status; always; silent"], "--fault"),
                 (["--proxy", "127.0.0.1:1", "--scenario", "product-9"], "--scenario"),
                 (["--proxy", "127.0.0.1:1", "--fault", "*; always; freeze 9 0"], "a real one"),
+                (["--proxy", "127.0.0.1:9", "--start", str(record)], "cannot start"),
             ):
                 with self.subTest(arguments=arguments):
                     done = subprocess.run([PROGRAM, "--port", "0", *arguments] if "word" not in arguments else [PROGRAM, *arguments],

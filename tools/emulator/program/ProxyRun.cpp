@@ -1,6 +1,7 @@
 #include <chrono>
 #include <cstddef>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -77,6 +78,9 @@ void RunProxy(const Options& options) {
     auto listening = TakePort(frame.Context(), options.port);
     if (!options.startProgram.empty()) {
         const ServerBehind behind = StartServerBehind(frame.Context(), options.startProgram, passing.server.port());
+        if (behind.state == BehindState::Failed) {
+            throw std::runtime_error(behind.sentence);
+        }
         output.Say(behind.sentence);
         passing.startingPatience = kStartingPatience;
     }

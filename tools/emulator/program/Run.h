@@ -13,7 +13,8 @@ void RunScenario(const Options& options);
 /// The same from a record.
 void RunReplay(const Options& options);
 
-/// Stands between clients and a real server until the program is to end. Throws the same, and AddressError.
+/// Stands between clients and a real server until the program is to end. Throws the same, AddressError, and
+/// std::runtime_error where the server that it is to start cannot be started.
 void RunProxy(const Options& options);
 
 /// Throws FaultError when the options' rules are wrong, or none for a real server.
