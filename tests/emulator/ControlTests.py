@@ -120,6 +120,24 @@ class RequestTests(unittest.TestCase):
             with self.subTest(until=until):
                 self.refuse(f"wait {until}")
 
+    def test_requests_behind_a_wait_are_kept_up_to_a_limit(self):
+        self.control.say("wait command findstat within 60")
+        for _ in range(1001):
+            self.control.say("faults")
+        self.assertIn("too many", self.control.hear()["error"])
+        self.client.ask("findstat")
+        self.assertIn("waited", self.control.hear())
+        self.assertEqual({self.control.hear()["ok"] for _ in range(1000)}, {True})
+        self.ask("state")
+
+    def test_fault_whose_time_is_over_is_gone(self):
+        number = self.ask("start freeze 9 0 for 30")["number"]
+        self.ask("pause")
+        self.assertLessEqual(self.ask("faults")["faults"][0]["secondsLeft"], 30)
+        self.ask("step 31")
+        self.assertEqual(self.ask("faults")["faults"], [])
+        self.refuse(f"stop {number}")
+
     def test_watch_tells_every_exchange_until_it_is_off(self):
         self.ask("watch on")
         self.client.ask("checkcon 9")

@@ -50,6 +50,10 @@ std::string Dumped(const Json& json) { return json.dump(-1, ' ', false, Json::er
 }  // namespace
 
 void ControlSession::Take(const std::string& line) {
+    if (m_lines.size() >= kMostWaiting) {
+        Reply({{"ok", false}, {"error", "too many requests wait for an earlier one"}}, {});
+        return;
+    }
     m_lines.push_back(line);
     TakeNext();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <deque>
 #include <functional>
 #include <nlohmann/json.hpp>
@@ -20,8 +21,11 @@ class ControlSession {
  public:
     using Tell = std::function<void(const std::string& line)>;
 
+    static constexpr std::size_t kMostWaiting = 1000;
+
     ControlSession(RemoteControl& control, Tell tell) : m_control(control), m_tell(std::move(tell)) {}
 
+    /// Of requests that have to wait no more than kMostWaiting are kept; the next ones are refused at once.
     void Take(const std::string& line);
 
     /// Nobody listens any more.

@@ -125,14 +125,16 @@ std::vector<FaultState> EmulatedServer::ListFaults(double now) {
         Enter({true, running.number, FormatDeviceFault(running.fault), kScenarioOrigin});
     }
     const std::vector<FaultStatus> rules = m_faults.List();
+    std::erase_if(m_started, [&](const auto& entry) {
+        const Started& started = entry.second;  // whose time is over
+        return started.onDevice &&
+               std::ranges::find(state.faults, started.number, &RunningFault::number) == state.faults.end();
+    });
     std::vector<FaultState> faults;
     for (const auto& [number, started] : m_started) {
         FaultState fault{number, started.fault, started.origin, started.onDevice, 0, 0, std::nullopt};
         if (started.onDevice) {
             const auto running = std::ranges::find(state.faults, started.number, &RunningFault::number);
-            if (running == state.faults.end()) {
-                continue;  // its time is over
-            }
             if (running->until) {
                 fault.secondsLeft = *running->until - state.seconds;
             }
