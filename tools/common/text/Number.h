@@ -1,7 +1,10 @@
 #pragma once
 
+#include <charconv>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "text/Parsed.h"
 
@@ -9,6 +12,16 @@
 
 /// A finite number, blanks around it allowed. A decimal comma and a unit behind the number are refused by name.
 Parsed<double> ParseNumber(std::string_view text);
+
+/// The text as a number of that type, with nothing before or behind it, not even blanks; nothing where it is none, or
+/// one beyond the type's range.
+template <class Number>
+std::optional<Number> ReadExactly(std::string_view text) {
+    Number number{};
+    const char* const end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, number);
+    return result.ec == std::errc{} && result.ptr == end ? std::optional(number) : std::nullopt;
+}
 
 /// As short as it can be read back: "38.5".
 std::string FormatShortest(double value);

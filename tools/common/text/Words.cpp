@@ -18,25 +18,35 @@ std::string JoinWords(const std::vector<std::string>& words, std::string_view la
     return joined;
 }
 
-std::string InQuotes(std::string_view text) {
+std::string EscapedByte(char byte) {
     constexpr std::string_view kDigits = "0123456789ABCDEF";
+    const auto value = static_cast<unsigned char>(byte);
+    return {'\\', 'x', kDigits[value >> 4U], kDigits[value & 0xFU]};
+}
+
+std::string InQuotes(std::string_view text) {
     std::string quoted = "\"";
     for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte >= ' ' && c != '\x7F') {
+        if (static_cast<unsigned char>(c) >= ' ' && c != '\x7F') {
             quoted += c;
         } else {
-            quoted.append("\\x").append(1, kDigits[byte >> 4U]).append(1, kDigits[byte & 0xFU]);
+            quoted += EscapedByte(c);
         }
     }
     return quoted + "\"";
 }
 
+std::string_view TakeWord(std::string_view& text) {
+    text = TrimBlanks(text);
+    const std::string_view word = text.substr(0, text.find_first_of(" \t\r\n"));
+    text = TrimBlanks(text.substr(word.size()));
+    return word;
+}
+
 std::vector<std::string_view> SplitWords(std::string_view text) {
     std::vector<std::string_view> words;
-    for (text = TrimBlanks(text); !text.empty(); text = TrimBlanks(text)) {
-        words.push_back(text.substr(0, text.find_first_of(" \t\r\n")));
-        text.remove_prefix(words.back().size());
+    while (!TrimBlanks(text).empty()) {
+        words.push_back(TakeWord(text));
     }
     return words;
 }

@@ -12,6 +12,12 @@ std::string JoinWords(const std::vector<std::string>& words, std::string_view la
 /// them.
 std::string InQuotes(std::string_view text);
 
+/// The byte as "\x0A".
+std::string EscapedByte(char byte);
+
+/// Takes the first word off the text, and the blanks around it and behind it.
+std::string_view TakeWord(std::string_view& text);
+
 /// The words between blanks.
 std::vector<std::string_view> SplitWords(std::string_view text);
 

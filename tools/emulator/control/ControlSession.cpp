@@ -1,10 +1,8 @@
 #include "control/ControlSession.h"
 
-#include <charconv>
 #include <exception>
 #include <nlohmann/json.hpp>
 #include <string>
-#include <system_error>
 #include <utility>
 
 #include "control/ControlTable.h"
@@ -137,12 +135,10 @@ Json ControlSession::CarryChange(const Json& request, double now) {
         return {{"number", server.Start(TextOf(request, "fault"), kOrigin, now)}};
     } else if (name == "stop") {
         const std::string which = TextOf(request, "fault");
-        int number = 0;
-        const auto result = std::from_chars(which.data(), which.data() + which.size(), number);
-        const bool isNumber = result.ec == std::errc{} && result.ptr == which.data() + which.size();
+        const auto number = ReadExactly<int>(which);
         if (which == "all") {
             server.StopAll(kOrigin);
-        } else if (!isNumber || !server.Stop(number)) {
+        } else if (!number || !server.Stop(*number)) {
             throw ControlError("there is no fault " + InQuotes(which) + "; \"faults\" lists them");
         }
     }

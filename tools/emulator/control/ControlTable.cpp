@@ -31,14 +31,6 @@ const ControlRequest& FindRequest(std::string_view name) {
     return *found;
 }
 
-/// Takes the first word off the text.
-std::string_view TakeWord(std::string_view& text) {
-    const std::size_t end = std::min(text.find(' '), text.size());
-    const std::string_view word = text.substr(0, end);
-    text = TrimBlanks(text.substr(end));
-    return word;
-}
-
 Json ReadNumber(std::string_view text, const ControlMember& member) {
     const Parsed<double> number = ParseNumber(text);
     if (!number) {

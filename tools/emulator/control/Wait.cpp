@@ -33,13 +33,11 @@ template <std::size_t Count>
 std::array<double, Count> ReadNumbers(std::string_view text, std::string_view until) {
     std::array<double, Count> numbers{};
     for (double& number : numbers) {
-        const std::size_t end = std::min(text.find(' '), text.size());
-        const Parsed<double> parsed = ParseNumber(text.substr(0, end));
+        const Parsed<double> parsed = ParseNumber(TakeWord(text));
         if (!parsed) {
             Fail(until);
         }
         number = *parsed;
-        text = TrimBlanks(text.substr(end));
     }
     if (!text.empty()) {
         Fail(until);
@@ -58,10 +56,8 @@ int Whole(double number, std::string_view until) {
 }  // namespace
 
 Wait::Wait(std::string_view until, std::int64_t commands) {
-    const std::string_view text = TrimBlanks(until);
-    const std::size_t end = std::min(text.find(' '), text.size());
-    const std::string_view word = text.substr(0, end);
-    const std::string_view rest = TrimBlanks(text.substr(end));
+    std::string_view rest = until;
+    const std::string_view word = TakeWord(rest);
     if (word == "time") {
         m_kind = Kind::Time;
         m_time = ReadNumbers<1>(rest, until)[0];

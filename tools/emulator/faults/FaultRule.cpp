@@ -1,13 +1,11 @@
 #include "faults/FaultRule.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstddef>
 #include <iterator>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -30,9 +28,8 @@ struct Split {
 };
 
 Split SplitWord(std::string_view text) {
-    const std::size_t blank = text.find(' ');
-    return blank == std::string_view::npos ? Split{text, {}}
-                                           : Split{text.substr(0, blank), TrimBlanks(text.substr(blank))};
+    const std::string_view word = TakeWord(text);
+    return {word, text};
 }
 
 /// The first words of all rows of a table.
@@ -93,13 +90,12 @@ Pattern ParsePattern(std::string_view text) {
 
 /// A whole number of the part of a rule that `what` names.
 int ParseWhole(std::string_view text, const std::string& what, int least, int most) {
-    int number = 0;
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (result.ec != std::errc{} || result.ptr != text.data() + text.size() || number < least || number > most) {
+    const auto number = ReadExactly<int>(text);
+    if (!number || *number < least || *number > most) {
         throw FaultError(what + " needs a whole number from " + std::to_string(least) + " to " + std::to_string(most) +
                          ", not " + InQuotes(text));
     }
-    return number;
+    return *number;
 }
 
 double ParseSeconds(std::string_view text) {

@@ -1,13 +1,11 @@
 #include "incubator/DeviceFault.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -48,12 +46,11 @@ class Arguments {
 
     int TakeWhole(const std::string& what, int least) {
         const std::string_view text = Take(what);
-        int number = 0;
-        const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-        if (result.ec != std::errc{} || result.ptr != text.data() + text.size() || number < least) {
+        const auto number = ReadExactly<int>(text);
+        if (!number || *number < least) {
             Fail(what + " must be a whole number from " + std::to_string(least) + " on, not " + InQuotes(text));
         }
-        return number;
+        return *number;
     }
 
     double TakeAmount(const std::string& what) {

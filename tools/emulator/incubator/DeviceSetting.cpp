@@ -1,11 +1,9 @@
 #include "incubator/DeviceSetting.h"
 
-#include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <vector>
 
 #include "incubator/Motion.h"
@@ -29,12 +27,11 @@ double NumberOf(std::string_view what, std::string_view value) {
 }
 
 int WholeOf(std::string_view text) {
-    int number = 0;
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (result.ec != std::errc{} || result.ptr != text.data() + text.size()) {
+    const auto number = ReadExactly<int>(text);
+    if (!number) {
         throw SettingError(InQuotes(text) + " is no number of a product or a device");
     }
-    return number;
+    return *number;
 }
 
 }  // namespace

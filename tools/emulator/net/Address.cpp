@@ -3,13 +3,13 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/udp.hpp>
 #include <boost/system/error_code.hpp>
-#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <system_error>
 
+#include "text/Number.h"
 #include "text/Parsed.h"
 #include "text/Words.h"
 
@@ -56,13 +56,11 @@ Parsed<ServerAddress> ParseServerAddress(std::string_view text) {
         return Parsed<ServerAddress>::Error(InQuotes(text) + " is no server: write HOST:PORT, such as 127.0.0.1:60001");
     }
     if (sides.hasPort) {
-        int port = 0;
-        const char* const end = sides.port.data() + sides.port.size();
-        const auto result = std::from_chars(sides.port.data(), end, port);
-        if (result.ec != std::errc{} || result.ptr != end || port < 1 || port > kLastPort) {
+        const auto port = ReadExactly<int>(sides.port);
+        if (!port || *port < 1 || *port > kLastPort) {
             return Parsed<ServerAddress>::Error(InQuotes(text) + " has no port from 1 to 65535 behind its colon");
         }
-        address.port = static_cast<std::uint16_t>(port);
+        address.port = static_cast<std::uint16_t>(*port);
     }
     return Parsed<ServerAddress>::Of(address);
 }

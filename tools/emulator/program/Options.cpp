@@ -3,13 +3,11 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstddef>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -19,6 +17,7 @@
 #include "net/Address.h"
 #include "platform/Installation.h"
 #include "text/Duration.h"
+#include "text/Number.h"
 #include "text/Parsed.h"
 #include "text/Words.h"
 #include "transcript/Recorder.h"
@@ -310,11 +309,11 @@ void TakeServerWords(Options& options) {
     constexpr std::string_view kPort = "port=";
     for (const std::string& word : options.serverWords) {
         if (word.starts_with(kPort)) {
-            const char* const end = word.data() + word.size();
-            const auto result = std::from_chars(word.data() + kPort.size(), end, options.port);
-            if (result.ec != std::errc{} || result.ptr != end || options.port < 1 || options.port > kLastPort) {
+            const auto port = ReadExactly<int>(std::string_view(word).substr(kPort.size()));
+            if (!port || *port < 1 || *port > kLastPort) {
                 throw std::runtime_error("\"" + word + "\" names no port");
             }
+            options.port = *port;
         } else if (word != "server" && !word.starts_with("address=")) {
             throw std::runtime_error("\"" + word +
                                      "\" is no word that starts a server: server address=localhost port=60000");

@@ -1,12 +1,12 @@
 #include "protocol/Answer.h"
 
-#include <charconv>
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <vector>
+
+#include "text/Number.h"
 
 namespace emulator {
 
@@ -29,12 +29,12 @@ std::optional<ReplyParts> SplitReply(std::string_view datagram) {
     if (second == std::string_view::npos || !datagram.ends_with('\r')) {
         return std::nullopt;
     }
-    ReplyParts parts;
-    const char* const codeEnd = datagram.data() + first;
-    const auto [end, error] = std::from_chars(datagram.data(), codeEnd, parts.answer.code);
-    if (error != std::errc{} || end != codeEnd) {
+    const auto code = ReadExactly<int>(datagram.substr(0, first));
+    if (!code) {
         return std::nullopt;
     }
+    ReplyParts parts;
+    parts.answer.code = *code;
     parts.echo = datagram.substr(first + 1, second - first - 1);
     parts.answer.payload = datagram.substr(second + 1, datagram.size() - second - 2);
     // "007" and "-0" are codes, too, but would not come out as they went in.

@@ -1,12 +1,12 @@
 #include "protocol/Command.h"
 
-#include <charconv>
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <vector>
+
+#include "text/Number.h"
 
 namespace emulator {
 
@@ -14,16 +14,7 @@ namespace {
 
 template <class Number>
 std::optional<Number> Parse(const std::vector<std::string>& arguments, std::size_t index) {
-    if (index >= arguments.size()) {
-        return std::nullopt;
-    }
-    const std::string& text = arguments[index];
-    Number number{};
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (result.ec != std::errc{} || result.ptr != text.data() + text.size()) {
-        return std::nullopt;
-    }
-    return number;
+    return index < arguments.size() ? ReadExactly<Number>(arguments[index]) : std::nullopt;
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include "text/Number.h"
 #include "text/Parsed.h"
+#include "text/Words.h"
 
 namespace emulator {
 
@@ -28,8 +29,6 @@ std::vector<std::string_view> Split(std::string_view text, char separator) {
         text.remove_prefix(end + 1);
     }
 }
-
-char HexDigit(unsigned value) { return "0123456789ABCDEF"[value & 0xFU]; }
 
 /// The byte of an escape such as "\x7F" that begins at `text`; takes it off.
 char TakeEscape(std::string_view& text) {
@@ -112,7 +111,7 @@ std::string Escape(std::string_view bytes) {
         } else if (byte == '\\') {
             text += "\\\\";
         } else if (value < 0x20 || value > 0x7E || bytes == kNothing) {
-            text += {'\\', 'x', HexDigit(value >> 4U), HexDigit(value)};
+            text += EscapedByte(byte);
         } else {
             text += byte;
         }

@@ -11,6 +11,7 @@
 #include "check/CheckRun.h"
 #include "text/Json.h"
 #include "text/Number.h"
+#include "text/Words.h"
 
 namespace check {
 
@@ -36,7 +37,6 @@ std::string Padded(std::string text, std::size_t width) {
 std::string Xml(const std::string& text) {
     // What is not UTF-8 is replaced, as in JSON.
     const std::string clean = nlohmann::json::parse(JsonQuoted(text)).get<std::string>();
-    constexpr std::string_view kHexadecimal = "0123456789ABCDEF";
     std::string xml;
     for (const char character : clean) {
         const auto byte = static_cast<unsigned char>(character);
@@ -49,7 +49,7 @@ std::string Xml(const std::string& text) {
         } else if (character == '"') {
             xml += "&quot;";
         } else if (byte < 0x20 || byte == 0x7F) {
-            xml.append("\\x").append({kHexadecimal[byte >> 4U], kHexadecimal[byte & 0xFU]});
+            xml += EscapedByte(character);
         } else {
             xml += character;
         }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <filesystem>
@@ -20,6 +19,7 @@
 #include "model/Event.h"
 #include "model/Reading.h"
 #include "platform/GrowingFile.h"
+#include "text/Number.h"
 #include "text/Text.h"
 #include "text/Time.h"
 
@@ -59,18 +59,8 @@ class Lines {
 
 /// Nothing unless all of the text is one finite number.
 std::optional<double> ParseNumber(std::string_view text) {
-    double value = 0.0;
-    const char* const end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, value);
-    const bool whole = result.ec == std::errc{} && result.ptr == end && std::isfinite(value);
-    return whole ? std::optional(value) : std::nullopt;
-}
-
-std::optional<int> ParseInteger(std::string_view text) {
-    int value = 0;
-    const char* const end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, value);
-    return result.ec == std::errc{} && result.ptr == end ? std::optional(value) : std::nullopt;
+    const auto value = ReadExactly<double>(text);
+    return value && std::isfinite(*value) ? value : std::nullopt;
 }
 
 std::optional<ChannelKind> ParseKind(std::string_view name) {
@@ -98,7 +88,7 @@ ChannelInfo ParseChannel(std::string_view value, const Lines& lines) {
     }
     ChannelInfo channel;
     const auto kind = ParseKind(fields[2]);
-    const auto number = ParseInteger(fields[3]);
+    const auto number = ReadExactly<int>(fields[3]);
     if (!kind || !number || (fields[9] != "0" && fields[9] != "1")) {
         throw lines.Error("this is no channel");
     }
@@ -131,7 +121,7 @@ void TakeComment(std::string_view line, const Lines& lines, LogHeader& header) {
     } else if (name == "simulated") {
         header.device.simulated = value == "yes";
     } else if (name == "port") {
-        header.device.port = ParseInteger(value);
+        header.device.port = ReadExactly<int>(value);
     } else if (name == "interval") {
         const auto interval = ParseNumber(value);
         if (!interval || *interval <= 0.0) {

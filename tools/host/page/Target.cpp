@@ -1,14 +1,14 @@
 #include "page/Target.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <utility>
+
+#include "text/Number.h"
 
 namespace {
 
@@ -103,9 +103,4 @@ std::optional<std::string> PercentDecode(std::string_view text) {
     return decoded;
 }
 
-std::optional<std::int64_t> ParseWhole(std::string_view text) {
-    std::int64_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    const bool isAll = error == std::errc{} && end == text.data() + text.size();
-    return isAll ? std::optional(number) : std::nullopt;
-}
+std::optional<std::int64_t> ParseWhole(std::string_view text) { return ReadExactly<std::int64_t>(text); }
