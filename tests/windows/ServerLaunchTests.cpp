@@ -8,14 +8,17 @@
 #include <filesystem>
 #include <fstream>
 #include <optional>
+#include <string>
 #include <string_view>
 
+#include "Channels.h"
 #include "InstalledEmulator.h"
 #include "LoopbackServer.h"
 #include "oko/CDevApiInterface.h"
 #include "windows/EmulatorProcess.h"
 #include "windows/LoadedLibrary.h"
 #include "windows/Processes.h"
+#include "windows/ScratchFolder.h"
 
 namespace {
 
@@ -119,6 +122,33 @@ TEST_F(ServerLaunchTests, Program_IsOpenedWithAWindowOfNormalSize) {
     std::ifstream(record) >> showState;
     EXPECT_EQ(showState, SW_SHOWNORMAL);
     device.Close();
+}
+
+TEST_F(ServerLaunchTests, InstalledProxy_StartsTheRealServerAndItsRecordReplaysToTheSameValue) {
+    const std::filesystem::path folder = ScratchFolder() + L"real server";
+    std::filesystem::create_directories(folder);
+    const std::filesystem::path server = folder / L"Real Server.exe";
+    const std::wstring record = (folder / L"session.txt").wstring();
+    ASSERT_TRUE(CopyFileW((ProgramFolder() + L"oko-control-emulator.exe").c_str(), server.wstring().c_str(), FALSE));
+    m_installed.emplace(L"--proxy 127.0.0.1:60001 --start \"" + server.wstring() + L"\" --append --record \"" + record +
+                        L"\"");
+    CDevApiInterface& device = m_library.Device(0);
+    const auto read = [&device] {
+        double value = -7.0;
+        EXPECT_EQ(TemperatureOf(device, 0).GetCurrentTemperature(&value), 0);
+        device.Close();
+        return value;
+    };
+    EXPECT_EQ(InitWithPlaceholder(), 0);
+    EXPECT_EQ(HostRecord::CountLines(L"Server started on "), 1U);
+    const double recorded = read();
+    EXPECT_EQ(EndProcesses(kProgram), 1);
+    EXPECT_EQ(EndProcesses(server.filename().wstring()), 1);
+
+    const EmulatorProcess replay(L"--replay \"" + record + L"\"");
+    device.ApplyConnection(L"m_iComPort 3");
+    EXPECT_EQ(device.Init(HostRecord::Callback, nullptr), 0);
+    EXPECT_EQ(read(), recorded);
 }
 
 TEST_F(ServerLaunchTests, NothingInstalled_IsSaidAndFails) {

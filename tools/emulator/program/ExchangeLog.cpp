@@ -14,10 +14,14 @@ void ExchangeLog::Open() {
     }
 }
 
-void ExchangeLog::Add(const Exchange& exchange) {
+void ExchangeLog::Show(const Exchange& exchange) {
     if (!m_options.quiet) {
         m_output.Show(FormatTranscriptLine(exchange));
     }
+}
+
+void ExchangeLog::Add(const Exchange& exchange) {
+    Show(exchange);
     if (m_recorder) {
         // At once: what a client has seen answered is in the record, whatever happens next.
         m_recorder->Add(exchange);

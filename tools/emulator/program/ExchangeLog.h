@@ -22,7 +22,11 @@ class ExchangeLog {
     /// Whether anybody wants to know.
     bool IsWanted() const { return !m_options.quiet || m_recorder.has_value(); }
 
+    /// Shows and records it.
     void Add(const Exchange& exchange);
+
+    /// Only shows it.
+    void Show(const Exchange& exchange);
 
  private:
     const Options& m_options;

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <optional>
@@ -43,6 +44,33 @@ void AddRules(Faults& faults, const Options& options) {
     }
 }
 
+/// The exchanges of a server that the proxy may have started. What clients got before its first answer is the proxy's
+/// own word: in the record, it would have a replay leave a library's first question without an answer.
+class ProxyLog {
+ public:
+    explicit ProxyLog(ExchangeLog& log) : m_log(log) {}
+
+    void ServerIsStarting() { m_bStarting = true; }
+
+    void Add(const Exchange& exchange) {
+        m_bStarting = m_bStarting && std::ranges::all_of(exchange.replies, &std::string::empty, &Reply::datagram);
+        if (m_bStarting) {
+            ++m_unanswered;
+            m_log.Show(exchange);
+        } else {
+            m_log.Add(exchange);
+        }
+    }
+
+    /// How many exchanges were before the server's first answer.
+    int Unanswered() const { return m_unanswered; }
+
+ private:
+    ExchangeLog& m_log;
+    bool m_bStarting = false;
+    int m_unanswered = 0;
+};
+
 /// What the client gets for the real server's reply.
 Transmission Distort(Faults& faults, const std::string& command, const std::string& reply) {
     const std::vector<FaultEffect> effects = faults.Fire(command, RunFrame::Now());
@@ -64,7 +92,8 @@ void RunProxy(const Options& options) {
         output.Show("fault " + InQuotes(rule.source) + " on " + InQuotes(command));
     });
     AddRules(faults, options);
-    ExchangeLog log(options, output);
+    ExchangeLog exchanges(options, output);
+    ProxyLog log(exchanges);
     Proxy::Options passing;
     passing.server = FindServer(options.proxied);
     passing.onExchange = [&log](const std::string& /*client*/, const Exchange& exchange) { log.Add(exchange); };
@@ -82,14 +111,21 @@ void RunProxy(const Options& options) {
             throw std::runtime_error(behind.sentence);
         }
         output.Say(behind.sentence);
+        if (behind.state == BehindState::Started) {
+            log.ServerIsStarting();
+        }
         passing.startingPatience = kStartingPatience;
     }
     const int port = listening.local_endpoint().port();
     Proxy proxy(frame.Context(), std::move(listening), std::move(passing));
-    log.Open();
+    exchanges.Open();
     output.Say("answering on 127.0.0.1:" + std::to_string(port) + " for " + AddressText(FindServer(options.proxied)));
     frame.Run([] {});
     proxy.Stop();
+    if (!options.record.empty() && log.Unanswered() > 0) {
+        output.Say("not in the record: " + std::to_string(log.Unanswered()) +
+                   " commands before the server's first answer");
+    }
     for (const FaultStatus& status : faults.NeverFired()) {
         output.Say(SayNeverFired(status));
     }
