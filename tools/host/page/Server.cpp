@@ -29,10 +29,10 @@
 #include "model/Event.h"
 #include "model/Snapshot.h"
 #include "page/Access.h"
+#include "page/PageSession.h"
 #include "page/Request.h"
 #include "page/Router.h"
 #include "page/ServerLimits.h"
-#include "page/Session.h"
 #include "show/SnapshotJson.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "page/Session.h"
+#include "page/PageSession.h"
 
 #include <algorithm>
 #include <array>
