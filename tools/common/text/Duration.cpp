@@ -49,7 +49,7 @@ double TakeUnit(std::string_view& text) {
 /// The number that the text begins with; negative for none. Takes it off the text.
 double TakeNumber(std::string_view& text) {
     double number = 0.0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed);
+    const auto [end, error] = ReadDouble(text.data(), text.data() + text.size(), number, std::chars_format::fixed);
     if (error != std::errc{} || !std::isfinite(number) || std::signbit(number)) {
         return -1.0;
     }

@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include "text/Parsed.h"
+#include "text/ReadDouble.h"
 
 namespace {
 
@@ -52,7 +53,7 @@ std::string WithPoints(std::string_view text) {
 Parsed<double> ParseNumber(std::string_view text) {
     text = TrimBlanks(text);
     double value = 0.0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    const auto [end, error] = ReadDouble(text.data(), text.data() + text.size(), value);
     if (error == std::errc::result_out_of_range) {
         return Parsed<double>::Error(Quoted(text) + " is too large or too small a number");
     }

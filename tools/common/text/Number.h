@@ -5,8 +5,10 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <type_traits>
 
 #include "text/Parsed.h"
+#include "text/ReadDouble.h"
 
 /// Numbers as people and files write them: with a point, whatever the locale.
 
@@ -19,7 +21,12 @@ template <class Number>
 std::optional<Number> ReadExactly(std::string_view text) {
     Number number{};
     const char* const end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, number);
+    std::from_chars_result result{};
+    if constexpr (std::is_same_v<Number, double>) {
+        result = ReadDouble(text.data(), end, number);
+    } else {
+        result = std::from_chars(text.data(), end, number);
+    }
     return result.ec == std::errc{} && result.ptr == end ? std::optional(number) : std::nullopt;
 }
 

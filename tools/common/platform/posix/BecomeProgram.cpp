@@ -19,6 +19,22 @@ ExecArguments::ExecArguments(const std::string& file, const std::vector<std::str
     m_pointers.push_back(nullptr);
 }
 
+namespace {
+
+/// Closes every file from this number on.
+bool CloseFrom(int first) {
+#ifdef __linux__
+    return close_range(static_cast<unsigned>(first), ~0U, 0) == 0;
+#else
+    for (int number = getdtablesize() - 1; number >= first; --number) {
+        close(number);
+    }
+    return true;
+#endif
+}
+
+}  // namespace
+
 void BecomeProgram(const char* file, char* const* arguments, const char* folder, const StandardFiles& files,
                    int problem) {
     constexpr int kProblem = 3;
@@ -26,7 +42,7 @@ void BecomeProgram(const char* file, char* const* arguments, const char* folder,
     // The three first, then the way to tell a problem; the rest is closed.
     if (dup2(files.input, STDIN_FILENO) >= 0 && dup2(files.output, STDOUT_FILENO) >= 0 &&
         dup2(files.errors, STDERR_FILENO) >= 0 && (problem == kProblem || dup2(problem, kProblem) >= 0) &&
-        fcntl(kProblem, F_SETFD, FD_CLOEXEC) == 0 && close_range(kProblem + 1, ~0U, 0) == 0 && chdir(folder) == 0) {
+        fcntl(kProblem, F_SETFD, FD_CLOEXEC) == 0 && CloseFrom(kProblem + 1) && chdir(folder) == 0) {
         sigset_t none;
         sigemptyset(&none);
         pthread_sigmask(SIG_SETMASK, &none, nullptr);

@@ -20,6 +20,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -29,6 +30,7 @@
 
 #include "platform/posix/BecomeProgram.h"
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/Pipe.h"
 #include "text/Text.h"
 
 namespace {
@@ -36,17 +38,12 @@ namespace {
 constexpr int kPollMs = 20;
 constexpr int kEndPollMs = 1;  // once it has closed its output, which it mostly does by ending
 
-struct Pipe {
-    Descriptor read;
-    Descriptor write;
-};
-
-Pipe MakePipe() {
-    std::array<int, 2> ends{};
-    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+Pipe TakePipe() {
+    std::optional<Pipe> pipe = MakePipe();
+    if (!pipe) {
         throw std::runtime_error("no pipe to be had: " + std::generic_category().message(errno));
     }
-    return {Descriptor(ends[0]), Descriptor(ends[1])};
+    return std::move(*pipe);
 }
 
 struct SignalText {
@@ -116,9 +113,9 @@ struct PipedProcess::Impl {
 
 PipedProcess::PipedProcess(const std::filesystem::path& program, const std::vector<std::string>& arguments)
     : m_pImpl(std::make_unique<Impl>()) {
-    Pipe input = MakePipe();
-    Pipe output = MakePipe();
-    Pipe problem = MakePipe();
+    Pipe input = TakePipe();
+    Pipe output = TakePipe();
+    Pipe problem = TakePipe();
     const ExecArguments all(program.string(), arguments);
     m_pImpl->process = fork();
     if (m_pImpl->process == 0) {

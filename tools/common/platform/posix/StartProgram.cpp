@@ -6,11 +6,11 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -18,6 +18,7 @@
 
 #include "platform/posix/BecomeProgram.h"
 #include "platform/posix/Descriptor.h"
+#include "platform/posix/Pipe.h"
 #include "text/Text.h"
 
 namespace {
@@ -42,12 +43,11 @@ std::filesystem::path FindProgram(const std::filesystem::path& program) {
 
 /// Through a process that ends at once: the program becomes an orphan, and its end leaves no zombie here.
 int Start(const char* file, char* const* arguments, const char* folder, int input, int nowhere) {
-    std::array<int, 2> ends{};
-    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+    std::optional<Pipe> pipe = MakePipe();
+    if (!pipe) {
         return errno;
     }
-    const Descriptor read(ends[0]);
-    Descriptor write(ends[1]);
+    auto& [read, write] = *pipe;
     const pid_t middle = fork();
     if (middle < 0) {
         return errno;
@@ -87,18 +87,17 @@ std::string StartProgramIn(const std::filesystem::path& folder, const std::files
     if (!folder.empty()) {
         file = std::filesystem::absolute(file);  // it is started from there
     }
-    std::array<int, 2> ends{};
-    if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
+    std::optional<Pipe> pipe = MakePipe();
+    if (!pipe) {
         return reason(errno);
     }
-    const Descriptor read(ends[0]);
-    Descriptor write(ends[1]);
+    auto& [read, write] = *pipe;
     // Before there is a reader: the pipe holds it all, so nobody has to wait for one.
+    fcntl(write.Get(), F_SETFL, O_NONBLOCK);
     if (!input.empty() && ::write(write.Get(), input.data(), input.size()) != static_cast<ssize_t>(input.size())) {
         return reason(errno);
     }
     write.Close();
-    fcntl(read.Get(), F_SETFL, 0);  // the program is to wait for the end of the text as usual
     const Descriptor nowhere(open("/dev/null", O_WRONLY | O_CLOEXEC));
     const ExecArguments all(file.string(), arguments);
     const int error = Start(file.c_str(), all.Get(), folder.empty() ? "." : folder.c_str(), read.Get(), nowhere.Get());
