@@ -4,6 +4,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -15,6 +16,7 @@
 #include "net/ServerBehind.h"
 #include "net/UdpServer.h"
 #include "program/ExchangeLog.h"
+#include "program/LineOutput.h"
 #include "program/Options.h"
 #include "program/Run.h"
 #include "program/RunFrame.h"

@@ -2,8 +2,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "control/ControlServer.h"
 #include "control/ControlSession.h"
@@ -11,6 +9,7 @@
 #include "faults/Faults.h"
 #include "net/UdpServer.h"
 #include "program/ExchangeLog.h"
+#include "program/LineOutput.h"
 #include "program/Options.h"
 #include "program/Run.h"
 #include "program/RunFrame.h"

@@ -1,10 +1,6 @@
-#include <cstdlib>
+#include <cstddef>
 #include <iostream>
-#include <memory>
 #include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "net/Address.h"
 #include "net/Check.h"
@@ -12,7 +8,6 @@
 #include "program/Run.h"
 #include "program/RunFrame.h"
 #include "program/TranscriptFile.h"
-#include "transcript/Compare.h"
 #include "transcript/Replay.h"
 #include "transcript/Show.h"
 
