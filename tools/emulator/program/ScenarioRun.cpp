@@ -51,17 +51,20 @@ std::string Address(int port) { return "127.0.0.1:" + std::to_string(port); }
 
 /// The port that may go away for a while, as a server that is restarted does.
 void FollowServer(UdpServer& udp, bool isUp, int port, LineOutput& output) {
-    if (!isUp && udp.IsOpen()) {
+    if (isUp == udp.IsOpen()) {
+        return;
+    }
+    if (!isUp) {
         udp.Close();
         output.Say("the server is away");
-    } else if (isUp && !udp.IsOpen()) {
-        try {
-            udp.Open(port);
-            output.Say("the server is back");
-        } catch (const PortError&) {
-            // Somebody has the port meanwhile; it is asked for again at the next tick.
-        }
+        return;
     }
+    try {
+        udp.Open(port);
+    } catch (const PortError&) {
+        return;  // somebody has the port meanwhile; it is asked for again at the next tick
+    }
+    output.Say("the server is back");
 }
 
 }  // namespace
