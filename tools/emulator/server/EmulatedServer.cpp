@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,7 +25,7 @@ namespace emulator {
 
 namespace {
 
-const std::string kScenarioOrigin = "an event or a rule";
+constexpr const char* kScenarioOrigin = "an event or a rule";
 
 }  // namespace
 
@@ -40,8 +41,8 @@ void EmulatedServer::Load(const std::string& scenario, double now) {
     Forget([&](const Started& started) { return started.onDevice || started.origin.starts_with(m_scenario + "/"); });
     m_clock.TakePassed(now);
     m_loaded = std::move(loaded);
-    m_incubator.emplace(m_loaded, m_seed,
-                        [this](const EventScenario& event) { m_say("event " + InQuotes(event.action)); });
+    m_incubator = std::make_unique<Incubator>(
+        m_loaded, m_seed, [this](const EventScenario& event) { m_say("event " + InQuotes(event.action)); });
     m_scenario = scenario;
     for (std::size_t i = 0; i < m_loaded.faults.size(); ++i) {
         Start(m_loaded.faults[i], scenario + "/faults/" + std::to_string(i), now);
@@ -134,9 +135,10 @@ std::vector<FaultState> EmulatedServer::ListFaults(double now) {
     for (const auto& [number, started] : m_started) {
         FaultState fault{number, started.fault, started.origin, started.onDevice, 0, 0, std::nullopt};
         if (started.onDevice) {
-            const auto running = std::ranges::find(state.faults, started.number, &RunningFault::number);
-            if (running->until) {
-                fault.secondsLeft = *running->until - state.seconds;
+            const std::optional<double> until =
+                std::ranges::find(state.faults, started.number, &RunningFault::number)->until;
+            if (until) {
+                fault.secondsLeft = *until - state.seconds;
             }
         } else if (const auto rule = std::ranges::find(rules, started.number, &FaultStatus::number);
                    rule != rules.end()) {

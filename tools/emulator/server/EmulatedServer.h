@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -78,9 +79,9 @@ class EmulatedServer {
 
     unsigned m_seed;
     Say m_say;
-    std::string m_scenario;  // as it was named
-    Scenario m_loaded;       // as it began
-    std::optional<Incubator> m_incubator;
+    std::string m_scenario;                  // as it was named
+    Scenario m_loaded;                       // as it began
+    std::unique_ptr<Incubator> m_incubator;  // never none after the first Load
     Faults m_faults;
     IncubatorClock m_clock;
     std::map<int, Started> m_started;  // by number
