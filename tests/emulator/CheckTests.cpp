@@ -7,13 +7,14 @@
 #include <chrono>
 #include <cstddef>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "Loopback.h"
+#include "protocol/Answer.h"
+#include "transcript/Compare.h"
 #include "transcript/Replay.h"
 #include "transcript/Transcript.h"
 

@@ -6,7 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
-#include <string_view>
+#include <utility>
 
 #include "control/RemoteControl.h"
 #include "control/Wait.h"

@@ -3,11 +3,10 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <nlohmann/json_fwd.hpp>
 #include <string>
-#include <string_view>
 #include <vector>
 
+#include "protocol/Answer.h"
 #include "server/EmulatedServer.h"
 
 namespace emulator {
