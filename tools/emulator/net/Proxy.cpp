@@ -172,7 +172,7 @@ void Proxy::Impl::TakeReply(const ClientPtr& client, const std::string& reply) {
     if (!m_options.onReply) {
         SendToClient(client->address, reply);
         m_matcher.Answered(open, 1, now);
-        m_matcher.Sent(open, reply, now);
+        ExchangeMatcher::Sent(open, reply, now);
         return;
     }
     const Transmission datagrams = m_options.onReply(open->exchange.command.value_or(""), reply);
@@ -182,7 +182,7 @@ void Proxy::Impl::TakeReply(const ClientPtr& client, const std::string& reply) {
             SendLater(client, open, datagram);
         } else {
             SendToClient(client->address, datagram.bytes);
-            m_matcher.Sent(open, datagram.bytes, m_options.seconds());
+            ExchangeMatcher::Sent(open, datagram.bytes, m_options.seconds());
         }
     }
 }
@@ -197,7 +197,7 @@ void Proxy::Impl::TakeRefusal(const ClientPtr& client) {
 void Proxy::Impl::AnswerWithNothing(const ExchangeMatcher::OpenPtr& open) {
     const double now = m_options.seconds();
     m_matcher.Answered(open, 1, now);
-    m_matcher.Sent(open, {}, now);
+    ExchangeMatcher::Sent(open, {}, now);
 }
 
 /// The client's record; made where it is new, and then perhaps in the place of the one that was silent longest.
@@ -253,7 +253,7 @@ void Proxy::Impl::SendLater(const ClientPtr& client, const ExchangeMatcher::Open
             }
             self->m_delays.erase(timer);
             self->SendToClient(client->address, bytes);
-            self->m_matcher.Sent(open, bytes, self->m_options.seconds());
+            ExchangeMatcher::Sent(open, bytes, self->m_options.seconds());
         });
 }
 
