@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <system_error>
 
 #include "text/Number.h"
 #include "text/Parsed.h"

@@ -3,7 +3,6 @@
 #include <array>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/udp.hpp>
-#include <cstddef>
 #include <functional>
 #include <stdexcept>
 #include <string>
