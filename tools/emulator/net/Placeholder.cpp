@@ -9,6 +9,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 #include "net/Room.h"
@@ -30,7 +31,7 @@ Placeholder::Placeholder(asio::io_context& context, int port, std::function<void
     : m_onTaken(std::move(onTaken)), m_socket(context, udp::v4()), m_scout(context, udp::v4()), m_round(context) {
     m_socket.set_option(udp::socket::reuse_address(true));
     error_code error;
-    m_socket.bind(Loopback(port), error);
+    std::ignore = m_socket.bind(Loopback(port), error);
     if (error) {
         throw PortError("port " + std::to_string(port) + " is in use: another server is running");
     }
@@ -82,7 +83,7 @@ void Placeholder::WaitForScout() {
             return;
         }
         // What came before the port had a new owner.
-        m_socket.non_blocking(true, error);
+        std::ignore = m_socket.non_blocking(true, error);
         for (;;) {
             const std::size_t length = m_socket.receive_from(asio::buffer(m_buffer), m_peer, 0, error);
             if (error) {

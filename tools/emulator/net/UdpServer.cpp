@@ -38,7 +38,7 @@ constexpr std::chrono::seconds kAskingPatience{10};  // a placeholder on a busy 
 
 bool Bind(udp::socket& socket, int port) {
     error_code error;
-    socket.bind(Loopback(port), error);
+    std::ignore = socket.bind(Loopback(port), error);
     return !error;
 }
 
@@ -73,7 +73,7 @@ void UdpServer::Open(int port) {
 
 void UdpServer::Close() {
     error_code ignored;
-    m_socket.close(ignored);
+    std::ignore = m_socket.close(ignored);
 }
 
 int UdpServer::Port() const {
