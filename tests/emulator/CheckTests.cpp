@@ -4,6 +4,8 @@
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/udp.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/system/error_code.hpp>
 #include <chrono>
 #include <cstddef>
 #include <functional>
@@ -102,6 +104,16 @@ TEST_F(CheckTests, SilentServer_IsADifferenceAndHoldsNothingUp) {
     AnswerFrom("1\treadcurval 9\t0_readcurval 9_37.000\\r\n3\treadcurval 9\t0_readcurval 9_37.100\\r\n");
     options.timeout = std::chrono::milliseconds(30);
     EXPECT_EQ(Texts(Run(kRecord)), Lines{"line 1, status: number: recorded 1 datagram, got no answer"});
+}
+
+TEST_F(CheckTests, AnswerThatTookLongWhenItWasRecorded_IsWaitedForAsMuchLonger) {
+    boost::asio::steady_timer late(context);
+    server.onGot = [&](const Peer::Got& got) {
+        late.expires_after(std::chrono::milliseconds(200));
+        late.async_wait([&, from = got.from](const boost::system::error_code&) { server.Send("0_x_1\r", from); });
+    };
+    options.timeout = std::chrono::milliseconds(1);
+    EXPECT_EQ(Texts(Run("0 10\tx\t0_x_1\\r\n")), Lines{});
 }
 
 TEST_F(CheckTests, AnswerWhereNoneWasRecorded_IsADifference) {

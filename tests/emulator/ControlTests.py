@@ -2,9 +2,10 @@
 
 import json
 import socket
+import subprocess
 import unittest
 
-from RunningEmulator import Client, Emulator, Folder, run
+from RunningEmulator import PROGRAM, Client, Emulator, Folder, run
 
 CONTROL = ("--control-port", "0", "--scenario", "product-9")
 
@@ -87,6 +88,20 @@ class RequestTests(unittest.TestCase):
         self.refuse("speed 0")
         self.refuse("step -1")
 
+    def test_stop_all_leaves_what_the_command_line_started(self):
+        with Emulator("--control-port", "0", "--fault", "status; always; code 7") as emulator, emulator.control() as control:
+            control.ask("start findstat; always; code 7")
+            control.ask("stop all")
+            self.assertEqual([fault["from"] for fault in control.ask("faults")["faults"]], ["--fault 1"])
+
+    def test_rules_of_a_scenario_end_with_it(self):
+        with Folder() as folder:
+            (folder / "mine.json").write_text('{"faults": ["status; always; code 7"]}')
+            self.ask(f"load {folder / 'mine.json'}")
+            self.assertEqual(self.client.ask("status")[0], "7")
+            self.ask("load product-9")
+            self.assertEqual(self.client.ask("status")[0], "0")
+
     def test_load_begins_anew_and_leaves_the_faults_that_were_started(self):
         self.ask("start status; always; code 7")
         self.ask("start freeze 9 0")
@@ -97,19 +112,27 @@ class RequestTests(unittest.TestCase):
         self.assertEqual(self.client.ask("listconprod"), "0_listconprod_12\r")
 
     def test_wait_ends_when_it_is_so(self):
-        number = self.ask("start findstat; always; code 7")["number"]
-        for until, sent in (("command readcurval*", "readcurval 9"), ("commands 2", "status"), (f"fault {number}", "findstat")):
+        number = self.ask("start findstat; nth 2; code 7")["number"]
+        self.ask("watch on")  # tells what had come before it was so
+        for until, sent in (("command readcurval*", ["status", "readcurval 9"]), ("commands 2", ["status", "status"]),
+                            (f"fault {number}", ["findstat", "status", "findstat"])):
             with self.subTest(until=until):
                 self.control.say(json.dumps({"do": "wait", "until": until, "within": 60, "id": until}))
                 with self.emulator.control() as other:  # its answer shows that the wait began, or is about to
                     other.ask("state")
-                for _ in range(3):
-                    self.client.ask(sent)
+                for command in sent:
+                    self.client.ask(command)
+                self.assertEqual([self.control.hear()["exchange"]["command"] for _ in sent], sent)
                 reply = self.control.hear()
                 self.assertEqual((reply["ok"], reply["id"]), (True, until))
-        self.ask("set 9 0 value 25")
-        self.ask("speed 10000")
-        self.ask("wait value 9 0 30 60 within 60")
+
+    def test_value_is_waited_for_from_below_and_from_above(self):
+        self.ask("speed 1000")
+        for start, low, high in (25, 30, 60), (50, 0, 45):
+            self.ask(f"set 9 0 value {start}")
+            self.ask(f"wait value 9 0 {low} {high} within 60")
+            value = self.device()["value"]
+            self.assertTrue(low <= value <= high, value)
 
     def test_wait_that_does_not_come_ends_in_its_time_and_in_turn(self):
         self.control.say("wait command findstat within 0.2")
@@ -133,8 +156,9 @@ class RequestTests(unittest.TestCase):
     def test_fault_whose_time_is_over_is_gone(self):
         number = self.ask("start freeze 9 0 for 30")["number"]
         self.ask("pause")
-        self.assertLessEqual(self.ask("faults")["faults"][0]["secondsLeft"], 30)
-        self.ask("step 31")
+        self.ask("step 10")
+        self.assertLessEqual(self.ask("faults")["faults"][0]["secondsLeft"], 20)
+        self.ask("step 21")
         self.assertEqual(self.ask("faults")["faults"], [])
         self.refuse(f"stop {number}")
 
@@ -167,9 +191,12 @@ class RoadTests(unittest.TestCase):
             self.assertEqual(emulator.process.wait(60), 0)
 
     def test_end_of_input_ends_the_emulator_only_where_that_is_asked(self):
-        with Emulator("--control-input", "--for", "2s") as emulator:
-            emulator.process.stdin.close()
-            self.assertEqual(emulator.process.wait(60), 0)
+        with Emulator("--control-input", until_eof=False) as stays, stays.client() as client:
+            with Emulator("--control-input") as goes:
+                stays.process.stdin.close()
+                goes.process.stdin.close()
+                self.assertEqual(goes.process.wait(60), 0)
+            self.assertEqual(client.ask("checkcon 9"), "0_checkcon 9_1\r")
 
     def test_ctl_says_requests_and_its_exit_code_tells_whether_they_were_done(self):
         with Emulator(*CONTROL) as emulator:
@@ -183,6 +210,17 @@ class RoadTests(unittest.TestCase):
             run("ctl", *port, "quit")
             self.assertEqual(emulator.process.wait(60), 0)
         self.assertIn("no emulator", run("ctl", *port, "state", expect=2))
+
+    def test_ctl_goes_on_watching_until_the_emulator_ends(self):
+        with Emulator(*CONTROL) as emulator, emulator.client() as client:
+            words = [PROGRAM, "ctl", "--control-port", str(emulator.control_port), "watch", "on"]
+            with subprocess.Popen(words, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True) as watching:
+                self.assertEqual(json.loads(watching.stdout.readline()), {"ok": True})
+                for command in "status", "checkcon 9":
+                    client.ask(command)
+                    self.assertEqual(json.loads(watching.stdout.readline())["exchange"]["command"], command)
+                emulator.process.stdin.close()
+                self.assertEqual(watching.wait(60), 0)
 
     def test_foreign_page_in_a_browser_controls_nothing(self):
         with Emulator(*CONTROL) as emulator, emulator.client() as client:
@@ -204,6 +242,29 @@ class RoadTests(unittest.TestCase):
                 self.assertTrue(one_more.is_dropped())
             for control in controls:
                 control.__exit__()
+            # It learns of their going when it comes to it.
+            self.assertTrue(any(self.is_heard(emulator) for _ in range(1000)))
+
+    @staticmethod
+    def is_heard(emulator):
+        with emulator.control() as control:
+            try:
+                control.say("state")
+                return control.file.readline() != ""
+            except ConnectionError:
+                return False
+
+    def test_one_who_does_not_read_is_dropped(self):
+        with Emulator(*CONTROL) as emulator, emulator.client() as client, emulator.control() as deaf:
+            deaf.socket.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 65536)  # else the system keeps tens of megabytes
+            deaf.ask("watch on")
+            commands = 120  # 14 MB of lines, of which the system keeps 4
+            for _ in range(commands):
+                client.ask("x" * 60000)
+            heard = 0
+            while some := deaf.socket.recv(1 << 20):
+                heard += len(some)
+            self.assertLess(heard, commands * 120000)
 
     def test_restart_takes_the_server_away_and_brings_it_back(self):
         with Emulator(*CONTROL) as emulator, emulator.control() as control:

@@ -82,9 +82,18 @@ class RefusalTests(unittest.TestCase):
                 (["--replay", str(record), "--scenario", "product-9"], "--missing model"),
                 (["--replay", str(record), "--speed", "2"], "--missing model"),
                 (["--replay", str(record), "--record", str(record)], "at the same time"),
-                (["--replay", str(record), "--record", str(folder / "." / "run.txt")], "at the same time"),
+                (["--replay", str(record), "--record", f"{folder}/./run.txt"], "at the same time"),
                 (["--record", str(record)], "--overwrite"),
                 (["--append"], "--record"),
+                (["--record", str(record), "--overwrite", "--append"], "--overwrite does not go with --append"),
+                (["--placeholder", "--record", str(folder / "new.txt")], "--placeholder does not go with --record"),
+                (["--placeholder", "--speed", "2"], "--placeholder does not go with --speed"),
+                (["--check", str(record), "--replay", str(record)], "--check does not go with --replay"),
+                (["--check", str(record), "--fault", "status; always; silent"], "--check does not go with --fault"),
+                (["--server", "127.0.0.1:1"], "--server goes with --check"),
+                (["--tolerance", "1"], "--tolerance goes with --check"),
+                (["--start", str(record)], "--start goes with --proxy"),
+                (["--missing", "perhaps"], "none of refuse, silent and model"),
                 (["--missing", "model"], "--replay"),
                 (["--timing", "recorded"], "--replay or --check"),
                 (["--show", str(record), "--fault", "status; always; silent"], "--fault"),
@@ -93,8 +102,8 @@ class RefusalTests(unittest.TestCase):
                 (["--proxy", "127.0.0.1:9", "--start", str(record)], "cannot start"),
             ):
                 with self.subTest(arguments=arguments):
-                    done = subprocess.run([PROGRAM, "--port", "0", *arguments] if "word" not in arguments else [PROGRAM, *arguments],
-                                          stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=60)
+                    done = subprocess.run([PROGRAM, "--port", "0", "--until-eof", *arguments], stdin=subprocess.DEVNULL,
+                                          capture_output=True, text=True, timeout=60)
                     self.assertIn(done.returncode if done.returncode < 100 else 100, (1, 100), done.stdout)
                     self.assertIn(said, done.stdout + done.stderr)
                     self.assertEqual(record.read_text(), "0.1\tstatus\t0_status_ \\r\n")

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <exception>
 #include <filesystem>
 #include <fstream>
@@ -9,7 +10,12 @@
 #include <iterator>
 #include <string>
 #include <system_error>
+#include <tuple>
 #include <vector>
+
+#ifndef _WIN32
+#include <sys/resource.h>
+#endif
 
 namespace emulator {
 
@@ -125,6 +131,43 @@ TEST_F(RecorderTests, FullDisk_IsSaidOnceAndEndsNothing) {
     }
     ASSERT_EQ(troubles.size(), 1U);
     EXPECT_EQ(troubles[0], "the record /dev/full ends here: No space left on device");
+}
+#endif
+
+#ifndef _WIN32
+/// No file grows beyond so many bytes while this lives, as on a disk that is full.
+class SmallDisk {
+ public:
+    explicit SmallDisk(rlim_t bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit{bytes, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~SmallDisk() {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        std::ignore = std::signal(SIGXFSZ, m_handler);
+    }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+
+ private:
+    rlimit m_before{};
+    void (*m_handler)(int);
+};
+
+TEST_F(RecorderTests, FullDisk_LeavesWhatIsReadable) {
+    Put("0\ta\tb\n");
+    {
+        const SmallDisk disk(20);
+        Recorder recorder(file, RecordMode::Append,
+                          [this](const std::string& sentence) { troubles.push_back(sentence); });
+        for (int i = 0; i < 3; ++i) {
+            recorder.Add({1.0, "x", {}, 0});
+            recorder.Flush();
+        }
+    }
+    EXPECT_EQ(Text(), "0\ta\tb\n1.000\tx\t-\n");
+    EXPECT_EQ(troubles.size(), 1U);
 }
 #endif
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -72,6 +73,17 @@ TEST(ReplayTests, UnknownCommand_IsWarnedOfOnce) {
         replay.Answer(command);
     }
     EXPECT_EQ(warnings, (std::vector<std::string>{"a", "b"}));
+}
+
+TEST(ReplayTests, FloodOfUnknownCommands_IsWarnedOfUpToALimit) {
+    std::size_t warnings = 0;
+    ReplayOptions options = Missing(MissingReply::Silent);
+    options.onMissing = [&](const std::string&) { ++warnings; };
+    Replay replay = ReplayOf("0\tx\ta", options);
+    for (int i = 0; i < 3000; ++i) {
+        replay.Answer("noise " + std::to_string(i));
+    }
+    EXPECT_EQ(warnings, 1000U);
 }
 
 }  // namespace

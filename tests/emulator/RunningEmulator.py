@@ -16,8 +16,8 @@ PATIENCE = 60  # seconds, for what comes at once on a machine that has time
 class Emulator:
     """Runs while the with statement does, and ends with its input as under a script."""
 
-    def __init__(self, *options, quiet=True):
-        self.options = ["--port", "0", "--until-eof", *(["--quiet"] if quiet else []), *options]
+    def __init__(self, *options, quiet=True, until_eof=True):
+        self.options = ["--port", "0", *(["--until-eof"] if until_eof else []), *(["--quiet"] if quiet else []), *options]
         self.lines = []
         self.changed = threading.Condition()
 
@@ -39,6 +39,8 @@ class Emulator:
     def __exit__(self, *_):
         if not self.process.stdin.closed:
             self.process.stdin.close()
+        if "--until-eof" not in self.options:
+            self.process.terminate()
         try:
             self.process.wait(PATIENCE)
         finally:

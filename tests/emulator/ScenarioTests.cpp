@@ -97,6 +97,19 @@ TEST(ScenarioTests, Mistakes_AreNamedWithFileAndPlace) {
     EXPECT_NE(syntax.find("line 2, column"), std::string::npos);
 }
 
+TEST(ScenarioTests, UnknownMembers_AreNamedWhereverTheyStand) {
+    for (const std::string place :
+         {"products/0", "products/0/devices/0", "products/0/parameters/0", "status/0", "events/0"}) {
+        const auto odd = [&](std::string_view here) { return place == here ? R"(, "colour": 3)" : ""; };
+        const std::string json = std::string(R"({"products": [{"number": 9, "devices": [{"number": 0)") +
+                                 odd("products/0/devices/0") + R"(}], "parameters": [{"number": 1)" +
+                                 odd("products/0/parameters/0") + "}]" + odd("products/0") +
+                                 R"(}], "status": [{"product": 9, "device": 0, "error": 1)" + odd("status/0") +
+                                 R"(}], "events": [{"at": 1, "do": "restart")" + odd("events/0") + "}]}";
+        EXPECT_EQ(Complaint(json), "my.json/" + place + ": \"colour\" is not known");
+    }
+}
+
 /// What is said about these members of device 1 of the first product.
 std::string ComplaintAboutDevice(const std::string& members) {
     return Complaint(R"({"products": [{"number": 9, "devices": [{"number": 0}, {)" + members + "}]}]}");
@@ -122,7 +135,11 @@ TEST(ScenarioTests, WhatIsNoWholeNumberInItsRange_IsRefusedAndNotCut) {
               "my.json/products/0/parameters/0/number: a whole number from 0 to 9999 is expected, not 10000");
     EXPECT_EQ(Complaint(R"({"status": [{"product": 9, "device": 0, "error": 0}]})"),
               "my.json/status/0/error: a whole number from 1 to 999 is expected, not 0");
+    EXPECT_EQ(Complaint(R"({"status": [{"product": 18, "device": 0, "error": 1}]})"),
+              "my.json/status/0/product: a whole number from 0 to 17 is expected, not 18");
     EXPECT_EQ(Complaint(R"({"status": [{"product": 9, "error": 1}]})"), "my.json/status/0: \"device\" is missing");
+    EXPECT_EQ(Complaint(R"({"status": [{"device": 0, "error": 1}]})"), "my.json/status/0: \"product\" is missing");
+    EXPECT_EQ(Complaint(R"({"status": [{"product": 9, "device": 0}]})"), "my.json/status/0: \"error\" is missing");
 }
 
 TEST(ScenarioTests, ValuesOfDevices_LieWithinTheirLimits) {
