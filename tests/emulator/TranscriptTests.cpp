@@ -75,9 +75,9 @@ TEST(TranscriptTests, Read_GivesTimesCommandsAndReplies) {
 }
 
 TEST(TranscriptTests, WrongLines_AreNamedByTheirNumber) {
-    for (const char* const text :
-         {"0.1\tstatus\ta\nonly one field", "0.1\tstatus\ta\n0.2\tstatus\t\\q", "0.1\tx\ty\n0\tx\t\\x1",
-          "0.1\tx\ty\n0\tx", "1\tx\ty\n1 2 3\tx\ty", "1\tx\ty\n1 2 3\tx\t-"}) {
+    for (const char* const text : {"0.1\tstatus\ta\nonly one field", "0.1\tstatus\ta\n0.2\tstatus\t\\q",
+                                   "0.1\tx\ty\n0\tx\t\\x1", "0.1\tx\ty\n0\tx\t\\x1y", "0.1\tx\ty\n0\tx\t\\xyz",
+                                   "0.1\tx\ty\n0\tx", "1\tx\ty\n1 2 3\tx\ty", "1\tx\ty\n1 2 3\tx\t-"}) {
         EXPECT_EQ(Complaint(text).substr(0, 7), "line 2:") << text;
     }
 }
