@@ -5,10 +5,13 @@ import os
 import re
 import resource
 import shutil
+import signal
 import subprocess
 import sys
 import time
 import tomllib
+from dataclasses import dataclass
+from functools import partial
 from pathlib import Path
 
 ROOT = Path.cwd()
@@ -16,7 +19,22 @@ TABLES = ROOT / "scripts/mutations"
 WORK = ROOT / "build/mutate"
 COPY = WORK / "tree"
 BUILD = COPY / "build/native"
-TESTS = BUILD / "tests/unit/oko-unit-tests"
+
+
+@dataclass(frozen=True)
+class Ring:
+    """The tests that look at the breaks of a folder: what is built, GoogleTest's program, unittest's modules."""
+    folder: str
+    targets: tuple
+    program: str
+    modules: tuple = ()
+
+
+RINGS = (
+    Ring("src/", ("oko-unit-tests",), "tests/unit/oko-unit-tests"),
+    Ring("tools/emulator/", ("oko-emulator-tests", "oko-control-emulator"), "tests/emulator/oko-emulator-tests",
+         ("ProgramTests", "TranscriptProgramTests", "ControlTests", "DocumentationTests")),
+)
 
 # Some breaks end in an endless loop or a dead lock, with records that grow; a healthy run takes a few seconds.
 TEST_TIMEOUT_S = 120
@@ -58,8 +76,12 @@ def configure():
                           stderr=subprocess.STDOUT, text=True)
 
 
-def build():
-    return subprocess.run(["cmake", "--build", BUILD, "--target", "oko-unit-tests"], stdout=subprocess.PIPE,
+def ring_of(entry):
+    return next((ring for ring in RINGS if entry["file"].startswith(ring.folder)), RINGS[0])
+
+
+def build(ring):
+    return subprocess.run(["cmake", "--build", BUILD, "--target", *ring.targets], stdout=subprocess.PIPE,
                           stderr=subprocess.STDOUT, text=True)
 
 
@@ -67,21 +89,39 @@ def limit_memory():
     resource.setrlimit(resource.RLIMIT_AS, (TEST_MEMORY_BYTES, TEST_MEMORY_BYTES))
 
 
-def failed_tests():
-    """The tests that fail, none when all pass. One that ends the process, or never ends, is the last one that began."""
-    try:
-        run = subprocess.run([TESTS], cwd=BUILD, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                             timeout=TEST_TIMEOUT_S, preexec_fn=limit_memory)
-        output, end = run.stdout, "" if run.returncode == 0 else "ended the process"
-    except subprocess.TimeoutExpired as timeout:
-        output, end = timeout.stdout or b"", "never ends"
+def run_tests(command, folder, forms):
+    """The tests that fail, none when all pass. One that ends the process, or never ends, is the last one that began.
+    `forms` say how the output names a test that begins, one that failed, and the end of all."""
+    begun, failed, all_over = forms
+    environment = dict(os.environ, OKO_SOURCE_DIR=str(COPY), OKO_EMULATOR=str(BUILD / "bin/oko-control-emulator"))
+    with subprocess.Popen(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                          stderr=subprocess.STDOUT, start_new_session=True, preexec_fn=limit_memory) as process:
+        try:
+            output, _ = process.communicate(timeout=TEST_TIMEOUT_S)
+            end = "" if process.returncode == 0 else "ended the process"
+        except subprocess.TimeoutExpired:
+            os.killpg(process.pid, signal.SIGKILL)  # and the programs that the tests started
+            output, end = process.communicate()[0], "never ends"
     text = output.decode(errors="replace")
-    failed = list(dict.fromkeys(re.findall(r"^\[  FAILED  \] (\w+\.\w+)", text, re.MULTILINE)))
-    complete = re.search(r"^\[==========\] .* ran\.", text, re.MULTILINE)
-    if end and not (failed and complete):
-        begun = re.findall(r"^\[ RUN      \] (\w+\.\w+)", text, re.MULTILINE)
-        failed.append(f"{begun[-1] if begun else '?'} ({end})")
-    return failed
+    names = list(dict.fromkeys(re.findall(failed, text, re.MULTILINE)))
+    if end and not (names and re.search(all_over, text, re.MULTILINE)):
+        names.append(f"{(['?'] + re.findall(begun, text, re.MULTILINE))[-1]} ({end})")
+    return names
+
+
+GOOGLE_TEST = (r"^\[ RUN      \] (\w+\.\w+)", r"^\[  FAILED  \] (\w+\.\w+)", r"^\[==========\] .* ran\.")
+UNITTEST = (r"^test_\w+ \(([\w.]+)\)", r"^(?:FAIL|ERROR): \w+ \(([\w.]+)\)", r"^Ran \d+ test")
+
+
+def failed_tests(ring):
+    """The tests of the ring that fail; Python's only when none of GoogleTest's does, for they start programs."""
+    if failed := run_tests([BUILD / ring.program], BUILD, GOOGLE_TEST):
+        return failed
+    for module in ring.modules:
+        command = [sys.executable, "-B", "-m", "unittest", "--verbose", "--failfast", module]
+        if failed := run_tests(command, COPY / "tests/emulator", UNITTEST):
+            return failed
+    return []
 
 
 def judge(entry):
@@ -92,10 +132,10 @@ def judge(entry):
         return False, f"DOES NOT FIT: its text is there {source.count(entry['old'])} times"
     path.write_text(source.replace(entry["old"], entry["new"]), encoding="utf-8")
     try:
-        built = build()
+        built = build(ring_of(entry))
         if built.returncode != 0:
             return False, "DOES NOT COMPILE:\n" + built.stdout
-        failed = failed_tests()
+        failed = failed_tests(ring_of(entry))
     finally:
         path.write_text(source, encoding="utf-8")
     if not failed:
@@ -117,12 +157,14 @@ def main():
     except BlockingIOError:
         sys.exit("mutate: another run works here")
     copy_tree()
-    for step in (configure, build):
+    rings = [ring for ring in RINGS if any(ring_of(entry) == ring for entry in breaks)]
+    for step in (configure, *(partial(build, ring) for ring in rings)):
         done = step()
         if done.returncode != 0:
             sys.exit(done.stdout + "mutate: the copy does not build")
-    if failed := failed_tests():
-        sys.exit("mutate: these fail without any break: " + ", ".join(failed))
+    for ring in rings:
+        if failed := failed_tests(ring):
+            sys.exit("mutate: these fail without any break: " + ", ".join(failed))
 
     caught = 0
     started = time.monotonic()
