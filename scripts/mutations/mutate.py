@@ -33,7 +33,7 @@ class Ring:
 RINGS = (
     Ring("src/", ("oko-unit-tests",), "tests/unit/oko-unit-tests"),
     Ring("tools/emulator/", ("oko-emulator-tests", "oko-control-emulator"), "tests/emulator/oko-emulator-tests",
-         ("ProgramTests", "TranscriptProgramTests", "ControlTests", "DocumentationTests")),
+         ("ProgramTests", "TranscriptProgramTests", "SessionTests", "ControlTests", "DocumentationTests")),
 )
 
 # Some breaks end in an endless loop or a dead lock, with records that grow; a healthy run takes a few seconds.

@@ -32,6 +32,14 @@ class RecordTests(FolderTests):
                 client.ask(command)
                 self.assertEqual(self.commands("new.txt")[-1], command)
 
+    def test_quiet_records_without_showing(self):
+        with Emulator("--record", str(self.folder / "new.txt")) as emulator, emulator.client() as client:
+            client.ask("checkcon 9")
+            emulator.process.stdin.close()
+            emulator.wait_for(r"^\(end of output\)$")
+            self.assertFalse([line for line in emulator.lines if "checkcon" in line])
+        self.assertEqual(self.commands("new.txt"), ["checkcon 9"])
+
     def test_record_that_is_there_goes_on_or_is_replaced_as_asked(self):
         for option, kept in ("--append", ["listprod", "status", "status"]), ("--overwrite", []):
             self.write("record.txt", RECORD)
