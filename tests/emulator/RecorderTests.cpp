@@ -8,6 +8,7 @@
 #include <fstream>
 #include <ios>
 #include <iterator>
+#include <random>
 #include <string>
 #include <system_error>
 #include <tuple>
@@ -58,7 +59,8 @@ class RecorderTests : public testing::Test {
 
     std::vector<std::string> troubles;
     fs::path folder = fs::temp_directory_path() /
-                      ("oko record " + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
+                      ("oko record " + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) +
+                       " " + std::to_string(std::random_device{}()));
     fs::path file = folder / "run.txt";
 };
 

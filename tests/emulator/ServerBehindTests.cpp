@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -47,7 +48,8 @@ class ServerBehindTests : public testing::Test {
     }
 
     fs::path folder = fs::temp_directory_path() /
-                      ("oko behind " + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
+                      ("oko behind " + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) +
+                       " " + std::to_string(std::random_device{}()));
     fs::path program = folder / "server";
     boost::asio::io_context context;
 };
