@@ -11,9 +11,9 @@
 #include <string_view>
 
 #include "incubator/Incubator.h"
-#include "incubator/Scenario.h"
 #include "protocol/Answer.h"
 #include "protocol/Command.h"
+#include "scenarios/ScenarioReader.h"
 
 namespace emulator {
 

@@ -12,6 +12,7 @@
 #include "faults/FaultRule.h"
 #include "incubator/DeviceFault.h"
 #include "incubator/Scenario.h"
+#include "scenarios/ScenarioReader.h"
 
 namespace emulator {
 

@@ -9,9 +9,9 @@
 #include "incubator/DeviceFault.h"
 #include "incubator/Incubator.h"
 #include "incubator/RunningFaults.h"
-#include "incubator/Scenario.h"
 #include "protocol/Answer.h"
 #include "protocol/Command.h"
+#include "scenarios/ScenarioReader.h"
 
 namespace emulator {
 

@@ -10,6 +10,7 @@
 #include "incubator/Scenario.h"
 #include "protocol/Answer.h"
 #include "protocol/Command.h"
+#include "scenarios/ScenarioReader.h"
 
 namespace emulator {
 

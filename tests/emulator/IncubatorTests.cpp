@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
-#include "incubator/Scenario.h"
 #include "protocol/Answer.h"
 #include "protocol/Command.h"
+#include "scenarios/ScenarioReader.h"
 
 namespace emulator {
 

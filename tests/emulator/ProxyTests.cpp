@@ -16,12 +16,12 @@
 
 #include "Loopback.h"
 #include "incubator/Incubator.h"
-#include "incubator/Scenario.h"
 #include "net/Address.h"
 #include "net/Room.h"
 #include "net/UdpServer.h"
 #include "protocol/Answer.h"
 #include "protocol/Command.h"
+#include "scenarios/ScenarioReader.h"
 #include "transcript/Replay.h"
 #include "transcript/Transcript.h"
 

@@ -12,6 +12,7 @@
 #include "incubator/DeviceFault.h"
 #include "incubator/Incubator.h"
 #include "protocol/Command.h"
+#include "scenarios/ScenarioReader.h"
 
 namespace emulator {
 

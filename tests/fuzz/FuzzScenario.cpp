@@ -13,6 +13,7 @@
 #include "protocol/Answer.h"
 #include "protocol/Command.h"
 #include "protocol/CommandTable.h"
+#include "scenarios/ScenarioReader.h"
 
 // The ready-made ones are no files that somebody wrote.
 const std::map<std::string, std::string_view>& emulator::ReadyScenarios() {

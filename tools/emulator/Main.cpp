@@ -6,12 +6,12 @@
 #include <iostream>
 
 #include "control/Ctl.h"
-#include "incubator/Scenario.h"
 #include "net/UdpServer.h"
 #include "platform/Installation.h"
 #include "program/Options.h"
 #include "program/Run.h"
 #include "protocol/CommandTable.h"
+#include "scenarios/ScenarioReader.h"
 
 namespace emulator {
 

@@ -16,12 +16,12 @@
 #include "Channels.h"
 #include "Report.h"
 #include "endure/windows/Exchanges.h"
-#include "incubator/Scenario.h"
 #include "oko/CDevApiInterface_GasConcentration.h"
 #include "oko/CDevApiInterface_Humidifier.h"
 #include "oko/CDevApiInterface_Temperature.h"
 #include "oko/INotify.h"
 #include "oko/Result.h"
+#include "scenarios/ScenarioReader.h"
 #include "windows/EmulatorProcess.h"
 #include "windows/ScratchFolder.h"
 

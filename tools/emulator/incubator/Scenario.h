@@ -1,10 +1,8 @@
 #pragma once
 
-#include <map>
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -111,14 +109,5 @@ void CheckDeviceFault(const Scenario& scenario, const DeviceFault& fault);
 
 /// Why this cannot stand in a status report; nothing where it can.
 std::string WhatIsWrong(const StatusScenario& status);
-
-/// Reads a scenario from JSON text; `place` stands for the file in error messages. Throws ScenarioError.
-Scenario ParseScenario(std::string_view text, const std::string& place);
-
-/// The ready-made scenarios: their JSON texts by name.
-const std::map<std::string, std::string_view>& ReadyScenarios();
-
-/// A ready-made scenario, or a file. Throws ScenarioError.
-Scenario LoadScenario(const std::string& nameOrFile);
 
 }  // namespace emulator

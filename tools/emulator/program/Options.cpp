@@ -13,9 +13,9 @@
 
 #include "OkoVersion.h"
 #include "control/ControlTable.h"
-#include "incubator/Scenario.h"
 #include "net/Address.h"
 #include "platform/Installation.h"
+#include "scenarios/ScenarioReader.h"
 #include "text/Duration.h"
 #include "text/Number.h"
 #include "text/Parsed.h"

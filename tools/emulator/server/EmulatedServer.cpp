@@ -19,6 +19,7 @@
 #include "incubator/Scenario.h"
 #include "protocol/Answer.h"
 #include "protocol/Command.h"
+#include "scenarios/ScenarioReader.h"
 #include "text/Words.h"
 
 namespace emulator {

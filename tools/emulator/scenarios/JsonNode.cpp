@@ -1,4 +1,4 @@
-#include "incubator/JsonNode.h"
+#include "scenarios/JsonNode.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,5 +1,5 @@
 # Writes OUTPUT, a source file that holds the texts of all SCENARIOS by their names.
-set(source "#include \"incubator/Scenario.h\"\n\nconst std::map<std::string, std::string_view>& emulator::ReadyScenarios() {\n")
+set(source "#include \"scenarios/ScenarioReader.h\"\n\nconst std::map<std::string, std::string_view>& emulator::ReadyScenarios() {\n")
 string(APPEND source "    static const std::map<std::string, std::string_view> scenarios{\n")
 foreach(file ${SCENARIOS})
     get_filename_component(name ${file} NAME_WE)

@@ -1,3 +1,5 @@
+#include "scenarios/ScenarioReader.h"
+
 #include <algorithm>
 #include <fstream>
 #include <ios>
@@ -11,9 +13,9 @@
 #include "faults/FaultRule.h"
 #include "incubator/DeviceFault.h"
 #include "incubator/DeviceSetting.h"
-#include "incubator/JsonNode.h"
 #include "incubator/Motion.h"
 #include "incubator/Scenario.h"
+#include "scenarios/JsonNode.h"
 #include "text/Duration.h"
 
 namespace emulator {
