@@ -124,12 +124,19 @@ def failed_tests(ring):
     return []
 
 
+def misfit(entry, tree):
+    """Why the break cannot be made in that tree; nothing where it can."""
+    path = tree / entry["file"]
+    count = path.read_text(encoding="utf-8").count(entry["old"]) if path.is_file() else 0
+    return "" if count == 1 else f"DOES NOT FIT: its text is there {count} times"
+
+
 def judge(entry):
     """Makes one break in the copy, and mends it again. Gives whether a test saw it, and a text."""
+    if problem := misfit(entry, COPY):
+        return False, problem
     path = COPY / entry["file"]
-    source = path.read_text(encoding="utf-8") if path.is_file() else ""
-    if source.count(entry["old"]) != 1:
-        return False, f"DOES NOT FIT: its text is there {source.count(entry['old'])} times"
+    source = path.read_text(encoding="utf-8")
     path.write_text(source.replace(entry["old"], entry["new"]), encoding="utf-8")
     try:
         built = build(ring_of(entry))
@@ -145,7 +152,16 @@ def judge(entry):
     return True, ", ".join(failed[:shown]) + more
 
 
+def check_fits():
+    """Ends the program; as a failure when a break no longer fits the sources."""
+    problems = [f"mutate: {entry['file']}: {entry['name']}: {problem}"
+                for entry in load_breaks("") if (problem := misfit(entry, ROOT))]
+    sys.exit("\n".join(problems) or 0)
+
+
 def main():
+    if sys.argv[1:] == ["--fits"]:
+        check_fits()
     pattern = sys.argv[1] if len(sys.argv) > 1 else ""
     breaks = load_breaks(pattern)
     if not breaks:

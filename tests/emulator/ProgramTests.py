@@ -64,6 +64,8 @@ class EndTests(unittest.TestCase):
 
 class RefusalTests(unittest.TestCase):
     def test_what_would_be_ignored_or_do_harm_is_refused(self):
+        with Emulator() as free:
+            pass
         with Folder() as folder:
             record = folder / "run.txt"
             record.write_text("0.1\tstatus\t0_status_ \\r\n")
@@ -99,7 +101,7 @@ class RefusalTests(unittest.TestCase):
                 (["--show", str(record), "--fault", "status; always; silent"], "--fault"),
                 (["--proxy", "127.0.0.1:1", "--scenario", "product-9"], "--scenario"),
                 (["--proxy", "127.0.0.1:1", "--fault", "*; always; freeze 9 0"], "a real one"),
-                (["--proxy", "127.0.0.1:9", "--start", str(record)], "cannot start"),
+                (["--proxy", f"127.0.0.1:{free.port}", "--start", str(record)], "cannot start"),
             ):
                 with self.subTest(arguments=arguments):
                     done = subprocess.run([PROGRAM, "--port", "0", "--until-eof", *arguments], stdin=subprocess.DEVNULL,

@@ -103,8 +103,7 @@ class CheckTests(FolderTests):
             with Emulator("--replay", self.record, "--record", str(self.folder / f"seen {paused}.txt")) as server:
                 self.check(self.record, server, *options, expect=0)
         (first, _, last), (_, pause, end) = self.times("seen False.txt"), self.times("seen True.txt")
-        self.assertLess(last - first, end - pause)
-        self.assertGreater(end - pause, 0.4)  # of the 0.8 s that are recorded, on a machine that is busy
+        self.assertLess(2 * (last - first), end - pause)
 
 
 class ShowTests(FolderTests):
