@@ -5,12 +5,15 @@
 #include <unistd.h>
 
 #include <array>
+#include <chrono>
+#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -41,6 +44,16 @@ void HostFolder::Write(const std::string& name, const std::string& text) const {
 std::string HostFolder::Read(const std::string& name) const {
     std::ifstream file(Path(name));
     return {std::istreambuf_iterator<char>(file), {}};
+}
+
+bool HostFolder::HasHeard(const std::string& text, std::size_t from) const {
+    for (int tries = 0; tries < 2000; ++tries) {
+        if (Journal().find(text, from) != std::string::npos) {
+            return true;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return false;
 }
 
 HostProcess::HostProcess(const HostFolder& folder, const std::string& command,

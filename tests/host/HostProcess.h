@@ -1,6 +1,7 @@
 #pragma once
 
 #include <csignal>
+#include <cstddef>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -24,6 +25,9 @@ class HostFolder {
 
     /// What was called that changes something, a line each.
     std::string Journal() const { return Read("journal"); }
+
+    /// Waits some seconds for that text in the journal, behind its first `from` bytes.
+    bool HasHeard(const std::string& text, std::size_t from = 0) const;
 
  private:
     std::filesystem::path m_folder;

@@ -111,6 +111,17 @@ TEST_F(MonitorTests, FirstInterrupt_EndsTheWatchAndClosesTheDevice) {
     EXPECT_NE(folder.Journal().find("Close"), std::string::npos);
 }
 
+TEST_F(MonitorTests, InterruptBeforeATargetIsTaken_EndsInOrder) {
+    folder.Tell("delay 0.2\n");
+    HostProcess host(folder, "monitor", {"--set", "CO2=7"});
+    ASSERT_TRUE(folder.HasHeard("set CO2"));
+    host.Signal(SIGINT);
+    EXPECT_EQ(host.ExitCode(), kExitNoAnswer) << host.Output();
+    EXPECT_NE(host.Output().find("ended before the device had taken the target of CO2"), std::string::npos)
+        << host.Output();
+    EXPECT_NE(folder.Journal().find("Close"), std::string::npos);
+}
+
 TEST_F(MonitorTests, SecondInterrupt_EndsTheProgramAtOnce) {
     HostProcess host(folder, "monitor", {"--every", "50ms", "--answer-within", "1h"});
     ASSERT_TRUE(host.HasWritten("row 2\n"));

@@ -2,12 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <csignal>
 #include <cstddef>
 #include <nlohmann/json.hpp>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "ExitCode.h"
@@ -22,6 +20,18 @@ class SetCommandTests : public testing::Test {
     int Run(Arguments arguments) {
         arguments.insert(arguments.end(), {"--every", "50ms"});
         HostProcess host(folder, "set", arguments);
+        const int code = host.ExitCode();
+        output = host.Output();
+        return code;
+    }
+
+    /// Sets a target of CO2, and is interrupted when the library hears of it.
+    int RunInterrupted(Arguments arguments) {
+        arguments.insert(arguments.begin(), {"CO2", "7", "--every", "50ms"});
+        const std::size_t before = folder.Journal().size();
+        HostProcess host(folder, "set", arguments);
+        EXPECT_TRUE(folder.HasHeard("set CO2", before));
+        host.Signal(SIGINT);
         const int code = host.ExitCode();
         output = host.Output();
         return code;
@@ -87,13 +97,14 @@ TEST_F(SetCommandTests, Refusal_IsAFailure) {
 
 TEST_F(SetCommandTests, Interrupt_EndsTheWaitUnsettled) {
     folder.Tell("value CO2 1\n");
-    HostProcess host(folder, "set", {"CO2", "7", "--wait", "--every", "50ms", "--json"});
-    ASSERT_TRUE(host.HasWritten("simulated"));
-    for (int i = 0; i < 1000 && folder.Journal().find("CO2") == std::string::npos; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    host.Signal(SIGINT);
-    EXPECT_EQ(host.ExitCode(), kExitNotSettled) << host.Output();
+    EXPECT_EQ(RunInterrupted({"--wait", "--json"}), kExitNotSettled) << output;
+}
+
+TEST_F(SetCommandTests, InterruptBeforeTheAnswer_IsNoSilenceOfTheDevice) {
+    folder.Tell("delay 0.2\n");
+    EXPECT_EQ(RunInterrupted({"--wait"}), kExitNotSettled) << output;
+    EXPECT_TRUE(Says("oko-host: ended before the device had taken the target of CO2")) << output;
+    EXPECT_EQ(RunInterrupted({}), kExitNoAnswer) << output;
 }
 
 TEST_F(SetCommandTests, Json_HasTheOutcome) {

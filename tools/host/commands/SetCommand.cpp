@@ -118,12 +118,11 @@ int Setting::Begin(WatchRun& run) {
         return Refuse(kExitBadTarget,
                       channel.key + " has no tolerances, so nobody can see whether it settles: leave out --wait");
     }
-    std::optional<device_message::TargetSet> answer;
-    run.SetTarget(m_channel, m_request.value, [&answer](const auto& set) { answer = set; });
-    run.RunUntil([&] { return answer.has_value() || run.IsSilent(); });
+    const auto answer = run.SetTargetAndWait(m_channel, m_request.value);
     m_begun = Now();
     if (!answer) {
-        return Refuse(kExitNoAnswer, "the device did not answer when the target of " + channel.key + " was set");
+        const bool endedWaiting = m_request.wait && !run.IsSilent();
+        return Refuse(endedWaiting ? kExitNotSettled : kExitNoAnswer, DescribeUnanswered(run, channel.key));
     }
     return TakeAnswer(channel, *answer);
 }

@@ -106,6 +106,14 @@ void WatchRun::SetTarget(std::size_t channel, double value, OnTargetSet onSet) {
     m_device->SetTarget(m_nRequests, channel, value);
 }
 
+std::optional<device_message::TargetSet> WatchRun::SetTargetAndWait(std::size_t channel, double value) {
+    // Shared: the answer may come when nobody waits for it any more.
+    const auto answer = std::make_shared<std::optional<device_message::TargetSet>>();
+    SetTarget(channel, value, [answer](const device_message::TargetSet& set) { *answer = set; });
+    RunUntil([&] { return answer->has_value() || IsSilent(); });
+    return *answer;
+}
+
 void WatchRun::AddEvent(EventKind kind, const std::string& text, const std::string& channel) {
     Tell({.id = 0, .when = ::Now(), .kind = kind, .channel = channel, .text = text});
 }

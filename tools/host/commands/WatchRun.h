@@ -58,8 +58,11 @@ class WatchRun {
     /// left as it is. Adds the event of the end. To be called once, whether or not Open went well.
     void Close();
 
-    /// Asks for a target; the answer comes while RunUntil runs, or never.
+    /// Asks for a target; the answer comes while RunUntil or Close runs, or never.
     void SetTarget(std::size_t channel, double value, OnTargetSet onSet);
+
+    /// The same, and waits for the answer. None when a call takes too long, at Ctrl+C, or when the device is gone.
+    std::optional<device_message::TargetSet> SetTargetAndWait(std::size_t channel, double value);
 
     /// Adds an event of this program's own.
     void AddEvent(EventKind kind, const std::string& text, const std::string& channel = {});

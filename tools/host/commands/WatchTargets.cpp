@@ -45,6 +45,11 @@ std::string DescribeTaken(const ChannelInfo& channel, const device_message::Targ
     return channel.key + ": asked " + FormatShortest(set.asked) + ", the device took " + FormatShortest(*set.taken);
 }
 
+std::string DescribeUnanswered(const WatchRun& run, const std::string& channel) {
+    return run.IsSilent() ? "the device did not answer when the target of " + channel + " was set"
+                          : "ended before the device had taken the target of " + channel;
+}
+
 TargetsOutcome SetTargets(WatchRun& run, const std::vector<TargetSetting>& targets, bool strict) {
     TargetsOutcome outcome;
     std::vector<std::size_t> indexes;
@@ -58,13 +63,10 @@ TargetsOutcome SetTargets(WatchRun& run, const std::vector<TargetSetting>& targe
         }
     }
     for (std::size_t i = 0; i < targets.size() && outcome.exitCode != kExitBadTarget; ++i) {
-        std::optional<device_message::TargetSet> result;
-        run.SetTarget(indexes[i], targets[i].value, [&result](const auto& set) { result = set; });
-        run.RunUntil([&] { return result.has_value() || run.IsSilent(); });
+        const auto result = run.SetTargetAndWait(indexes[i], targets[i].value);
         if (!result) {
             outcome.exitCode = kExitNoAnswer;
-            outcome.sentences.push_back("the device did not answer when the target of " + targets[i].channel +
-                                        " was set");
+            outcome.sentences.push_back(DescribeUnanswered(run, targets[i].channel));
             return outcome;
         }
         const std::string sentence = DescribeTaken(run.Now().channels[indexes[i]], *result);

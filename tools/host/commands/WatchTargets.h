@@ -18,5 +18,8 @@ struct TargetsOutcome {
 /// anything is sent. With `strict` a target that the device changed is kExitClamped.
 TargetsOutcome SetTargets(WatchRun& run, const std::vector<TargetSetting>& targets, bool strict);
 
+/// Why SetTargetAndWait came back without an answer.
+std::string DescribeUnanswered(const WatchRun& run, const std::string& channel);
+
 /// "CO2: asked 99, the device took 60"; empty where it took what was asked, as far as it can show it.
 std::string DescribeTaken(const ChannelInfo& channel, const device_message::TargetSet& set);
