@@ -11,6 +11,7 @@
 
 #include "text/Number.h"
 #include "text/Parsed.h"
+#include "text/ReadDouble.h"
 
 namespace {
 
