@@ -6,7 +6,7 @@ import socket
 import time
 import unittest
 
-from RunningEmulator import PATIENCE, PROGRAM, Emulator, Folder
+from RunningEmulator import PATIENCE, PROGRAM, Client, Emulator, Folder
 
 # Begins to answer when it is told to, and ends by itself should the test not come to it.
 SERVER = f"""#!/bin/sh
@@ -38,9 +38,9 @@ class StartedServer:
         if self.program.exists():
             self.end()
 
-    def proxy(self, record):
+    def proxy(self, record, *options):
         return Emulator("--proxy", f"127.0.0.1:{self.port}", "--start", str(self.program), "--record", str(record),
-                        quiet=False)
+                        *options, quiet=False)
 
     def begin(self, client):
         """Lets it begin, and asks until it answers."""
@@ -71,6 +71,14 @@ def is_free(port):
         return True
 
 
+def answers(port):
+    with Client(port) as client:
+        try:
+            return client.ask("status") != ""
+        except ConnectionRefusedError:
+            return False
+
+
 class StartedServerTests(unittest.TestCase):
     def test_record_begins_with_the_first_answer_and_replays_to_the_same_value(self):
         with Folder() as folder, StartedServer(folder) as server:
@@ -86,6 +94,22 @@ class StartedServerTests(unittest.TestCase):
             with Emulator("--replay", str(record)) as replay, replay.client() as client:
                 self.assertNotEqual(client.ask("status"), "")
                 self.assertEqual(client.value("readcurval 9"), value)
+
+    def test_answer_that_a_rule_takes_away_is_in_the_record(self):
+        for effect, kept in ("empty", "\\0"), ("silent", "-"):
+            with self.subTest(effect=effect), Folder() as folder, StartedServer(folder) as server:
+                record = folder / "session.txt"
+                with server.proxy(record, "--fault", f"findstat; always; {effect}") as proxy, proxy.client() as client:
+                    self.assertEqual(client.ask("listprod"), "")
+                    (folder / "go").touch()
+                    wait_until(lambda: answers(server.port))
+                    client.send("findstat")
+                    if effect == "empty":
+                        self.assertEqual(client.receive(), "")
+                    self.assertNotEqual(client.ask("status"), "")
+                lines = [line.split("\t")[1:] for line in record.read_text().splitlines()]
+                self.assertEqual(lines[0], ["findstat", kept])
+                self.assertEqual(lines[1][0], "status")
 
     def test_server_that_is_lost_later_is_recorded_so(self):
         with Folder() as folder, StartedServer(folder) as server:

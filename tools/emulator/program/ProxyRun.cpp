@@ -47,15 +47,18 @@ void AddRules(Faults& faults, const Options& options) {
 }
 
 /// The exchanges of a server that the proxy may have started. What clients got before its first answer is the proxy's
-/// own word: in the record, it would have a replay leave a library's first question without an answer.
+/// own word: in the record, it would have a replay leave a library's first question without an answer. What a rule made
+/// of an answer belongs there.
 class ProxyLog {
  public:
     explicit ProxyLog(ExchangeLog& log) : m_log(log) {}
 
     void ServerIsStarting() { m_bStarting = true; }
+    void ServerAnswers(double now) { m_firstAnswer = m_firstAnswer.value_or(now); }
 
+    /// To be called in the order in which the exchanges began.
     void Add(const Exchange& exchange) {
-        m_bStarting = m_bStarting && std::ranges::all_of(exchange.replies, &std::string::empty, &Reply::datagram);
+        m_bStarting = m_bStarting && IsBeforeFirstAnswer(exchange);
         if (m_bStarting) {
             ++m_unanswered;
             m_log.Show(exchange);
@@ -68,8 +71,15 @@ class ProxyLog {
     int Unanswered() const { return m_unanswered; }
 
  private:
+    bool IsBeforeFirstAnswer(const Exchange& exchange) const {
+        return !m_firstAnswer || std::ranges::any_of(exchange.replies, [&](const Reply& reply) {
+            return reply.datagram.empty() && exchange.seconds + reply.delaySeconds.value_or(0.0) < *m_firstAnswer;
+        });
+    }
+
     ExchangeLog& m_log;
     bool m_bStarting = false;
+    std::optional<double> m_firstAnswer;  // in the run's seconds
     int m_unanswered = 0;
 };
 
@@ -101,11 +111,10 @@ void RunProxy(const Options& options) {
     passing.onExchange = [&log](const std::string& /*client*/, const Exchange& exchange) { log.Add(exchange); };
     passing.onTrouble = [&output](const std::string& sentence) { output.Say("warning: " + sentence); };
     passing.seconds = RunFrame::Now;
-    if (!options.faults.empty()) {
-        passing.onReply = [&faults](const std::string& command, const std::string& reply) {
-            return Distort(faults, command, reply);
-        };
-    }
+    passing.onReply = [&](const std::string& command, const std::string& reply) {
+        log.ServerAnswers(RunFrame::Now());
+        return options.faults.empty() ? Transmission{{reply, 0}} : Distort(faults, command, reply);
+    };
     auto listening = TakePort(frame.Context(), options.port);
     if (!options.startProgram.empty()) {
         const ServerBehind behind = StartServerBehind(frame.Context(), options.startProgram, passing.server.port());
