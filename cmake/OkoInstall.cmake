@@ -1,5 +1,6 @@
 # What "cmake --install" puts where. A host's project then finds it: find_package(OkoLabBoldLine).
 include(CMakePackageConfigHelpers)
+include(OkoFindTool)
 set(package lib/cmake/OkoLabBoldLine)
 
 install(TARGETS OkoLabBoldLine EXPORT OkoLabBoldLineTargets RUNTIME DESTINATION bin ARCHIVE DESTINATION lib)
@@ -18,8 +19,8 @@ install(DIRECTORY ${CMAKE_SOURCE_DIR}/examples DESTINATION .)
 
 # Microsoft's linker wants an import library of its own kind. This one holds the names of the export list and nothing
 # that depends on a compiler.
-find_program(OKO_LLD_LINK NAMES lld-link-19 lld-link)
-if(MINGW AND OKO_LLD_LINK)
+if(OKO_PACKAGE)
+    oko_find_tool(OKO_LLD_LINK NAMES lld-link-19 ASK --version ANSWERS "LLD 19" PURPOSE "the import library for Microsoft's linker" PACKAGE lld-19)
     set(exports ${CMAKE_SOURCE_DIR}/src/core/win32/Exports.def)
     set(microsoft_library ${CMAKE_BINARY_DIR}/lib/OkoLabBoldLine.lib)
     add_custom_command(OUTPUT ${microsoft_library}

@@ -1,11 +1,8 @@
 # The package: what "cmake --install" puts in place, the pages as HTML and the notices, as a ZIP and as an installer.
 # cpack makes both; scripts/package brings what that needs.
-find_program(OKO_PANDOC NAMES pandoc)
-find_program(OKO_MAKENSIS NAMES makensis)
-if(NOT (OKO_PANDOC AND OKO_MAKENSIS AND OKO_LLD_LINK AND TARGET oko-host))
-    message(STATUS "No packages from this build: pandoc, makensis, lld-link or the tools are missing")
-    return()
-endif()
+include(OkoFindTool)
+oko_find_tool(OKO_PANDOC NAMES pandoc ASK --list-input-formats ANSWERS "gfm" PURPOSE "the package's pages" PACKAGE pandoc)
+oko_find_tool(OKO_MAKENSIS NAMES makensis ASK -VERSION ANSWERS "^v3" PURPOSE "the installer" PACKAGE nsis)
 
 # The pages keep their places, so that their links hold.
 set(html ${CMAKE_BINARY_DIR}/html)

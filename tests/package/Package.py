@@ -36,7 +36,7 @@ class Unzipped:
 def run(*command, **options):
     """Runs a command and gives its output; shows it when the command fails."""
     done = subprocess.run([str(word) for word in command], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                          stderr=subprocess.STDOUT, text=True, timeout=600, **options)
+                          stderr=subprocess.STDOUT, text=True, **options)
     if done.returncode != 0:
         raise AssertionError(f"{command} ended with {done.returncode}:\n{done.stdout}")
     return done.stdout
