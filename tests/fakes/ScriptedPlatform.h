@@ -324,6 +324,9 @@ class WatchedLocks {
  public:
     /// Runs when a thread finds a lock held by another one, before it waits for it. Set it before other threads run.
     std::function<void()> onWait;
+
+    /// Runs when a thread has let a lock go for good, on that thread. Set it before other threads run.
+    std::function<void(const CriticalSection& lock)> onRelease;
 };
 
 /// What became of the library's events.

@@ -34,6 +34,7 @@ void RecordedEvents::Destroy(const ManualResetEvent& event) {
 
 struct CriticalSection::State {
     std::recursive_mutex mutex;
+    int depth = 0;  // how often the thread that has it took it; guarded by itself
 };
 
 CriticalSection::CriticalSection() : m_pState(std::make_unique<State>()) {}
@@ -41,17 +42,24 @@ CriticalSection::CriticalSection() : m_pState(std::make_unique<State>()) {}
 CriticalSection::~CriticalSection() = default;
 
 void CriticalSection::lock() noexcept {
-    if (m_pState->mutex.try_lock()) {
-        return;
+    if (!m_pState->mutex.try_lock()) {
+        ScriptedPlatform* const platform = ScriptedPlatform::CurrentOrNull();
+        if (platform != nullptr && platform->locks.onWait) {
+            platform->locks.onWait();
+        }
+        m_pState->mutex.lock();
     }
-    ScriptedPlatform* const platform = ScriptedPlatform::CurrentOrNull();
-    if (platform != nullptr && platform->locks.onWait) {
-        platform->locks.onWait();
-    }
-    m_pState->mutex.lock();
+    ++m_pState->depth;
 }
 
-void CriticalSection::unlock() noexcept { m_pState->mutex.unlock(); }
+void CriticalSection::unlock() noexcept {
+    const bool last = --m_pState->depth == 0;
+    m_pState->mutex.unlock();
+    ScriptedPlatform* const platform = ScriptedPlatform::CurrentOrNull();
+    if (last && platform != nullptr && platform->locks.onRelease) {
+        platform->locks.onRelease(*this);
+    }
+}
 
 namespace {
 

@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <future>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -21,6 +23,7 @@
 #include "fakes/ScriptedPlatform.h"
 #include "link/Exchange.h"
 #include "oko/HostCallback.h"
+#include "platform/Sync.h"
 
 namespace {
 
@@ -81,6 +84,7 @@ class LockTests : public DeviceTest {
             });
             events.AwaitFirst();
             m_commandsWhileHeld = platform.server.Commands();
+            m_bRunsWhileHeld = device.m_bThreadRun;
             events.Add("released");
         }
         other.join();
@@ -117,6 +121,7 @@ class LockTests : public DeviceTest {
     }
 
     std::vector<std::string> m_commandsWhileHeld;
+    bool m_bRunsWhileHeld = false;
 };
 
 TEST_F(LockTests, StatesTargetsAndTolerances_WaitForTheDataLock) {
@@ -188,6 +193,56 @@ TEST_F(LockTests, AirModeExchange_HoldsTheDataLock) {
     EXPECT_TRUE(WaitsForTheAnswer(
         "bl-param-read 11 237", [&] { EXPECT_EQ(device.m_pGasConcentration[0]->ReadAirMode(&status), 0); },
         [&] { device.m_pTemperature[0]->SetTemperatureRate(1.0); }));
+}
+
+TEST_F(LockTests, AirModeThatWasRead_IsComparedUnderTheDataLock) {
+    CDevApiInterface_Impl& device = Device();
+    platform.server.AnswerPayload("bl-param-read 11 237", "1");
+    Events events;
+    std::thread other;
+    std::atomic<bool> begun = false;
+    platform.locks.onWait = [&events] { events.Add("waits"); };
+    platform.server.SetDefault([&](std::string_view command) -> ServerReply {
+        events.Add(std::string(command));
+        return ScriptedServer::BuiltInReply(command);
+    });
+    // The read has let the lock go. Another thread takes it and stores the same air mode before it lets it go again.
+    platform.locks.onRelease = [&](const CriticalSection& lock) {
+        if (&lock != &device.m_csData || begun.exchange(true)) {
+            return;
+        }
+        std::promise<void> held;
+        other = std::thread([&] {
+            const std::scoped_lock taken(device.m_csData);
+            held.set_value();
+            events.AwaitFirst();
+            device.m_bAirMode = 1;
+            events.Add("released");
+        });
+        held.get_future().wait();
+    };
+    double value = 0.0;
+    EXPECT_EQ(device.m_pGasConcentration[0]->GetTargetGasConcentration(&value), 0);
+    ASSERT_TRUE(other.joinable());
+    other.join();
+    EXPECT_EQ(events.Take(), (std::vector<std::string>{"waits", "released", "readsetpoint 11 0 -1"}));
+    EXPECT_EQ(device.m_pGasConcentration[0]->m_uStatusCount, 0U);
+}
+
+TEST_F(LockTests, RunFlagOfTheValueThread_IsReadAndChangedUnderTheDataLock) {
+    CDevApiInterface_Impl& device = Device();
+    ASSERT_TRUE(device.m_bThreadRun);
+    EXPECT_FALSE(EndsWhileTheLockIsHeld(device, [&device] { device.StopValueThread(); }));
+    EXPECT_TRUE(m_bRunsWhileHeld);
+    EXPECT_FALSE(device.m_bThreadRun);
+
+    auto start = std::make_unique<ValueThreadStart>(device, device.m_nThreadRun);
+    EXPECT_FALSE(EndsWhileTheLockIsHeld(device, [&start] { SimulationThread(start.release()); }));
+    EXPECT_TRUE(device.m_hThreadStopped.Wait(0));
+
+    EXPECT_FALSE(EndsWhileTheLockIsHeld(device, [&device] { device.StartValueThread(); }));
+    EXPECT_FALSE(m_bRunsWhileHeld);
+    device.StopValueThread();
 }
 
 TEST_F(LockTests, Exchange_HoldsTheSocketLockFromTheSendToTheReply) {
