@@ -345,6 +345,13 @@ TEST_F(SimulationTests, GasAndHumidity_PostTheirNotices) {
     SimulateGasConcentration(*device.m_pGasConcentration[0]);
     SimulateHumidity(*device.m_pHumidifier[0]);
     EXPECT_EQ(platform.windows.NoticeCount(), 2U);
+    int window = 0;
+    device.m_hNotifyWnd = &window;
+    SimulateGasConcentration(*device.m_pGasConcentration[0]);
+    EXPECT_EQ(platform.windows.NoticeCount(&window), 1U);
+    SimulateHumidity(*device.m_pHumidifier[0]);
+    EXPECT_EQ(platform.windows.NoticeCount(&window), 2U);
+    EXPECT_EQ(platform.windows.NoticeCount(), 2U);
 }
 
 }  // namespace
