@@ -268,6 +268,9 @@ class RecordedWindows {
     /// record's.
     std::function<void(const std::string& event)> onEvent;
 
+    /// Runs while a message box is up, without a lock of the record's.
+    std::function<void(const ErrorBox& box)> onErrorBox;
+
     // For the stand-ins.
     void PostNotice(oko::WindowHandle window);
     void SendPercent(oko::WindowHandle window, int percent);

@@ -4,7 +4,6 @@
 #include <mutex>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include "fakes/ScriptedPlatform.h"
@@ -67,8 +66,13 @@ void RecordedWindows::Destroy(oko::WindowHandle window) {
 }
 
 void RecordedWindows::ShowBox(ErrorBox box) {
-    const std::scoped_lock lock(m_mutex);
-    m_errorBoxes.push_back(std::move(box));
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_errorBoxes.push_back(box);
+    }
+    if (onErrorBox) {
+        onErrorBox(box);
+    }
 }
 
 void RecordedWindows::Say(const std::string& event) const {

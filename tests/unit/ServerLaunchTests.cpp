@@ -140,6 +140,21 @@ TEST_F(ServerLaunchTests, SilentServer_IsToldOnceUntilClose) {
     EXPECT_EQ(platform.windows.ErrorBoxes().size(), 2U);
 }
 
+TEST_F(ServerLaunchTests, MissingAnswer_CountsAsToldOnceTheBoxIsClosed) {
+    platform.server.AnswerInTurn("listprod", {"3_listprod_\r", kReceiveFails});
+    CDevApiInterface_Impl& device = RealDevice();
+    std::vector<std::wstring> boxes;
+    platform.windows.onErrorBox = [&](const RecordedWindows::ErrorBox& box) {
+        EXPECT_FALSE(device.m_bServerErrorShown);
+        boxes.push_back(box.caption);
+    };
+    EXPECT_EQ(device.EnsureServerRunning(500), State::Refusing);
+    EXPECT_FALSE(device.m_bServerErrorShown);
+    EXPECT_EQ(device.EnsureServerRunning(500), State::Silent);
+    EXPECT_TRUE(device.m_bServerErrorShown);
+    EXPECT_EQ(boxes, (std::vector<std::wstring>{L"OC Status error.", L"OKO-Control server error."}));
+}
+
 TEST_F(ServerLaunchTests, StartedServerThatRefuses_IsToldInABox) {
     InstallServer();
     platform.server.AnswerInTurn("listprod", {kReceiveFails, "3_listprod_\r"});
