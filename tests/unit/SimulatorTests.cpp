@@ -186,6 +186,15 @@ TEST_F(SimulatorTests, CurrentValues_ComeFromTheChannels) {
     });
 }
 
+TEST_F(SimulatorTests, CurrentValues_UpTo14CharactersAskForDevice0) {
+    m_state.channels.temperatures[0] = {true, {9, 0}, 36.5, 37.0};
+    m_state.channels.temperatures[1] = {true, {9, 1}, 21.0, 37.0};
+    ExpectAll({
+        {"readcurval 9(1", "0_readcurval 9(1_36.500"},    // 14
+        {"readcurval 9(1)", "0_readcurval 9(1)_21.000"},  // 15
+    });
+}
+
 TEST_F(SimulatorTests, CurrentValues_OfSeveralChannelsStandTogether) {
     m_state.channels.temperatures[0] = {true, {12, 0}, 1.0, 0.0};
     m_state.channels.temperatures[9] = {true, {12, 0}, 2.0, 0.0};

@@ -213,9 +213,10 @@ TEST(RecentCommandsTests, EarlierCommands_AreKnownByTheirEcho) {
 }
 
 TEST(RecentCommandsTests, CommandsOfARoundAreKept_OlderOnesForgotten) {
+    constexpr std::size_t kKept = 32;
     RecentCommands recent;
     recent.Add("status");
-    for (std::size_t i = 1; i < RecentCommands::kCount; ++i) {
+    for (std::size_t i = 1; i < kKept; ++i) {
         recent.Add("find " + std::to_string(i));
         EXPECT_TRUE(IsAnswerToEarlier(recent, "0_status_1\r")) << i;
     }

@@ -67,6 +67,15 @@ TEST_F(StatusCheckTests, Error0_IsAnErrorLikeAnyOther) {
               std::vector<std::wstring>{L"OKO-Lab bold line status error: product 12, device 1, error: 0"});
 }
 
+TEST_F(StatusCheckTests, ErrorsOfThreeDigits_AreErrorsLikeAnyOther) {
+    CDevApiInterface_Impl& device = DeviceWith({{9, {0}, {}}, {12, {0, 1}, {}}, {15, {0, 1}, {}}});
+    Check(device, "0_status_12 1 100 15 0 999 \r");
+    EXPECT_EQ(Catalogue(device), (Products{{9, {0}}, {12, {0}}, {15, {1}}}));
+    EXPECT_EQ(HostLog::Lines(),
+              (std::vector<std::wstring>{L"OKO-Lab bold line status error: product 12, device 1, error: 100",
+                                         L"OKO-Lab bold line status error: product 15, device 0, error: 999"}));
+}
+
 TEST_F(StatusCheckTests, SeveralTriples_AreTakenInOrder) {
     CDevApiInterface_Impl& device = DeviceWith({{9, {0}, {}}, {12, {0, 1}, {}}, {12, {0}, {}}});
     Check(device, "0_status_12 0 1 12 1 2 12 0 3 9 5 0 8 0 1 \r");
