@@ -1,11 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "CountingAllocator.h"
 #include "Fixture.h"
 #include "channels/SharedValues.h"
 #include "core/CDevApiInterface_Impl.h"
@@ -206,6 +208,24 @@ TEST_F(DeviceObjectTests, ApplyConnection_WithAProgressWindow_Reports5) {
     device.ApplyConnection(L"");
     EXPECT_EQ(device.m_iProgress, 5);
     EXPECT_EQ(platform.windows.Percents(&window), std::vector<int>{5});
+}
+
+TEST_F(DeviceObjectTests, Destruction_FreesTemperaturesThenGasesThenHumidifiers) {
+    const CDevApiInterface_Impl& device = RealDevice();
+    std::vector<const void*> channels;
+    const auto add = [&channels](const auto& slots) {
+        for (const auto& slot : slots) {
+            channels.push_back(slot.Get());
+        }
+    };
+    add(device.m_pTemperature);
+    add(device.m_pGasConcentration);
+    add(device.m_pHumidifier);
+    StartNotingFrees();
+    m_pDevice.reset();
+    std::vector<const void*> freed = StopNotingFrees();
+    std::erase_if(freed, [&](const void* memory) { return std::ranges::find(channels, memory) == channels.end(); });
+    EXPECT_EQ(freed, channels);
 }
 
 TEST_F(DeviceObjectTests, Destruction_LeavesTheSocketOpen) {
