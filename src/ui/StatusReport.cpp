@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -10,6 +11,7 @@
 #include "catalogue/Catalogue.h"
 #include "channels/ParameterRead.h"
 #include "core/CDevApiInterface_Impl.h"
+#include "platform/WaitCursor.h"
 #include "ui/StatusRows.h"
 
 namespace {
@@ -69,6 +71,14 @@ StatusReport CollectStatusReport(CDevApiInterface_Impl& device) {
         }
     }
     return report;
+}
+
+void RunStatusReport(CDevApiInterface_Impl& device, const std::function<void(const StatusReport& report)>& layOut) {
+    const WaitCursor wait;
+    device.m_bBusy = true;
+    const StatusReport report = CollectStatusReport(device);
+    device.m_bBusy = false;
+    layOut(report);
 }
 
 StatusColumns SplitStatusReport(std::wstring_view text) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -17,6 +18,10 @@ struct StatusReport {
 /// Reads the rows of every product of the catalogue. A parameter that cannot be read leaves no line. Blocks for one
 /// exchange a row.
 StatusReport CollectStatusReport(CDevApiInterface_Impl& device);
+
+/// "Show Status": reads the report while the device is busy, then hands it to `layOut`; the wait cursor is up until
+/// that is done. On the user-interface thread.
+void RunStatusReport(CDevApiInterface_Impl& device, const std::function<void(const StatusReport& report)>& layOut);
 
 /// The text spread over the three columns, which stand below each other. `linesBefore`: line feeds in a column before
 /// the one that ends it, 0 when it was not split.

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/CDevApiInterface_Impl.h"
+#include "fakes/ScriptedPlatform.h"
 #include "platform/WaitCursor.h"
 #include "ui/ConfigurationDialog.h"
 #include "ui/ConnectionDialog.h"
@@ -71,6 +72,6 @@ oko::WindowHandle OpenValuePanel(CDevApiInterface_Impl&, oko::WindowHandle paren
 
 void* ValuePanelProcedure() noexcept { return reinterpret_cast<void*>(&OpenValuePanel); }
 
-WaitCursor::WaitCursor() noexcept : m_hPrevious(nullptr) {}
+WaitCursor::WaitCursor() noexcept : m_hPrevious(nullptr) { ++ScriptedPlatform::Current().windows.waitCursors; }
 
-WaitCursor::~WaitCursor() = default;
+WaitCursor::~WaitCursor() { --ScriptedPlatform::Current().windows.waitCursors; }

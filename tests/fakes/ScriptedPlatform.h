@@ -271,6 +271,9 @@ class RecordedWindows {
     /// Runs while a message box is up, without a lock of the record's.
     std::function<void(const ErrorBox& box)> onErrorBox;
 
+    /// How many of the library's wait cursors are up.
+    std::atomic<int> waitCursors = 0;
+
     // For the stand-ins.
     void PostNotice(oko::WindowHandle window);
     void SendPercent(oko::WindowHandle window, int percent);

@@ -6,11 +6,13 @@
 #include <cstddef>
 #include <numeric>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Fixture.h"
 #include "ProductSets.h"
 #include "catalogue/ProductRecord.h"
+#include "fakes/ScriptedPlatform.h"
 
 namespace {
 
@@ -243,6 +245,27 @@ TEST_F(StatusReportTests, Bytes_BecomeTheCharactersOfTheirNumbers) {
     std::erase_if(device.m_products[0].m_params, [](const ParamRecord& param) { return param.m_iParam != 64; });
     platform.server.AnswerPayload("bl-param-read 8 64", "a\x7F\x80\xB0\xFFz");
     EXPECT_EQ(CollectStatusReport(device).text, L"H201 Product Code: a\x7F\x80\xB0\xFFz \n");
+}
+
+TEST_F(StatusReportTests, Run_ReadsWhileBusyAndLaysOutAfterwardsUnderTheWaitCursor) {
+    CDevApiInterface_Impl& device = DeviceWith({8, 9});
+    const RecordedWindows& windows = platform.windows;
+    int reads = 0;
+    platform.server.SetDefault([&](std::string_view command) -> ServerReply {
+        ++reads;
+        EXPECT_TRUE(device.m_bBusy) << command;
+        EXPECT_EQ(windows.waitCursors, 1) << command;
+        return ScriptedServer::BuiltInReply(command);
+    });
+    int rows = 0;
+    RunStatusReport(device, [&](const StatusReport& report) {
+        rows = report.rows;
+        EXPECT_FALSE(device.m_bBusy);
+        EXPECT_EQ(windows.waitCursors, 1);
+    });
+    EXPECT_EQ(rows, 30);
+    EXPECT_EQ(reads, 30);
+    EXPECT_EQ(windows.waitCursors, 0);
 }
 
 /// `count` lines of `length` characters, line feed included.

@@ -5,9 +5,7 @@
 #include <array>
 #include <cstddef>
 
-#include "core/CDevApiInterface_Impl.h"
 #include "oko/WindowHandle.h"
-#include "platform/WaitCursor.h"
 #include "platform/win32/Windows.h"
 #include "ui/StatusReport.h"
 #include "ui/resources/ResourceIds.h"
@@ -99,9 +97,5 @@ void LayOut(HWND dialog, const StatusReport& report) {
 }  // namespace
 
 void ShowStatusReport(CDevApiInterface_Impl& device, oko::WindowHandle dialog) {
-    const WaitCursor wait;
-    device.m_bBusy = true;
-    const StatusReport report = CollectStatusReport(device);
-    device.m_bBusy = false;
-    LayOut(static_cast<HWND>(dialog), report);
+    RunStatusReport(device, [dialog](const StatusReport& report) { LayOut(static_cast<HWND>(dialog), report); });
 }
