@@ -71,6 +71,8 @@ std::optional<FieldPair> FieldsOf(const CDevApiInterface_GasConcentration_Impl& 
 /// The dialog knows only the first two gas channels.
 constexpr std::size_t kDialogGasChannels = 2;
 
+constexpr std::size_t kMaxFieldLength = 255;
+
 /// Reads one field. Text that is no number, or none that is finite, gives 0; an empty field gives nothing.
 // kept: docs/oddities.md#tolerances-unchecked
 std::optional<double> ReadField(const FieldReader& fieldText, int id) {
@@ -79,7 +81,7 @@ std::optional<double> ReadField(const FieldReader& fieldText, int id) {
         return std::nullopt;
     }
     double value = 0.0;
-    Scanner(std::wstring_view(text)).Double(value);
+    Scanner(std::wstring_view(text).substr(0, kMaxFieldLength)).Double(value);
     return value;
 }
 

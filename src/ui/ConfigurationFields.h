@@ -25,7 +25,7 @@ struct ConfigurationView {
 /// What the dialog shows when it opens.
 ConfigurationView DescribeConfiguration(const CDevApiInterface_Impl& device);
 
-/// Gives the text of an edit field, at most 255 characters.
+/// Gives the whole text of an edit field; its first 255 characters are read.
 using FieldReader = std::function<std::wstring(int id)>;
 
 /// Takes the fields' numbers into the channels and writes the air mode to the products that have one. False at the

@@ -242,6 +242,16 @@ TEST_F(ConfigurationTests, Taking_FieldOfBlanks_GivesZero) {
     EXPECT_EQ(device.m_pHumidifier[0]->m_dToleranceAbove, 0.0);
 }
 
+TEST_F(ConfigurationTests, Taking_ReadsUpTo255CharactersOfAField) {
+    CDevApiInterface_Impl& device = DeviceWith({});
+    TakeConfiguration(device,
+                      Fields({{IDC_TEMPERATURE_BELOW, std::wstring(254, L'0') + L"12"},
+                              {IDC_TEMPERATURE_ABOVE, std::wstring(255, L' ') + L"3"}}),
+                      false);
+    EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceBelow, 1.0);
+    EXPECT_EQ(device.m_pTemperature[0]->m_dToleranceAbove, 0.0);
+}
+
 TEST_F(ConfigurationTests, FurtherGasChannels_AreNeitherShownNorTakenNorWritten) {
     CDevApiInterface_Impl& device = DeviceWith({10, 11});
     for (const auto& [channel, product] : {std::pair{2U, 10}, std::pair{3U, 11}}) {

@@ -2,7 +2,7 @@
 
 #include "ui/ConfigurationDialog.h"
 
-#include <array>
+#include <cstddef>
 #include <string>
 
 #include "oko/WindowHandle.h"
@@ -15,10 +15,10 @@
 namespace {
 
 std::wstring FieldText(HWND dialog, int id) {
-    constexpr int kMaxFieldLength = 255;
-    std::array<wchar_t, kMaxFieldLength + 1> text{};
-    const UINT length = GetDlgItemTextW(dialog, id, text.data(), static_cast<int>(text.size()));
-    return {text.data(), length};
+    const int length = GetWindowTextLengthW(GetDlgItem(dialog, id));
+    std::wstring text(static_cast<std::size_t>(length), L'\0');
+    text.resize(GetDlgItemTextW(dialog, id, text.data(), length + 1));
+    return text;
 }
 
 void Enable(HWND dialog, int id, bool enabled) noexcept {
