@@ -1,5 +1,7 @@
 // The library's socket over the real one of this system, and what a careless library would make of what it receives.
 
+#include "LoopbackSocket.h"
+
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <sys/ioctl.h>
@@ -13,6 +15,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "Defect.h"
 #include "platform/UdpSocket.h"
@@ -20,6 +23,7 @@
 namespace {
 
 std::string g_command;  // that was sent last
+std::uint16_t g_redirectedTo = 0;
 bool g_bDropped = false;
 
 /// What a library that does not look closely takes a reply for.
@@ -51,6 +55,8 @@ std::string Careless(std::string reply, std::string_view action, const std::stri
 
 }  // namespace
 
+void RedirectLinks(std::uint16_t port) noexcept { g_redirectedTo = port; }
+
 bool UdpSocket::StartUp() noexcept { return true; }
 
 void UdpSocket::Open() noexcept {
@@ -68,7 +74,7 @@ void UdpSocket::Open() noexcept {
 void UdpSocket::ConnectLoopback(std::uint16_t port) noexcept {
     sockaddr_in address{};
     address.sin_family = AF_INET;
-    address.sin_port = htons(port);
+    address.sin_port = htons(g_redirectedTo != 0 ? g_redirectedTo : port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     [[maybe_unused]] const int connected =
         connect(static_cast<int>(m_handle), reinterpret_cast<const sockaddr*>(&address), sizeof address);
@@ -107,6 +113,7 @@ Received UdpSocket::Receive(char* bytes, int capacity) noexcept {
     std::array<char, 65536> buffer;
     const ssize_t length = recv(static_cast<int>(m_handle), buffer.data(), buffer.size(), 0);
     if (length < 0) {
+        // A port that nobody listens on is ECONNREFUSED here and error 10054 on Windows: both fail at once.
         return {errno == EAGAIN || errno == EWOULDBLOCK ? ReceiveOutcome::TimedOut : ReceiveOutcome::Failed, -1};
     }
     std::string reply(buffer.data(), static_cast<std::size_t>(length));
