@@ -68,6 +68,10 @@ class ScriptedServer {
     std::atomic<bool> failOpen = false;
     std::atomic<int> closeError = 0;  // not 0: what every close gives; the socket stays open
 
+    /// Runs in every socket call before it takes effect, on the calling thread and without a lock of the server's. Set
+    /// it before other threads run.
+    std::function<void(const std::string& call)> onCall;
+
     /// The commands that reached the server, in order.
     std::vector<std::string> Commands() const;
 
@@ -97,6 +101,7 @@ class ScriptedServer {
         std::deque<ServerReply> replies;
     };
 
+    void Record(const std::string& call);
     std::optional<ServerReply> NextScriptedReply(const std::string& command);
 
     mutable std::mutex m_mutex;
@@ -296,6 +301,9 @@ class RecordedWindows {
 class RecordedThreads {
  public:
     std::atomic<bool> failStart = false;
+
+    /// Runs when a thread is to be started, before it runs, on the starting thread and without a lock of the record's.
+    std::function<void()> onStart;
 
     std::size_t Started() const;
     std::size_t Running() const;

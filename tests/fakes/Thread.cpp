@@ -29,6 +29,9 @@ HandleCounter::Token RecordedThreads::Start(Thread::Procedure procedure, void* a
     if (failStart) {
         return nullptr;
     }
+    if (onStart) {
+        onStart();
+    }
     const std::scoped_lock lock(m_mutex);
     m_threads.emplace_back(&RecordedThreads::Run, this, procedure, argument);
     ++m_running;

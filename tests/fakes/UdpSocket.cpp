@@ -82,15 +82,22 @@ std::size_t ScriptedServer::OpenSockets() const {
     return m_sockets.size();
 }
 
-bool ScriptedServer::StartUp() {
+void ScriptedServer::Record(const std::string& call) {
+    if (onCall) {
+        onCall(call);
+    }
     const std::scoped_lock lock(m_mutex);
-    m_calls.emplace_back("startup");
+    m_calls.push_back(call);
+}
+
+bool ScriptedServer::StartUp() {
+    Record("startup");
     return !failStartUp;
 }
 
 std::optional<std::uintptr_t> ScriptedServer::OpenSocket() {
+    Record("open");
     const std::scoped_lock lock(m_mutex);
-    m_calls.emplace_back("open");
     if (failOpen) {
         return std::nullopt;
     }
@@ -100,8 +107,8 @@ std::optional<std::uintptr_t> ScriptedServer::OpenSocket() {
 }
 
 void ScriptedServer::Connect(std::uintptr_t handle, std::uint16_t port) {
+    Record("connect " + std::to_string(port));
     const std::scoped_lock lock(m_mutex);
-    m_calls.push_back("connect " + std::to_string(port));
     const auto socket = m_sockets.find(handle);
     if (socket != m_sockets.end()) {
         socket->second.connected = true;
@@ -113,9 +120,9 @@ int ScriptedServer::Send(std::uintptr_t handle, std::string_view command) {
     std::optional<ServerReply> reply;
     Handler handler;
     int result = static_cast<int>(text.size());
+    Record("send " + text);
     {
         const std::scoped_lock lock(m_mutex);
-        m_calls.push_back("send " + text);
         const auto socket = m_sockets.find(handle);
         if (socket == m_sockets.end() || !socket->second.connected) {
             return kFailed;
@@ -144,8 +151,8 @@ int ScriptedServer::Send(std::uintptr_t handle, std::string_view command) {
 }
 
 void ScriptedServer::SetTimeout(std::uintptr_t handle, std::uint32_t milliseconds) {
+    Record("timeout " + std::to_string(milliseconds));
     const std::scoped_lock lock(m_mutex);
-    m_calls.push_back("timeout " + std::to_string(milliseconds));
     const auto socket = m_sockets.find(handle);
     if (socket != m_sockets.end()) {
         socket->second.timeoutMs = milliseconds;
@@ -161,8 +168,8 @@ bool ScriptedServer::HasWaiting(std::uintptr_t handle) const {
 }
 
 Received ScriptedServer::Receive(std::uintptr_t handle, char* bytes, int capacity) {
+    Record("receive " + std::to_string(capacity));
     const std::scoped_lock lock(m_mutex);
-    m_calls.push_back("receive " + std::to_string(capacity));
     const auto socket = m_sockets.find(handle);
     // The real call would wait for ever when nothing was sent; a test is better served with a failure.
     if (socket == m_sockets.end()) {
@@ -182,8 +189,8 @@ Received ScriptedServer::Receive(std::uintptr_t handle, char* bytes, int capacit
 }
 
 int ScriptedServer::CloseSocket(std::uintptr_t handle) {
+    Record("close");
     const std::scoped_lock lock(m_mutex);
-    m_calls.emplace_back("close");
     if (closeError != 0) {
         return closeError;
     }

@@ -12,7 +12,7 @@
 
 /// What a device does, in order and while the object lives: the commands that it sends, the progress that it shows
 /// ("75 %"), the windows that it opens ("open", or "open Connecting" where it gives a caption) and destroys
-/// ("destroy"). Commands with an answer of their own are left out.
+/// ("destroy"), the threads that it starts ("start thread"). Commands with an answer of their own are left out.
 class Journal {
  public:
     struct Entry {
@@ -29,6 +29,7 @@ class Journal {
             return answer(command);
         });
         platform.windows.onEvent = [this](const std::string& event) { Note(event); };
+        platform.threads.onStart = [this] { Note("start thread"); };
         ScriptedDialogs::Current().onOpened = [this](const ScriptedDialogs::Opened& window) {
             Note("open" +
                  (window.caption.empty() ? "" : " " + std::string(window.caption.begin(), window.caption.end())));
@@ -37,6 +38,7 @@ class Journal {
     ~Journal() {
         m_platform.server.SetDefault({});
         m_platform.windows.onEvent = {};
+        m_platform.threads.onStart = {};
         ScriptedDialogs::Current().onOpened = {};
     }
     Journal(const Journal&) = delete;
