@@ -214,10 +214,11 @@ TEST_F(ChannelExchangeTests, Reads_WhileBusy_AnswerFromMemoryButHumidityAsks) {
         SCOPED_TRACE(read.command);
         CDevApiInterface_Impl& device = Device(true);
         device.m_bBusy = true;
+        Put(read.cache(device), 21.25);
         platform.server.Answer(read.command, "0_" + read.command + "_36.5\r");
         double value = -7.0;
         EXPECT_EQ(read.run(device, &value), 0);
-        EXPECT_EQ(value, read.answersWhileBusy ? 20.0 : 36.5);
+        EXPECT_EQ(value, read.answersWhileBusy ? 21.25 : 36.5);
         EXPECT_EQ(platform.server.Commands().size(), read.answersWhileBusy ? 0U : 1U);
     }
 }

@@ -97,17 +97,36 @@ TEST_F(TemperatureChannelTests, SetTarget_MinimumAboveTheMaximum_Wins) {
 }
 
 TEST_F(TemperatureChannelTests, SetTarget_ReadBackFails_RestoresThePreviousTarget) {
+    struct Case {
+        double previous;
+        const char* command;
+    };
     for (const ServerReply& readBack : {ServerReply(kReceiveFails), ServerReply("0_readsetpoint 9 0 -1_error\r"),
                                         ServerReply("3_readsetpoint 9 0 -1_1\r")}) {
-        SCOPED_TRACE(testing::PrintToString(readBack));
-        auto& channel = Channel(9, 0);
-        platform.server.Answer("readsetpoint 9 0 -1", readBack);
-        platform.server.Answer("writesetpoint 9 0 37.0", kReceiveFails);  // not looked at
-        EXPECT_EQ(channel.SetTargetTemperature(25.0), 0);
-        EXPECT_EQ(platform.server.Commands(), (std::vector<std::string>{"writesetpoint 9 0 25.0", "readsetpoint 9 0 -1",
-                                                                        "writesetpoint 9 0 37.0"}));
-        EXPECT_EQ(channel.m_dTarget, 37.0);
+        for (const Case& row : {Case{37.0, "writesetpoint 9 0 37.0"}, Case{31.46, "writesetpoint 9 0 31.5"},
+                                Case{50.0, "writesetpoint 9 0 50.0"}}) {
+            SCOPED_TRACE(testing::Message() << testing::PrintToString(readBack) << " after " << row.previous);
+            auto& channel = Channel(9, 0);
+            platform.server.AnswerInTurn("readsetpoint 9 0 -1", {"0_readsetpoint 9 0 -1_20.5\r", readBack});
+            platform.server.AnswerInTurn(row.command, {"0_", kReceiveFails});  // the second one is not looked at
+            ASSERT_EQ(channel.SetTargetTemperature(row.previous), 0);
+            platform.server.ClearCommands();
+            EXPECT_EQ(channel.SetTargetTemperature(25.0), 0);
+            EXPECT_EQ(platform.server.Commands(),
+                      (std::vector<std::string>{"writesetpoint 9 0 25.0", "readsetpoint 9 0 -1", row.command}));
+            EXPECT_EQ(channel.m_dTarget, row.previous);
+        }
     }
+}
+
+TEST_F(TemperatureChannelTests, SetTarget_ReadBackFails_RestoresATargetThatTheServerTold) {
+    auto& channel = Channel(9, 0);
+    platform.server.AnswerInTurn("readsetpoint 9 0 -1", {"0_readsetpoint 9 0 -1_33.3\r", kReceiveFails});
+    double value = 0.0;
+    ASSERT_EQ(channel.GetTargetTemperature(&value), 0);
+    EXPECT_EQ(channel.SetTargetTemperature(25.0), 0);
+    EXPECT_EQ(platform.server.Commands().back(), "writesetpoint 9 0 33.3");
+    EXPECT_EQ(channel.m_dTarget, 33.3);
 }
 
 TEST_F(TemperatureChannelTests, SetTarget_ReadBackOfAnotherValue_KeepsWhatWasSet) {
