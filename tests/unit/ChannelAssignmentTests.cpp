@@ -100,6 +100,13 @@ TEST_F(ChannelAssignmentTests, RangeEndsThatAreNotFinite_KeepTheirDefaultsAndRea
     }
 }
 
+TEST_F(ChannelAssignmentTests, RefusedRangeEnds_StillGiveTheirNumbers) {
+    platform.server.Answer("readmin 9 0", "3_readmin 9 0_5.5\r");
+    platform.server.Answer("readmax 9 0", "3_readmax 9 0_45\r");
+    InitialisedWith({9});
+    EXPECT_EQ(Temperatures().front(), (Live{9, 0, 5.5, 45.0}));
+}
+
 TEST_F(ChannelAssignmentTests, Product8_GivesItsZoneAndItsProbedSensors) {
     platform.server.AnswerPayload("bl-param-read 8 87", "0.0");
     InitialisedWith({8});
