@@ -105,6 +105,42 @@ TEST_F(ConnectionTests, TextOfLengthZero_IsNotRead) {
     EXPECT_EQ(device.ShowConnection(nullptr, 12, nullptr), -1);
 }
 
+TEST_F(ConnectionTests, TextThatDoesNotMatch_KeepsThePort) {
+    for (const wchar_t* const text : {L"COM3", L"m_iComPort x", L"M_ICOMPORT 3", L" m_iComPort 3", L""}) {
+        SCOPED_TRACE(testing::PrintToString(text));
+        CDevApiInterface_Impl& device = RealDevice();
+        device.m_iComPort = 9;
+        SetText(text);
+        std::int32_t seen = 0;
+        ScriptedDialogs::Current().onConnection = [&seen](CDevApiInterface_Impl& shown) {
+            seen = shown.m_iComPort;
+            return DialogEnd::CloseBox;
+        };
+        EXPECT_EQ(device.ShowConnection(m_text.data(), 12, nullptr), -1);
+        EXPECT_EQ(seen, 9);
+        EXPECT_EQ(device.m_iComPort, 9);
+    }
+}
+
+TEST_F(ConnectionTests, TextAndLength_AreKeptAsTheHostPassesThem) {
+    CDevApiInterface_Impl& device = RealDevice();
+    SetText(L"m_iComPort 3");
+    for (const std::int32_t length : {-1, 0, 5, 64}) {
+        SCOPED_TRACE(length);
+        const wchar_t* seenText = nullptr;
+        std::int32_t seenLength = 99;
+        ScriptedDialogs::Current().onConnection = [&](CDevApiInterface_Impl& shown) {
+            seenText = shown.m_pszConnectionText;
+            seenLength = shown.m_nConnectionTextLen;
+            return DialogEnd::CloseBox;
+        };
+        EXPECT_EQ(device.ShowConnection(m_text.data(), length, nullptr), -1);
+        EXPECT_EQ(seenText, m_text.data());
+        EXPECT_EQ(seenLength, length);
+        EXPECT_EQ(device.m_nConnectionTextLen, length);  // nothing was written
+    }
+}
+
 TEST_F(ConnectionTests, CloseBoxAndFailures_LeaveTheTextAlone) {
     CDevApiInterface_Impl& device = RealDevice();
     SetText(L"before");
@@ -131,6 +167,22 @@ TEST_F(ConnectionTests, FindAndConnect_SearchesEveryProduct) {
     EXPECT_EQ(platform.clock.Sleeps(), std::vector<std::uint32_t>(22, 500));
     EXPECT_STREQ(m_text.data(), L"m_iComPort 5");
     EXPECT_EQ(platform.server.OpenSockets(), 0U);
+}
+
+TEST_F(ConnectionTests, FindAndConnect_WritesTheTextOnceTheLinkIsClosed) {
+    CDevApiInterface_Impl& device = MakeDevice(0);
+    SearchTakes(1);
+    SetText(L"before");
+    std::wstring atClose;
+    platform.server.onCall = [&](const std::string& call) {
+        if (call == "close") {
+            atClose = m_text.data();
+        }
+    };
+    EXPECT_EQ(Show(device, DialogEnd::FindAndConnect), 0);
+    EXPECT_EQ(atClose, L"before");
+    EXPECT_STREQ(m_text.data(), L"m_iComPort 5");
+    platform.server.onCall = {};
 }
 
 TEST_F(ConnectionTests, FindAndConnect_ShowsItsPercentagesAndLeavesTheConnectingWindow) {
