@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <map>
 #include <string>
 #include <utility>
@@ -116,6 +117,23 @@ TEST_F(ConfigurationTests, Fields_AreFilledWhereThereIsAChannel) {
     const ConfigurationView view = DescribeConfiguration(device);
     EXPECT_EQ(TextOf(view, IDC_TEMPERATURE_BELOW), L"");
     EXPECT_EQ(TextOf(view, IDC_CO2_BELOW), L"");
+}
+
+TEST_F(ConfigurationTests, AnyLiveHumidityChannel_FillsTheFieldsWithTheFirstOnesTolerances) {
+    for (const int enabled : {0, 1, 2, 3}) {
+        CDevApiInterface_Impl& device = DeviceWith({15});
+        for (int i = 0; i < CDevApiInterface_Impl::kHumidifiers; ++i) {
+            device.m_pHumidifier[static_cast<std::size_t>(i)]->m_bEnabled = i == enabled ? 1 : 0;
+        }
+        Put(device.m_pHumidifier[0]->m_dToleranceAbove, 7.0);
+        for (const int live : {0, 1, 2, 3, 4}) {
+            SCOPED_TRACE(testing::Message() << "enabled: " << enabled << ", live: " << live);
+            device.m_nHumidifiers = live;
+            const ConfigurationView view = DescribeConfiguration(device);
+            EXPECT_EQ(Enabled(view), FieldIds(false, false, false, enabled < live));
+            EXPECT_EQ(TextOf(view, IDC_HUMIDITY_ABOVE), enabled < live ? L"7" : L"");
+        }
+    }
 }
 
 TEST_F(ConfigurationTests, AirMode_IsCheckedWhereItIsOnAndAvailable) {
