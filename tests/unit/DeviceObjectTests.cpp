@@ -228,6 +228,24 @@ TEST_F(DeviceObjectTests, Destruction_FreesTemperaturesThenGasesThenHumidifiers)
     EXPECT_EQ(freed, channels);
 }
 
+TEST_F(DeviceObjectTests, ApplyConnection_Reports5BeforeItReadsTheTextAndOpensTheSocket) {
+    CDevApiInterface_Impl& device = MakeDevice(0);
+    int window = 0;
+    device.m_hProgressWnd = &window;
+    device.m_iComPort = 9;
+    std::vector<std::string> steps;
+    const auto note = [&](const std::string& step) {
+        steps.push_back(step + " at port " + std::to_string(device.m_iComPort));
+    };
+    platform.windows.onEvent = note;
+    platform.server.onCall = note;
+    device.ApplyConnection(L"m_iComPort 3");
+    platform.windows.onEvent = {};
+    platform.server.onCall = {};
+    EXPECT_EQ(steps, (std::vector<std::string>{"5 % at port 9", "startup at port 3", "open at port 3",
+                                               "connect 60000 at port 3"}));
+}
+
 TEST_F(DeviceObjectTests, Destruction_LeavesTheSocketOpen) {
     RealDevice();
     m_pDevice.reset();

@@ -35,6 +35,21 @@ TEST_F(ShutdownTests, RealDevice_StopsAndReleasesEveryProductAndClosesTheSocket)
     EXPECT_GT(device.GetTemperatureCount(), 0);
 }
 
+TEST_F(ShutdownTests, AlarmSettings_AreForgottenOnceTheLinkIsClosed) {
+    CDevApiInterface_Impl& device = RealDevice();
+    device.m_bSetupComplete = true;
+    bool atClose = false;
+    platform.server.onCall = [&](const std::string& call) {
+        if (call == "close") {
+            atClose = device.m_bSetupComplete;
+        }
+    };
+    device.Close();
+    platform.server.onCall = {};
+    EXPECT_TRUE(atClose);
+    EXPECT_FALSE(device.m_bSetupComplete);
+}
+
 TEST_F(ShutdownTests, EmptyCatalogue_SendsOnlyStart0) {
     CDevApiInterface_Impl& device = RealDevice();
     device.Close();
