@@ -1,27 +1,26 @@
 // Holds a library against the contract, check by check.
 
-#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <memory>
 #include <string>
 
 #include "check/Checks.h"
+#include "commands/Command.h"
 #include "commands/CommandLine.h"
 #include "commands/Commands.h"
 #include "platform/ReplyTimeout.h"
 
 namespace {
 
-CLI::Option* AddLibraryArgument(CLI::App& command, check::CheckRequest& request) {
-    return command
-        .add_option_function<std::string>(
-            "PLUGIN",
-            [&request](const std::string& name) { request.library = std::filesystem::absolute(PathOf(name)); },
-            "The library, such as OkoLabBoldLine.dll")
-        ->required();
+CommandOption AddLibraryArgument(Command& command, check::CheckRequest& request) {
+    const auto take = [&request](const std::string& name) {
+        request.library = std::filesystem::absolute(PathOf(name));
+        return std::string();
+    };
+    return command.AddOption("PLUGIN", take, "The library, such as OkoLabBoldLine.dll");
 }
 
-void AddReplyTimeout(CLI::App& command, check::CheckRequest& request) {
+void AddReplyTimeout(Command& command, check::CheckRequest& request) {
     AddDuration(command, "--reply-timeout", request.replyTimeoutSeconds,
                 "How long the library waits for an answer; its ReplyTimeout when left out, else for ever");
 }
@@ -40,45 +39,40 @@ constexpr const char* kCheckFooter =
     "nothing was checked: no such library, no such check, no emulator in this program, or the port is taken.";
 
 /// What a check starts; nobody else has a use for it.
-void AddCheckOne(CLI::App& app, CommandRun& run) {
-    CLI::App* const command = app.add_subcommand("check-one", "One check, in this process");
-    command->group("");
+void AddCheckOne(Command& program) {
+    Command command = program.AddCommand("check-one", "One check, in this process");
+    command.Hide();
     const auto request = std::make_shared<check::CheckRequest>();
     const auto name = std::make_shared<std::string>();
-    AddLibraryArgument(*command, *request);
-    command->add_option("NAME", *name)->required();
-    AddReplyTimeout(*command, *request);
-    command->callback(
-        [request, name, &run] { run = [request, name] { return check::RunCheckHere(*request, *name); }; });
+    AddLibraryArgument(command, *request).Required();
+    command.AddOption("NAME", *name, "").Required();
+    AddReplyTimeout(command, *request);
+    command.Run([request, name] { return check::RunCheckHere(*request, *name); });
 }
 
 }  // namespace
 
-void AddCheckCommand(CLI::App& app, CommandRun& run) {
-    CLI::App* const command =
-        app.add_subcommand("check", "Holds a library against the contract, call by call and fault by fault");
+void AddCheckCommand(Command& program) {
+    Command command =
+        program.AddCommand("check", "Holds a library against the contract, call by call and fault by fault");
     const auto request = std::make_shared<check::CheckRequest>();
     const auto list = std::make_shared<bool>(false);
-    AddLibraryArgument(*command, *request)->required(false);
-    command->add_option("--only", request->only, "Only these checks; * stands for any characters")->type_name("NAME");
-    command->add_flag("--list", *list, "Shows the checks and what each of them holds, and makes none");
-    AddDuration(*command, "--time-limit", request->timeLimitSeconds, "How long one check may take; 20s when left out");
-    AddReplyTimeout(*command, *request);
-    command->add_flag("--json", request->json, "Writes JSON, for programs");
-    command
-        ->add_option_function<std::string>(
-            "--junit", [request](const std::string& file) { request->junit = PathOf(file); },
-            "Writes the results as JUnit's XML, too")
-        ->type_name("FILE");
-    command->footer(kCheckFooter);
-    command->callback([request, list, &run] {
+    AddLibraryArgument(command, *request);
+    command.AddOption("--only", request->only, "Only these checks; * stands for any characters").Type("NAME");
+    command.AddFlag("--list", *list, "Shows the checks and what each of them holds, and makes none");
+    AddDuration(command, "--time-limit", request->timeLimitSeconds, "How long one check may take; 20s when left out");
+    AddReplyTimeout(command, *request);
+    command.AddFlag("--json", request->json, "Writes JSON, for programs");
+    command.AddOption("--junit", request->junit, "Writes the results as JUnit's XML, too").Type("FILE");
+    command.Footer(kCheckFooter);
+    command.Run([request, list] {
         if (!*list && request->library.empty()) {
-            throw CLI::RequiredError("PLUGIN");
+            throw MissingArgument("PLUGIN");
         }
         if (request->replyTimeoutSeconds <= 0.0) {
             request->replyTimeoutSeconds = LibraryReplyTimeout().value_or(0.0);
         }
-        run = [request, list] { return *list ? check::ListChecks(*request) : check::RunChecks(*request); };
+        return *list ? check::ListChecks(*request) : check::RunChecks(*request);
     });
-    AddCheckOne(app, run);
+    AddCheckOne(program);
 }

@@ -1,18 +1,16 @@
 #include "commands/Commands.h"
 
-#include <CLI/CLI.hpp>
+#include "commands/Command.h"
 
-#include "commands/CommandLine.h"
-
-void AddCommands(CLI::App& app, CommandRun& run) {
-    AddMonitorCommand(app, run);
-    AddServeCommand(app, run);
-    AddSetCommand(app, run);
-    AddProtocolCommand(app, run);
-    AddListCommand(app, run);
-    AddReportCommand(app, run);
-    AddDoctorCommand(app, run);
-    AddCheckCommand(app, run);
-    AddTraceCommand(app, run);
-    AddDialogCommands(app, run);
+void AddCommands(Command& program) {
+    AddMonitorCommand(program);
+    AddServeCommand(program);
+    AddSetCommand(program);
+    AddProtocolCommand(program);
+    AddListCommand(program);
+    AddReportCommand(program);
+    AddDoctorCommand(program);
+    AddCheckCommand(program);
+    AddTraceCommand(program);
+    AddDialogCommands(program);
 }

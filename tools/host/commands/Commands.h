@@ -1,20 +1,18 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include "commands/Command.h"
 
-#include "commands/CommandLine.h"
+/// Every command adds itself to the program, with what it runs when it is chosen.
 
-/// Every command adds itself to the command line; the one that is chosen stores what it runs.
+void AddCommands(Command& program);
 
-void AddCommands(CLI::App& app, CommandRun& run);
-
-void AddDoctorCommand(CLI::App& app, CommandRun& run);
-void AddListCommand(CLI::App& app, CommandRun& run);
-void AddCheckCommand(CLI::App& app, CommandRun& run);
-void AddTraceCommand(CLI::App& app, CommandRun& run);
-void AddReportCommand(CLI::App& app, CommandRun& run);
-void AddMonitorCommand(CLI::App& app, CommandRun& run);
-void AddServeCommand(CLI::App& app, CommandRun& run);
-void AddSetCommand(CLI::App& app, CommandRun& run);
-void AddProtocolCommand(CLI::App& app, CommandRun& run);
-void AddDialogCommands(CLI::App& app, CommandRun& run);  // configure, connect, panel: on Windows
+void AddDoctorCommand(Command& program);
+void AddListCommand(Command& program);
+void AddCheckCommand(Command& program);
+void AddTraceCommand(Command& program);
+void AddReportCommand(Command& program);
+void AddMonitorCommand(Command& program);
+void AddServeCommand(Command& program);
+void AddSetCommand(Command& program);
+void AddProtocolCommand(Command& program);
+void AddDialogCommands(Command& program);  // configure, connect, panel: on Windows

@@ -1,6 +1,5 @@
 // Looks at all that the device needs, and says what to do about what is wrong.
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <filesystem>
 #include <iostream>
@@ -9,6 +8,7 @@
 
 #include "ExitCode.h"
 #include "OkoVersion.h"
+#include "commands/Command.h"
 #include "commands/CommandLine.h"
 #include "commands/Commands.h"
 #include "commands/WatchRequest.h"
@@ -102,22 +102,21 @@ int RunDoctor(const DoctorRequest& request) {
 
 }  // namespace
 
-void AddDoctorCommand(CLI::App& app, CommandRun& run) {
-    CLI::App* const command =
-        app.add_subcommand("doctor", "Looks at library, server, ports and settings, and says what to do");
+void AddDoctorCommand(Command& program) {
+    Command command = program.AddCommand("doctor", "Looks at library, server, ports and settings, and says what to do");
     const auto request = std::make_shared<DoctorRequest>();
     request->watch.device.device = "incubator";
-    AddDeviceOptions(*command, request->watch);
-    command->get_option("--device")->description("Which device is wanted; none is opened");
-    command->get_option("--answer-within")->description("How long the server may take to answer; 3s when left out");
-    command->remove_option(command->get_option("--start-within"));  // nothing is started
-    command->add_flag("--json", request->json, "Writes JSON, for programs");
-    command->footer(
+    AddDeviceOptions(command, request->watch);
+    command.Find("--device").Describe("Which device is wanted; none is opened");
+    command.Find("--answer-within").Describe("How long the server may take to answer; 3s when left out");
+    command.Remove("--start-within");  // nothing is started
+    command.AddFlag("--json", request->json, "Writes JSON, for programs");
+    command.Footer(
         "Examples:\n"
         "  oko-host doctor\n"
         "  oko-host doctor --device simulator --json\n"
         "\n"
         "It only looks: it initialises no device, starts nothing and changes nothing. The exit code is 0 when there\n"
         "is no problem, and 16 when there is one.");
-    command->callback([&run, request] { run = [request] { return RunDoctor(*request); }; });
+    command.Run([request] { return RunDoctor(*request); });
 }

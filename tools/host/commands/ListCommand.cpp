@@ -1,6 +1,5 @@
 // The library's devices, and what channels one of them has.
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <iostream>
 #include <memory>
@@ -9,6 +8,7 @@
 #include <vector>
 
 #include "ExitCode.h"
+#include "commands/Command.h"
 #include "commands/CommandLine.h"
 #include "commands/Commands.h"
 #include "commands/WatchRequest.h"
@@ -67,33 +67,29 @@ int RunListChannels(const ListRequest& request) {
 
 }  // namespace
 
-void AddListCommand(CLI::App& app, CommandRun& run) {
-    CLI::App* const list = app.add_subcommand("list", "Shows the library's devices, or a device's channels");
-    CLI::App* const devices = list->add_subcommand("devices", "Shows the library's devices, as \"list\" alone does");
-    CLI::App* const channels =
-        list->add_subcommand("channels", "Shows what each channel of a device is called and what can be set");
+void AddListCommand(Command& program) {
+    Command list = program.AddCommand("list", "Shows the library's devices, or a device's channels");
+    Command devices = list.AddCommand("devices", "Shows the library's devices, as \"list\" alone does");
+    Command channels = list.AddCommand("channels", "Shows what each channel of a device is called and what can be set");
     const auto request = std::make_shared<ListRequest>();
     request->watch.device.readChannels = false;
-    AddLibraryOption(*list, request->watch.device.library);
-    AddLibraryOption(*devices, request->watch.device.library);
-    AddDeviceOptions(*channels, request->watch);
-    for (CLI::App* const command : {list, devices, channels}) {
-        command->add_flag("--json", request->json, "Writes JSON, for programs");
+    AddLibraryOption(list, request->watch.device.library);
+    AddLibraryOption(devices, request->watch.device.library);
+    AddDeviceOptions(channels, request->watch);
+    for (Command command : {list, devices, channels}) {
+        command.AddFlag("--json", request->json, "Writes JSON, for programs");
     }
-    list->footer(
+    list.Footer(
         "Examples:\n"
         "  oko-host list --library OkoLabBoldLine.dll\n"
         "  oko-host list channels --device incubator\n"
         "  oko-host list channels --json");
-    channels->footer(
+    channels.Footer(
         "A channel is named by its key where a command wants one. From \"min\" to \"max\" a target may lie; \"below\"\n"
         "and \"above\" are how far under and over it a value still counts as reached. For gases and humidity the "
         "library\n"
         "tells no narrower range than 0 to 99.99: the device may take less, and \"set\" says what it took. To know "
         "all\n"
         "of it the device is started and ended again; what that sends to an incubator is said first.");
-    list->callback([&run, list, channels, request] {
-        const bool wantsChannels = list->got_subcommand(channels);
-        run = [wantsChannels, request] { return wantsChannels ? RunListChannels(*request) : ListDevices(*request); };
-    });
+    list.Run([channels, request] { return channels.IsChosen() ? RunListChannels(*request) : ListDevices(*request); });
 }

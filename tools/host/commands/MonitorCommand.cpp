@@ -1,12 +1,12 @@
 // Shows a device's channels until the time is over.
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "commands/Command.h"
 #include "commands/CommandLine.h"
 #include "commands/Commands.h"
 #include "commands/WatchRequest.h"
@@ -85,13 +85,13 @@ int RunMonitor(const WatchRequest& request, bool json) {
 
 }  // namespace
 
-void AddMonitorCommand(CLI::App& app, CommandRun& run) {
-    CLI::App* const command = app.add_subcommand("monitor", "Shows all channels of a device while their values change");
+void AddMonitorCommand(Command& program) {
+    Command command = program.AddCommand("monitor", "Shows all channels of a device while their values change");
     const auto request = std::make_shared<WatchRequest>();
     request->device.intervalSeconds = 0.5;
-    AddDeviceOptions(*command, *request);
-    AddWatchOptions(*command, *request);
-    command->footer(
+    AddDeviceOptions(command, *request);
+    AddWatchOptions(command, *request);
+    command.Footer(
         "Examples:\n"
         "  oko-host monitor --device simulator --for 10s --set H301-T=38.5 --set gas:CO2=7\n"
         "  oko-host monitor --device incubator --csv night.csv --every 1s --for 3d --alarm all\n"
@@ -99,6 +99,6 @@ void AddMonitorCommand(CLI::App& app, CommandRun& run) {
         "KIND is temperature, gas or humidity: needed for a name that stands in several kinds. Lines that the\n"
         "library logs go to the standard error output. The first Ctrl+C ends the watch, the second the program.");
     const auto json = std::make_shared<bool>(false);
-    command->add_flag("--json", *json, "A line of JSON for each row and event, instead of tables");
-    command->callback([&run, request, json] { run = [request, json] { return RunMonitor(*request, *json); }; });
+    command.AddFlag("--json", *json, "A line of JSON for each row and event, instead of tables");
+    command.Run([request, json] { return RunMonitor(*request, *json); });
 }

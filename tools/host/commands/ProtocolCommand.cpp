@@ -1,6 +1,5 @@
 // Sets targets over time, as a file says.
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -13,6 +12,7 @@
 #include <vector>
 
 #include "ExitCode.h"
+#include "commands/Command.h"
 #include "commands/CommandLine.h"
 #include "commands/Commands.h"
 #include "commands/ProtocolFile.h"
@@ -258,19 +258,16 @@ int RunProtocol(const ProtocolRequest& request) {
 
 }  // namespace
 
-void AddProtocolCommand(CLI::App& app, CommandRun& run) {
-    CLI::App* const command = app.add_subcommand("protocol", "Sets targets over time, as a file says");
+void AddProtocolCommand(Command& program) {
+    Command command = program.AddCommand("protocol", "Sets targets over time, as a file says");
     const auto request = std::make_shared<ProtocolRequest>();
-    command
-        ->add_option_function<std::string>(
-            "FILE", [request](const std::string& file) { request->file = PathOf(file); }, "The protocol, in JSON")
-        ->required();
-    command->add_flag("--dry-run", request->dryRun, "Checks it against the device, shows the plan, and sets nothing");
-    command->add_flag("--resume", request->resume, "Goes on where it was when it was ended, or crashed");
-    AddDeviceOptions(*command, request->watch);
-    AddWatchOptions(*command, request->watch);
-    command->add_flag("--json", request->json, "A line of JSON for each event, and for the plan");
-    command->footer(
+    command.AddOption("FILE", request->file, "The protocol, in JSON").Required();
+    command.AddFlag("--dry-run", request->dryRun, "Checks it against the device, shows the plan, and sets nothing");
+    command.AddFlag("--resume", request->resume, "Goes on where it was when it was ended, or crashed");
+    AddDeviceOptions(command, request->watch);
+    AddWatchOptions(command, request->watch);
+    command.AddFlag("--json", request->json, "A line of JSON for each event, and for the plan");
+    command.Footer(
         "A protocol:\n"
         "  {\"name\": \"Hypoxia\", \"settle\": \"1m\", \"within\": \"2h\",\n"
         "   \"steps\": [{\"at\": \"0s\",    \"channel\": \"H301-T\", \"value\": 37},\n"
@@ -282,5 +279,5 @@ void AddProtocolCommand(CLI::App& app, CommandRun& run) {
         "\"settle\") and for that long after, and while the program does not run. Steps of one time are set together.\n"
         "\"within\": what has not settled by then ends the protocol with exit code 13; left out, it waits on.\n"
         "The progress is kept in FILE.progress.");
-    command->callback([&run, request] { run = [request] { return RunProtocol(*request); }; });
+    command.Run([request] { return RunProtocol(*request); });
 }

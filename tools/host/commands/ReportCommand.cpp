@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cstddef>
 #include <exception>
 #include <filesystem>
@@ -10,6 +9,7 @@
 #include <system_error>
 
 #include "ExitCode.h"
+#include "commands/Command.h"
 #include "commands/CommandLine.h"
 #include "commands/Commands.h"
 #include "keep/CsvFormat.h"
@@ -88,24 +88,18 @@ int RunReport(const ReportRequest& request) {
 
 }  // namespace
 
-void AddReportCommand(CLI::App& app, CommandRun& run) {
-    CLI::App* const command =
-        app.add_subcommand("report", "Makes a page of a log: charts, summary and events in one file");
+void AddReportCommand(Command& program) {
+    Command command = program.AddCommand("report", "Makes a page of a log: charts, summary and events in one file");
     const auto request = std::make_shared<ReportRequest>();
+    command.AddOption("FILE.csv", request->log, "A log, as monitor and serve keep it with --csv").Required();
     command
-        ->add_option_function<std::string>(
-            "FILE.csv", [request](const std::string& file) { request->log = PathOf(file); },
-            "A log, as monitor and serve keep it with --csv")
-        ->required();
-    command
-        ->add_option_function<std::string>(
-            "--output", [request](const std::string& file) { request->report = PathOf(file); },
-            "The report; FILE.html beside the log when left out, and what is there is replaced")
-        ->type_name("FILE");
-    command->footer(
+        .AddOption("--output", request->report,
+                   "The report; FILE.html beside the log when left out, and what is there is replaced")
+        .Type("FILE");
+    command.Footer(
         "Example:\n"
         "  oko-host report night.csv\n"
         "\n"
         "The report opens in any browser, from disk and without network.");
-    command->callback([request, &run] { run = [request] { return RunReport(*request); }; });
+    command.Run([request] { return RunReport(*request); });
 }

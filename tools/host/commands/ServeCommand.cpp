@@ -1,6 +1,5 @@
 // One process owns the incubator, and everyone looks at its page.
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <fstream>
 #include <iostream>
@@ -10,6 +9,7 @@
 #include <vector>
 
 #include "ExitCode.h"
+#include "commands/Command.h"
 #include "commands/CommandLine.h"
 #include "commands/Commands.h"
 #include "commands/WatchRequest.h"
@@ -111,29 +111,27 @@ int RunServe(ServeOptions options) {
 
 }  // namespace
 
-void AddServeCommand(CLI::App& app, CommandRun& run) {
-    CLI::App* const command =
-        app.add_subcommand("serve", "Watches a device and shows it on a page for everyone's browser");
+void AddServeCommand(Command& program) {
+    Command command = program.AddCommand("serve", "Watches a device and shows it on a page for everyone's browser");
     const auto options = std::make_shared<ServeOptions>();
-    AddDeviceOptions(*command, options->watch);
-    AddWatchOptions(*command, options->watch);
+    AddDeviceOptions(command, options->watch);
+    AddWatchOptions(command, options->watch);
     command
-        ->add_option("--address", options->page.address,
-                     "The address to listen on; others than this computer see the page with a token alone")
-        ->capture_default_str();
-    command->add_option("--http-port", options->page.port, "The page's port; 0 takes a free one")
-        ->capture_default_str();
-    command->add_option("--host-name", options->page.hostNames,
-                        "A name by which the page may be called; may be repeated");
-    command->add_flag("--allow-set", options->page.allowSet, "Lets those with the token set targets");
-    command->add_option("--token", options->page.token, "The token; made up and shown when left out");
-    command->add_option("--token-file", options->tokenFile, "A file whose first line is the token");
-    command->footer(
+        .AddOption("--address", options->page.address,
+                   "The address to listen on; others than this computer see the page with a token alone")
+        .ShowDefault();
+    command.AddOption("--http-port", options->page.port, "The page's port; 0 takes a free one").ShowDefault();
+    command.AddOption("--host-name", options->page.hostNames,
+                      "A name by which the page may be called; may be repeated");
+    command.AddFlag("--allow-set", options->page.allowSet, "Lets those with the token set targets");
+    command.AddOption("--token", options->page.token, "The token; made up and shown when left out");
+    command.AddOption("--token-file", options->tokenFile, "A file whose first line is the token");
+    command.Footer(
         "Examples:\n"
         "  oko-host serve --device simulator\n"
         "  oko-host serve --device incubator --csv night.csv --alarm all --allow-set\n"
         "  oko-host serve --address 192.168.1.20 --host-name incubator-3 --token-file token.txt\n"
         "\n"
         "/metrics is for Prometheus, /api/channels for programs. Ctrl+C ends the watch and the page.");
-    command->callback([&run, options] { run = [options] { return RunServe(*options); }; });
+    command.Run([options] { return RunServe(*options); });
 }

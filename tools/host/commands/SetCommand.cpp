@@ -1,6 +1,5 @@
 // Sets one target, and waits until its value has come there.
 
-#include <CLI/CLI.hpp>
 #include <cmath>
 #include <cstddef>
 #include <iostream>
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include "ExitCode.h"
+#include "commands/Command.h"
 #include "commands/CommandLine.h"
 #include "commands/Commands.h"
 #include "commands/WatchRequest.h"
@@ -205,36 +205,32 @@ int RunSet(const SetRequest& request) {
     return RunWatch(request.watch, parts);
 }
 
-void AddWaiting(CLI::App& command, SetRequest& request) {
-    command.add_flag("--wait", request.wait, "Waits until the value has settled");
+void AddWaiting(Command& command, SetRequest& request) {
+    command.AddFlag("--wait", request.wait, "Waits until the value has settled");
     AddDuration(command, "--settle", request.settleSeconds, "In band for that long has settled; 60s when left out");
     AddDuration(command, "--within", request.withinSeconds, "Gives up after that; 30m when left out");
 }
 
 }  // namespace
 
-void AddSetCommand(CLI::App& app, CommandRun& run) {
-    CLI::App* const command = app.add_subcommand("set", "Sets a target, and waits for it if asked to");
+void AddSetCommand(Command& program) {
+    Command command = program.AddCommand("set", "Sets a target, and waits for it if asked to");
     const auto request = std::make_shared<SetRequest>();
-    command->add_option("NAME", request->name, "The channel: a name, or KIND:NAME")->required();
-    command
-        ->add_option_function<std::string>(
-            "VALUE",
-            [request](const std::string& text) {
-                const auto value = ParseNumber(text);
-                if (!value) {
-                    throw CLI::ValidationError("VALUE", value.error);
-                }
-                request->value = *value;
-            },
-            "The target")
-        ->required();
-    AddDeviceOptions(*command, request->watch);
-    AddDuration(*command, "--every", request->watch.device.intervalSeconds, "Time between two reads; 1s when left out");
-    AddWaiting(*command, *request);
-    command->add_flag("--strict", request->watch.strict, "A target that the device changes is a failure");
-    command->add_flag("--json", request->json, "The outcome as JSON");
-    command->footer(
+    command.AddOption("NAME", request->name, "The channel: a name, or KIND:NAME").Required();
+    const auto takeValue = [request](const std::string& text) {
+        const auto value = ParseNumber(text);
+        if (value) {
+            request->value = *value;
+        }
+        return value.error;
+    };
+    command.AddOption("VALUE", takeValue, "The target").Required();
+    AddDeviceOptions(command, request->watch);
+    AddDuration(command, "--every", request->watch.device.intervalSeconds, "Time between two reads; 1s when left out");
+    AddWaiting(command, *request);
+    command.AddFlag("--strict", request->watch.strict, "A target that the device changes is a failure");
+    command.AddFlag("--json", request->json, "The outcome as JSON");
+    command.Footer(
         "Examples:\n"
         "  oko-host set H301-T 38.5\n"
         "  oko-host set gas:CO2 7 --device incubator --wait --settle 2min --within 1h\n"
@@ -242,5 +238,5 @@ void AddSetCommand(CLI::App& app, CommandRun& run) {
         "In band: no further from the target than the channel's tolerances. A value outside and a read without a "
         "value\n"
         "start the time over. Exit code 13: it did not settle.");
-    command->callback([&run, request] { run = [request] { return RunSet(*request); }; });
+    command.Run([request] { return RunSet(*request); });
 }

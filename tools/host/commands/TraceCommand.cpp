@@ -1,6 +1,5 @@
 // Shows every exchange between library and server, as the library logs it.
 
-#include <CLI/CLI.hpp>
 #include <cstddef>
 #include <filesystem>
 #include <iostream>
@@ -10,6 +9,7 @@
 #include <vector>
 
 #include "ExitCode.h"
+#include "commands/Command.h"
 #include "commands/CommandLine.h"
 #include "commands/Commands.h"
 #include "commands/WatchRequest.h"
@@ -127,22 +127,17 @@ int RunTrace(TraceRequest request) {
 
 }  // namespace
 
-void AddTraceCommand(CLI::App& app, CommandRun& run) {
-    CLI::App* const command =
-        app.add_subcommand("trace", "Shows every exchange of the library with the server, with its duration");
+void AddTraceCommand(Command& program) {
+    Command command =
+        program.AddCommand("trace", "Shows every exchange of the library with the server, with its duration");
     const auto request = std::make_shared<TraceRequest>();
-    AddDeviceOptions(*command, request->watch);
-    AddDuration(*command, "--every", request->watch.device.intervalSeconds, "Time between two rounds of reads");
-    AddDuration(*command, "--for", request->seconds, "How long, such as 10s; until Ctrl+C when left out");
-    command
-        ->add_option_function<std::string>(
-            "--output", [request](const std::string& file) { request->output = PathOf(file); },
-            "Writes the transcript into a new file")
-        ->type_name("FILE");
-    command->add_flag(
-        "--switch-on", request->switchOn,
-        "Sets LogCommunication to 1 for this run and puts back what was there; needs administrator rights");
-    command->footer(
+    AddDeviceOptions(command, request->watch);
+    AddDuration(command, "--every", request->watch.device.intervalSeconds, "Time between two rounds of reads");
+    AddDuration(command, "--for", request->seconds, "How long, such as 10s; until Ctrl+C when left out");
+    command.AddOption("--output", request->output, "Writes the transcript into a new file").Type("FILE");
+    command.AddFlag("--switch-on", request->switchOn,
+                    "Sets LogCommunication to 1 for this run and puts back what was there; needs administrator rights");
+    command.Footer(
         "Examples:\n"
         "  oko-host trace --device simulator --for 5s --switch-on\n"
         "  oko-host trace --device incubator --for 1min --switch-on --output trouble.tsv\n"
@@ -153,5 +148,5 @@ void AddTraceCommand(CLI::App& app, CommandRun& run) {
         "pause that the library makes in between, as while it starts the server, is part of it. What is not printable\n"
         "is written as \\r or \\x7F. A program that is killed cannot put LogCommunication back; \"oko-host doctor\" "
         "tells.");
-    command->callback([&run, request] { run = [request] { return RunTrace(*request); }; });
+    command.Run([request] { return RunTrace(*request); });
 }

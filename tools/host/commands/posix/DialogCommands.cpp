@@ -1,6 +1,4 @@
-#include <CLI/CLI.hpp>
-
-#include "commands/CommandLine.h"
+#include "commands/Command.h"
 #include "commands/Commands.h"
 
-void AddDialogCommands(CLI::App&, CommandRun&) {}  // the dialogs are Windows'
+void AddDialogCommands(Command&) {}  // the dialogs are Windows'

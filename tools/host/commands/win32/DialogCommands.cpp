@@ -2,7 +2,6 @@
 
 #include <windows.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -14,6 +13,7 @@
 #include <string>
 
 #include "ExitCode.h"
+#include "commands/Command.h"
 #include "commands/CommandLine.h"
 #include "commands/Commands.h"
 #include "commands/win32/Language.h"
@@ -213,40 +213,36 @@ int RunPanel(const DialogOptions& options) {
 }
 
 /// What the commands that open a dialog share; errors of their own become exit codes here.
-void AddDialog(CLI::App& app, CommandRun& run, const char* name, const char* what, int (*show)(const DialogOptions&)) {
-    CLI::App* const command = app.add_subcommand(name, what);
+void AddDialog(Command& program, const char* name, const char* what, int (*show)(const DialogOptions&)) {
+    Command command = program.AddCommand(name, what);
     const auto options = std::make_shared<DialogOptions>();
-    AddLibraryOption(*command, options->library);
-    command->add_option("--device", options->device, "Which device to open")
-        ->check(CLI::IsMember({"simulator", "incubator"}))
-        ->capture_default_str();
-    command->add_option("--settings", options->settings, "Where the settings texts are kept")->capture_default_str();
-    command->add_option("--language", options->language, "Another language than the system's")
-        ->check(CLI::IsMember(DialogLanguages()));
-    command->footer(
-        std::string("Examples:\n  oko-host ") + name + " --device incubator\n  oko-host " + name +
-        " --language de\n\n"
-        "Where the system lets no program choose the language of its dialogs, --language says so and opens\n"
-        "nothing. Wine is such a system: it goes by the environment, OKO_LANGUAGE=de_DE scripts/wine ...");
-    command->callback([&run, options, show] {
-        run = [options, show]() -> int {
-            try {
-                return show(*options);
-            } catch (const LanguageError& error) {
-                std::cerr << "oko-host: " << error.what() << "\n";
-                return kExitNoLanguage;
-            } catch (const ScreenError& error) {
-                std::cerr << "oko-host: " << error.what() << "\n";
-                return kExitNoScreen;
-            }
-        };
+    AddLibraryOption(command, options->library);
+    command.AddOption("--device", options->device, "Which device to open")
+        .OneOf({"simulator", "incubator"})
+        .ShowDefault();
+    command.AddOption("--settings", options->settings, "Where the settings texts are kept").ShowDefault();
+    command.AddOption("--language", options->language, "Another language than the system's").OneOf(DialogLanguages());
+    command.Footer(std::string("Examples:\n  oko-host ") + name + " --device incubator\n  oko-host " + name +
+                   " --language de\n\n"
+                   "Where the system lets no program choose the language of its dialogs, --language says so and opens\n"
+                   "nothing. Wine is such a system: it goes by the environment, OKO_LANGUAGE=de_DE scripts/wine ...");
+    command.Run([options, show]() -> int {
+        try {
+            return show(*options);
+        } catch (const LanguageError& error) {
+            std::cerr << "oko-host: " << error.what() << "\n";
+            return kExitNoLanguage;
+        } catch (const ScreenError& error) {
+            std::cerr << "oko-host: " << error.what() << "\n";
+            return kExitNoScreen;
+        }
     });
 }
 
 }  // namespace
 
-void AddDialogCommands(CLI::App& app, CommandRun& run) {
-    AddDialog(app, run, "configure", "Opens the configuration dialog", RunConfigure);
-    AddDialog(app, run, "connect", "Opens the connection dialog, then connects", RunConnect);
-    AddDialog(app, run, "panel", "Shows the value panel until its window is closed", RunPanel);
+void AddDialogCommands(Command& program) {
+    AddDialog(program, "configure", "Opens the configuration dialog", RunConfigure);
+    AddDialog(program, "connect", "Opens the connection dialog, then connects", RunConnect);
+    AddDialog(program, "panel", "Shows the value panel until its window is closed", RunPanel);
 }
