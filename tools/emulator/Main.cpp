@@ -1,9 +1,8 @@
 // oko-control-emulator: a stand-in for the OKO-Control Server.
 
-#include <CLI/CLI.hpp>
 #include <exception>
-#include <filesystem>
 #include <iostream>
+#include <variant>
 
 #include "control/Ctl.h"
 #include "net/UdpServer.h"
@@ -35,9 +34,7 @@ void Run(const Options& options) {
     }
 }
 
-int Act(const CLI::App& app, Options& options) {
-    TakeServerWords(options);
-    CheckCombinations(app, options);
+int Act(const Options& options) {
     if (options.ctl) {
         return RunCtl(options.ctlPort, options.controlWords, std::cin, std::cout, std::cerr);
     }
@@ -54,7 +51,7 @@ int Act(const CLI::App& app, Options& options) {
         Uninstall();
     } else if (!options.install.empty()) {
         CheckInput(options);
-        Install(options.install, options.displayName, StoredOptions(app));
+        Install(options.install, options.displayName, options.installed);
     } else {
         Run(options);
     }
@@ -62,20 +59,10 @@ int Act(const CLI::App& app, Options& options) {
 }
 
 int Main(int argc, char** argv) {
-    CLI::App app{"Stands in for the OKO-Control Server: answers its commands for an emulated incubator."};
-    app.footer(
-        "Examples:\n"
-        "  oko-control-emulator --list-scenarios\n"
-        "  oko-control-emulator --scenario full-incubator --speed 60\n"
-        "  oko-control-emulator --scenario product-9 --fault \"readcurval*; every 5; code 2\" --record run.txt");
-    Options options;
-    AddOptions(app, options);
-    if (std::filesystem::exists(OptionsFile())) {
-        app.set_config("--options-file", OptionsFile().string());
-    }
-    CLI11_PARSE(app, argc, argv);
     try {
-        return Act(app, options);
+        const std::variant<Options, int> read = ReadOptions(argc, argv);
+        const int* const exitCode = std::get_if<int>(&read);
+        return exitCode != nullptr ? *exitCode : Act(std::get<Options>(read));
     } catch (const PortError& error) {
         std::cerr << "oko-control-emulator: " << error.what() << "\n";
         return kExitPortInUse;

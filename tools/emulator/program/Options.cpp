@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "OkoVersion.h"
@@ -255,8 +256,6 @@ void AddCtl(CLI::App& app, Options& options) {
     });
 }
 
-}  // namespace
-
 void AddOptions(CLI::App& app, Options& options) {
     app.option_defaults()->group("The incubator");
     AddIncubatorOptions(app, options);
@@ -270,6 +269,7 @@ void AddOptions(CLI::App& app, Options& options) {
     AddCtl(app, options);
 }
 
+/// Holds together what was read: options that would be ignored, or do harm, are refused. Throws std::runtime_error.
 void CheckCombinations(const CLI::App& app, const Options& options) {
     const auto isThere = [&app](std::string_view name) { return app.get_option(std::string(name))->count() > 0; };
     for (const Combination& combination : Combinations()) {
@@ -305,6 +305,8 @@ void CheckCombinations(const CLI::App& app, const Options& options) {
     }
 }
 
+/// Takes the port from the words with which a client starts its server. Throws std::runtime_error for a word that is
+/// none of those.
 void TakeServerWords(Options& options) {
     constexpr std::string_view kPort = "port=";
     for (const std::string& word : options.serverWords) {
@@ -321,6 +323,27 @@ void TakeServerWords(Options& options) {
     }
 }
 
-std::string StoredOptions(const CLI::App& app) { return app.config_to_str(false, false); }
+}  // namespace
+
+std::variant<Options, int> ReadOptions(int argc, char** argv) {
+    CLI::App app{"Stands in for the OKO-Control Server: answers its commands for an emulated incubator."};
+    app.footer(
+        "Examples:\n"
+        "  oko-control-emulator --list-scenarios\n"
+        "  oko-control-emulator --scenario full-incubator --speed 60\n"
+        "  oko-control-emulator --scenario product-9 --fault \"readcurval*; every 5; code 2\" --record run.txt");
+    Options options;
+    AddOptions(app, options);
+    if (std::filesystem::exists(OptionsFile())) {
+        app.set_config("--options-file", OptionsFile().string());
+    }
+    CLI11_PARSE(app, argc, argv);
+    TakeServerWords(options);
+    CheckCombinations(app, options);
+    if (!options.install.empty()) {
+        options.installed = app.config_to_str(false, false);
+    }
+    return options;
+}
 
 }  // namespace emulator

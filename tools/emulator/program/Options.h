@@ -1,8 +1,8 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "net/Address.h"
@@ -47,6 +47,7 @@ struct Options {
     bool listScenarios = false;
     bool placeholder = false;
     std::string install;
+    std::string installed;  // with `install`: the text of the installed copy's options file
     std::string displayName = "OKO-Control Server (emulator)";
     bool uninstall = false;
 
@@ -55,17 +56,9 @@ struct Options {
     int ctlPort = kControlPort;
 };
 
-/// Adds all options to the command line. `options` must outlive its reading.
-void AddOptions(CLI::App& app, Options& options);
-
-/// Holds together what was read: options that would be ignored, or do harm, are refused. Throws std::runtime_error.
-void CheckCombinations(const CLI::App& app, const Options& options);
-
-/// Takes the port from the words with which a client starts its server. Throws std::runtime_error for a word that is
-/// none of those.
-void TakeServerWords(Options& options);
-
-/// The options that an installed copy is to have, as the text of its options file.
-std::string StoredOptions(const CLI::App& app);
+/// Reads the command line and this copy's options file, if it has one. Gives the exit code where that is all: help was
+/// shown, or a mistake told. Throws std::runtime_error for options that would be ignored, or do harm, and for words
+/// that start no server.
+std::variant<Options, int> ReadOptions(int argc, char** argv);
 
 }  // namespace emulator
