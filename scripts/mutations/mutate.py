@@ -71,7 +71,7 @@ def copy_tree():
 
 def configure():
     # A break may leave a function or a parameter without use: no warnings here. And nobody debugs this build.
-    options = ["-DCMAKE_BUILD_TYPE=", "-DCMAKE_CXX_FLAGS=-w"]
+    options = ["-DCMAKE_BUILD_TYPE=", "-DCMAKE_CXX_FLAGS=-w", "-DOKO_UNITY=OFF"]
     return subprocess.run(["cmake", "--preset", "native", *options], cwd=COPY, stdout=subprocess.PIPE,
                           stderr=subprocess.STDOUT, text=True)
 
