@@ -2,7 +2,6 @@
 
 #include <windows.h>
 
-#include <cstddef>
 #include <filesystem>
 #include <string>
 #include <utility>
