@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "check/Check.h"
 #include "check/CheckRun.h"
 #include "text/Json.h"
 #include "text/Number.h"

@@ -6,7 +6,6 @@
 #include <functional>
 #include <future>
 #include <memory>
-#include <optional>
 #include <string>
 #include <thread>
 #include <utility>
@@ -57,7 +56,8 @@ struct CheckServer::Impl {
 
     void Begin(const std::string& scenario) {
         start = std::chrono::steady_clock::now();
-        server.emplace(scenario.empty() ? incubator::kScenario : scenario, kSeed, [](const std::string&) {});
+        server = std::make_unique<emulator::EmulatedServer>(scenario.empty() ? incubator::kScenario : scenario, kSeed,
+                                                            [](const std::string&) {});
         commands.clear();
     }
 
@@ -78,7 +78,7 @@ struct CheckServer::Impl {
 
     asio::io_context context{1};
     std::chrono::steady_clock::time_point start;
-    std::optional<emulator::EmulatedServer> server;
+    std::unique_ptr<emulator::EmulatedServer> server;  // one at any time
     std::vector<std::string> commands;
     emulator::UdpServer udp;
     std::thread thread;

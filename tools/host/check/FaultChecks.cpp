@@ -74,7 +74,7 @@ void ReadUnderFault(Trial& trial, const std::vector<Row>& rows, ReadSlot read, N
     std::vector<std::string> rules;
     rules.reserve(patterns.size());
     for (const std::string& pattern : patterns) {
-        rules.push_back(pattern + "; always; " + effect);
+        rules.push_back(std::string(pattern).append("; always; ").append(effect));
     }
     trial.Rules(rules);
     ExpectReads(rows, read, name, " under \"" + effect + "\"", true);
