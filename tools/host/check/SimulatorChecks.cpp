@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <span>
 #include <string>
@@ -42,9 +43,9 @@ bool WaitFor(Condition condition) {
 }
 
 double Value(const std::string& what, const CheckedRead& read) {
-    Expect(read.result == oko::kSuccess && read.value && std::isfinite(*read.value), what, "0 and a number",
-           ReadText(read));
-    return *read.value;
+    const double value = read.value.value_or(std::numeric_limits<double>::quiet_NaN());
+    Expect(read.result == oko::kSuccess && std::isfinite(value), what, "0 and a number", ReadText(read));
+    return value;
 }
 
 void AsksNobody(Trial& trial) {
@@ -157,6 +158,7 @@ void KeepsItsValues(Trial& trial) {
     const std::vector<WatchedChannel> channels = device.Channels();
     device.Close();
     std::vector<double> values;
+    values.reserve(channels.size());
     for (const WatchedChannel& channel : channels) {
         values.push_back(Value(channel.CurrentName() + " after Close", channel.Current()));
     }

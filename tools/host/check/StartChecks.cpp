@@ -69,7 +69,7 @@ void Commands(Trial& trial) {
     std::vector<std::string> expected{"listprod"};
     const auto add = [&](const std::string& begin, const std::string& end) {
         for (int product = kFirstProduct; product <= kLastProduct; ++product) {
-            expected.push_back(begin + std::to_string(product) + end);
+            expected.push_back(std::string(begin).append(std::to_string(product)).append(end));
         }
     };
     add("mode ", " 0");

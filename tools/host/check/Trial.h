@@ -67,7 +67,7 @@ class Trial {
     template <class Call>
     auto Enter(const std::string& name, Call call) -> decltype(call()) {
         Begin(name);
-        const Leaving leaving(*this);
+        const Leaving leaving;
         try {
             return call();
         } catch (...) {
@@ -87,15 +87,14 @@ class Trial {
 
  private:
     struct Leaving {
-        explicit Leaving(Trial& owner) : m_owner(owner) {}
-        ~Leaving() { m_owner.End(); }
+        Leaving() = default;
+        ~Leaving() { End(); }
         Leaving(const Leaving&) = delete;
         Leaving& operator=(const Leaving&) = delete;
-        Trial& m_owner;
     };
 
-    void Begin(const std::string& name);
-    void End();
+    static void Begin(const std::string& name);
+    static void End();
     [[noreturn]] static void FailOnException(const std::string& name);
     void Load();
 
