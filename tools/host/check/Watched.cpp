@@ -81,7 +81,9 @@ std::optional<WatchedChannel> Find(const WatchedDevice& device, const std::strin
 }
 
 WatchedChannel Demand(std::optional<WatchedChannel> channel, const char* name, std::uint32_t index) {
-    Expect(channel.has_value(), std::string(name) + "(" + std::to_string(index) + ")", "a channel", "none");
+    if (!channel) {
+        throw CheckFailed(std::string(name) + "(" + std::to_string(index) + "): expected a channel, got none");
+    }
     return *channel;
 }
 
