@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "model/ChannelInfo.h"
+#include "model/Moment.h"
 #include "model/Reading.h"
 #include "model/Snapshot.h"
 

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace {
 
 TEST(TargetSettingTests, NameMayHoldColonsAndEqualsSigns) {

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// What a computer tells about the library, the server and the incubator's port. Nothing here is judged.

@@ -7,7 +7,9 @@
 #include <chrono>
 #include <csignal>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
+#include <istream>
 #include <sstream>
 #include <stdexcept>
 #include <string>
