@@ -1,7 +1,5 @@
 #pragma once
 
-#include <optional>
-
 #include "model/ChannelInfo.h"
 
 /// The values that count as right; the limits belong to it.
