@@ -1,28 +1,8 @@
 #pragma once
 
-#include <array>
-#include <chrono>
 #include <filesystem>
-#include <thread>
-
-#ifdef _WIN32
-#include <windows.h>
-#endif
 
 /// The program that tests start: probe/StartProbe.cpp.
-inline std::filesystem::path Probe() {
-#ifdef _WIN32
-    std::array<wchar_t, 32768> program{};
-    GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size()));
-    return std::filesystem::path(program.data()).parent_path() / "oko-start-probe.exe";
-#else
-    return std::filesystem::path(OKO_PROBE_FOLDER) / "oko-start-probe";
-#endif
-}
+std::filesystem::path Probe();
 
-inline bool WaitForFile(const std::filesystem::path& file) {
-    for (int i = 0; i < 2000 && !std::filesystem::exists(file); ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return std::filesystem::exists(file);
-}
+bool WaitForFile(const std::filesystem::path& file);

@@ -10,7 +10,6 @@
 #include <random>
 #include <string>
 #include <string_view>
-#include <system_error>
 
 namespace {
 

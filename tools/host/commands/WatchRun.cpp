@@ -178,7 +178,7 @@ void WatchRun::PassOn(bool row) {
 }
 
 void WatchRun::Judge() {
-    if (!m_alarms) {
+    if (!m_alarms || !m_statistics) {
         return;
     }
     std::vector<Reading> readings;
