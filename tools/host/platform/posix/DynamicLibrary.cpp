@@ -8,7 +8,8 @@
 
 DynamicLibrary::DynamicLibrary(const std::filesystem::path& file) : m_hModule(dlopen(file.c_str(), RTLD_NOW)) {
     if (m_hModule == nullptr) {
-        throw LibraryError("cannot load " + file.string() + " (" + dlerror() + ")");
+        const char* const why = dlerror();  // NOLINT(concurrency-mt-unsafe): of this thread
+        throw LibraryError("cannot load " + file.string() + " (" + why + ")");
     }
 }
 
