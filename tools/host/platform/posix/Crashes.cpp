@@ -11,5 +11,6 @@ void CrashInSilence() noexcept {}  // the signal tells, and whoever started this
 std::optional<std::size_t> OpenHandles() {
     std::error_code error;
     const std::filesystem::directory_iterator files("/proc/self/fd", error);
-    return error ? std::nullopt : std::optional(static_cast<std::size_t>(std::distance(begin(files), end(files))));
+    return error ? std::nullopt
+                 : std::optional(static_cast<std::size_t>(std::distance(files, std::filesystem::directory_iterator())));
 }
