@@ -39,7 +39,7 @@ class ChildProcess {
     ~ChildProcess() {
         CloseHandle(m_hInput);
         if (m_bEndsWithItsInput) {
-            WaitForSingleObject(m_process.hProcess, 10'000);
+            WaitForSingleObject(m_process.hProcess, kTestPatienceMs);
         }
         Kill();
         CloseHandle(m_process.hThread);
@@ -52,7 +52,7 @@ class ChildProcess {
     /// Ends it at once, without its leave.
     void Kill() const {
         TerminateProcess(m_process.hProcess, 99);
-        WaitForSingleObject(m_process.hProcess, 10'000);
+        WaitForSingleObject(m_process.hProcess, kTestPatienceMs);
     }
 
     DWORD ThreadId() const { return m_process.dwThreadId; }
@@ -61,7 +61,7 @@ class ChildProcess {
 
     /// Waits until it ends by itself.
     DWORD ExitCode() const {
-        EXPECT_EQ(WaitForSingleObject(m_process.hProcess, 60'000), WAIT_OBJECT_0);
+        EXPECT_EQ(WaitForSingleObject(m_process.hProcess, kTestPatienceMs), WAIT_OBJECT_0);
         DWORD code = 0xFFFF;
         GetExitCodeProcess(m_process.hProcess, &code);
         return code;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -54,7 +55,7 @@ class HostWatchTests : public testing::Test {
 
     /// Watches the incubator for a few rows.
     DWORD Monitor(const std::wstring& more) {
-        return Run(L"monitor --device incubator --every 50ms --for 300ms --answer-within 500ms " + more);
+        return Run(L"monitor --device incubator --every 50ms --for 300ms " + more);
     }
 
     bool Says(const std::string& text) const { return m_output.find(text) != std::string::npos; }
@@ -87,7 +88,11 @@ TEST_F(HostWatchTests, ServerThatFallsSilent_IsToldAndTheTimeIsKept) {
     EXPECT_EQ(Run(L"monitor --device incubator --port 3 --every 20ms --for 3s --answer-within 500ms"), 11U);
     EXPECT_TRUE(Says("row 2 ") || Says("row 2\n") || Says("row 2\r\n")) << m_output;
     EXPECT_TRUE(Says("NO DATA: the device has not answered for")) << m_output;
-    EXPECT_TRUE(Says("done: incubator, 3.")) << m_output;
+    // Not before its time; how long after it is the machine's affair.
+    const std::string done = "done: incubator, ";
+    const std::size_t at = m_output.find(done);
+    ASSERT_NE(at, std::string::npos) << m_output;
+    EXPECT_GE(std::stod(m_output.substr(at + done.size())), 3.0) << m_output;
     EXPECT_TRUE(Says("ended without closing it")) << m_output;
 }
 

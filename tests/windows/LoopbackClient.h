@@ -6,16 +6,17 @@
 #include <string_view>
 
 #include "ServerPort.h"
+#include "windows/LoadedLibrary.h"
 
-/// A client of port 60000 that waits some seconds for its reply.
+/// A client of port 60000 that is patient with its reply.
 class LoopbackClient {
  public:
     LoopbackClient() {
         WSADATA data{};
         WSAStartup(MAKEWORD(2, 2), &data);
         m_socket = socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP);
-        constexpr DWORD kPatienceMs = 20'000;
-        setsockopt(m_socket, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&kPatienceMs), sizeof kPatienceMs);
+        setsockopt(m_socket, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&kTestPatienceMs),
+                   sizeof kTestPatienceMs);
         const sockaddr_in address = ServerAddress();
         connect(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address);
     }

@@ -42,7 +42,7 @@ inline std::wstring ProgramOf(DWORD processId) {
 inline void EndProcess(DWORD processId) {
     const HANDLE process = OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, processId);
     TerminateProcess(process, 0);
-    WaitForSingleObject(process, 10'000);
+    WaitForSingleObject(process, 60'000);
     CloseHandle(process);
 }
 
