@@ -6,8 +6,10 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <list>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "ScratchFolder.h"
 #include "windows/LoadedLibrary.h"
@@ -75,6 +77,13 @@ class ChildProcess {
 
     bool HasWritten(std::string_view text) const { return Output().find(text) != std::string::npos; }
 
+    /// Gives it these bytes as input.
+    void Write(std::string_view bytes) const {
+        DWORD written = 0;
+        EXPECT_TRUE(WriteFile(m_hInput, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr));
+        EXPECT_EQ(written, bytes.size());
+    }
+
  private:
     /// Gives the system's error. Once in thousands of times a process dies under Wine before its program begins, which
     /// shows as an internal error: it is started again.
@@ -104,3 +113,16 @@ class ChildProcess {
     HANDLE m_hInput = nullptr;
     PROCESS_INFORMATION m_process{};
 };
+
+/// Runs a program with each of these arguments, all at the same time, until the last has ended. Gives their exit codes.
+inline std::vector<DWORD> ExitCodes(const std::wstring& program, const std::vector<std::wstring>& arguments) {
+    std::list<ChildProcess> processes;
+    for (const std::wstring& each : arguments) {
+        processes.emplace_back(program, each);
+    }
+    std::vector<DWORD> codes;
+    for (const ChildProcess& process : processes) {
+        codes.push_back(process.ExitCode());
+    }
+    return codes;
+}

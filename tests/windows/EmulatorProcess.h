@@ -1,8 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
+#include <sstream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "ChildProcess.h"
 #include "NativeEmulator.h"
@@ -36,7 +39,29 @@ class EmulatorProcess {
     std::string Output() const { return m_native ? m_native->Output() : m_process->Output(); }
     bool HasEnded() const { return m_native ? m_native->HasEnded() : m_process->HasEnded(); }
 
+    /// Has an emulator with the option --control-input do what this request says.
+    void Tell(const std::string& request) const {
+        const std::size_t before = Answers().size();
+        m_native ? m_native->Write(request + "\n") : m_process->Write(request + "\n");
+        EXPECT_TRUE(WaitUntil([&] { return Answers().size() > before || HasEnded(); })) << request;
+        const std::vector<std::string> answers = Answers();
+        ASSERT_EQ(answers.size(), before + 1) << request << ": " << Output();
+        EXPECT_NE(answers.back().find("\"ok\":true"), std::string::npos) << request << ": " << answers.back();
+    }
+
  private:
+    /// The lines that answer requests, as far as they are complete.
+    std::vector<std::string> Answers() const {
+        std::istringstream output(Output());
+        std::vector<std::string> answers;
+        for (std::string line; std::getline(output, line) && !output.eof();) {
+            if (line.starts_with("{\"")) {
+                answers.push_back(line);
+            }
+        }
+        return answers;
+    }
+
     /// By what it says: a test that tried the port itself could be in its way.
     bool HasThePort() const {
         const std::string output = Output();

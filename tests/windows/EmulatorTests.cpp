@@ -29,18 +29,18 @@ std::string ReadFile(const std::wstring& name) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// A device that is up against an emulator.
-class Running {
+/// A device that is up against the emulator that has the port.
+class RunningDevice {
  public:
-    explicit Running(const std::wstring& options) : m_emulator(options) {
+    RunningDevice() {
         HostRecord::Current() = {};
         Device().ApplyConnection(L"m_iComPort 3");
         initResult = Device().Init(HostRecord::Callback, nullptr);
         HostRecord::Current() = {};
     }
-    ~Running() { Device().Close(); }
-    Running(const Running&) = delete;
-    Running& operator=(const Running&) = delete;
+    ~RunningDevice() { Device().Close(); }
+    RunningDevice(const RunningDevice&) = delete;
+    RunningDevice& operator=(const RunningDevice&) = delete;
 
     CDevApiInterface& Device() const { return m_library.Device(0); }
 
@@ -69,15 +69,43 @@ class Running {
     std::int32_t initResult = -1;
 
  private:
-    EmulatorProcess m_emulator;
     LoadedLibrary m_library;
+};
+
+/// A device that is up against an emulator of its own.
+class Running {
+ public:
+    explicit Running(const std::wstring& options) : m_emulator(options) {}
+
+    const RunningDevice* operator->() const { return &m_device; }
+
+ private:
+    EmulatorProcess m_emulator;
+    RunningDevice m_device;
+};
+
+/// One emulator for all rows of a table.
+class EmulatorForRows {
+ public:
+    /// Begins anew with a scenario, under no rule but this one.
+    void Begin(const std::string& scenario, const std::string& rule = "") const {
+        m_emulator.Tell("stop all");
+        m_emulator.Tell("load " + scenario);
+        if (!rule.empty()) {
+            m_emulator.Tell("start " + rule);
+        }
+    }
+
+ private:
+    EmulatorProcess m_emulator{L"--control-input"};
 };
 
 TEST(EmulatorTests, EveryScenario_GivesItsChannels) {
     struct Case {
-        const wchar_t* scenario;
+        const char* scenario;
         std::vector<std::wstring> names;
     };
+    const EmulatorForRows emulator;
     const std::vector<std::wstring> heater{L"H301-T",      L"Base", L"Free sensor", L"Humidity #1",
                                            L"Humidity #2", L"Lid",  L"Objective",   L"Room"};
     std::vector<std::wstring> full = heater;
@@ -85,24 +113,25 @@ TEST(EmulatorTests, EveryScenario_GivesItsChannels) {
     std::vector<std::wstring> failing = full;
     std::erase(failing, L"Base");
     for (const Case& row : std::vector<Case>{
-             {L"product-7", {L"H501-T Base", L"H501-T Lid", L"Humidity", L"Objective", L"Free sensor"}},
-             {L"product-8", {L"H201-T", L"Air heater", L"Cage", L"Sample"}},
-             {L"product-9", heater},
-             {L"product-10", {L"Humidifier", L"Sensing cell", L"CO2"}},
-             {L"product-11", {L"O2"}},
-             {L"product-12", {L"Humidifier", L"Sensing cell", L"CO2", L"O2"}},
-             {L"product-13", {L"Humidifier", L"Sensing cell", L"CO2", L"O2"}},
-             {L"product-14", {L"H101-T", L"Base", L"Free sensor", L"Objective", L"Room", L"Water bath"}},
-             {L"product-15", {L"Humidifier", L"Sensing cell", L"H301-HM-ACTIVE"}},
-             {L"product-16", {L"H401-T Device 1", L"H401-T Device 2", L""}},
-             {L"product-17",
+             {"product-7", {L"H501-T Base", L"H501-T Lid", L"Humidity", L"Objective", L"Free sensor"}},
+             {"product-8", {L"H201-T", L"Air heater", L"Cage", L"Sample"}},
+             {"product-9", heater},
+             {"product-10", {L"Humidifier", L"Sensing cell", L"CO2"}},
+             {"product-11", {L"O2"}},
+             {"product-12", {L"Humidifier", L"Sensing cell", L"CO2", L"O2"}},
+             {"product-13", {L"Humidifier", L"Sensing cell", L"CO2", L"O2"}},
+             {"product-14", {L"H101-T", L"Base", L"Free sensor", L"Objective", L"Room", L"Water bath"}},
+             {"product-15", {L"Humidifier", L"Sensing cell", L"H301-HM-ACTIVE"}},
+             {"product-16", {L"H401-T Device 1", L"H401-T Device 2", L""}},
+             {"product-17",
               {L"Main", L"Chamber", L"Lid", L"Humidifier", L"Objective Heater", L"Heated tube", L"T sensor"}},
-             {L"full-incubator", full},
-             {L"simulator-default", full},
-             {L"failing-sensor", failing},
+             {"full-incubator", full},
+             {"simulator-default", full},
+             {"failing-sensor", failing},
          }) {
         SCOPED_TRACE(row.scenario);
-        const Running running(L"--scenario " + std::wstring(row.scenario));
+        emulator.Begin(row.scenario);
+        const RunningDevice running;
         EXPECT_EQ(running.initResult, 0);
         EXPECT_EQ(running.Names(), row.names);
     }
@@ -112,16 +141,16 @@ TEST(EmulatorTests, Ranges_ComeFromTheServer) {
     const Running running(L"--scenario product-16");
     double min = 0.0;
     double max = 0.0;
-    running.Temperature(0).GetTemperatureLimits(&min, &max);
+    running->Temperature(0).GetTemperatureLimits(&min, &max);
     EXPECT_EQ(min, 25.0);
     EXPECT_EQ(max, 50.0);
-    running.Temperature(2).GetTemperatureLimits(&min, &max);
+    running->Temperature(2).GetTemperatureLimits(&min, &max);
     EXPECT_EQ(max, 0.0);
 }
 
 TEST(EmulatorTests, Target_ReachesTheServerAndItsValueArrives) {
     const Running running(L"--scenario product-9 --speed 2000");
-    auto& channel = running.Temperature(0);
+    auto& channel = running->Temperature(0);
     ASSERT_EQ(channel.SetTargetTemperature(41.5), 0);
     double value = 0.0;
     EXPECT_EQ(channel.GetTargetTemperature(&value), 0);
@@ -151,22 +180,23 @@ TEST(EmulatorTests, FailingSensor_IsReportedAndItsDeviceLogged) {
 
 TEST(EmulatorTests, FaultsOnARead_AreWhatTheCallerSees) {
     struct Case {
-        const wchar_t* effect;
+        const char* effect;
         int result;
         bool valueTaken;
         std::size_t lines;
     };
+    const EmulatorForRows emulator;
     for (const Case& row :
-         {Case{L"code 1", 0, true, 1}, Case{L"code 2", 0, true, 1}, Case{L"code 3", -1, false, 1},
-          Case{L"code 7", 0, false, 0}, Case{L"error broken", -1, false, 1}, Case{L"empty", -1, false, 0},
-          Case{L"long 200", -1, false, 0}, Case{L"truncate 1", 0, false, 0}, Case{L"truncate 14", 0, false, 0},
-          Case{L"garbage 500", -1, false, 0}, Case{L"no-separator", 0, false, 0}, Case{L"no-return", 0, false, 0},
-          Case{L"late 300", 0, true, 0}, Case{L"value nan", -1, false, 0}, Case{L"value", 0, false, 0},
-          Case{L"value 999.5", 0, true, 0}, Case{L"echo readcurval 1", 0, true, 0}}) {
-        const std::wstring effect = row.effect;
-        SCOPED_TRACE(std::string(effect.begin(), effect.end()));
+         {Case{"code 1", 0, true, 1}, Case{"code 2", 0, true, 1}, Case{"code 3", -1, false, 1},
+          Case{"code 7", 0, false, 0}, Case{"error broken", -1, false, 1}, Case{"empty", -1, false, 0},
+          Case{"long 200", -1, false, 0}, Case{"truncate 1", 0, false, 0}, Case{"truncate 14", 0, false, 0},
+          Case{"garbage 500", -1, false, 0}, Case{"no-separator", 0, false, 0}, Case{"no-return", 0, false, 0},
+          Case{"late 300", 0, true, 0}, Case{"value nan", -1, false, 0}, Case{"value", 0, false, 0},
+          Case{"value 999.5", 0, true, 0}, Case{"echo readcurval 1", 0, true, 0}}) {
+        SCOPED_TRACE(row.effect);
         // The first read is Init's or none's: the rule is for the plain form, which only the channel sends.
-        const Running running(L"--scenario product-9 --fault \"readcurval 9; always; " + effect + L"\"");
+        emulator.Begin("product-9", std::string("readcurval 9; always; ") + row.effect);
+        const RunningDevice running;
         double value = -7.0;
         EXPECT_EQ(running.Temperature(0).GetCurrentTemperature(&value), row.result);
         EXPECT_EQ(value != -7.0, row.valueTaken);
@@ -176,15 +206,16 @@ TEST(EmulatorTests, FaultsOnARead_AreWhatTheCallerSees) {
 
 TEST(EmulatorTests, FaultsOnAWrite_AreWhatTheCallerSees) {
     struct Case {
-        const wchar_t* effect;
+        const char* effect;
         int result;
         std::size_t lines;
     };
-    for (const Case& row : {Case{L"code 1", 0, 1}, Case{L"code 2", 0, 1}, Case{L"code 3", -1, 1}, Case{L"code 8", 0, 0},
-                            Case{L"empty", -1, 0}, Case{L"long 70", -1, 0}, Case{L"no-separator", 0, 0}}) {
-        const std::wstring effect = row.effect;
-        SCOPED_TRACE(std::string(effect.begin(), effect.end()));
-        const Running running(L"--scenario product-9 --fault \"writesetpoint*; always; " + effect + L"\"");
+    const EmulatorForRows emulator;
+    for (const Case& row : {Case{"code 1", 0, 1}, Case{"code 2", 0, 1}, Case{"code 3", -1, 1}, Case{"code 8", 0, 0},
+                            Case{"empty", -1, 0}, Case{"long 70", -1, 0}, Case{"no-separator", 0, 0}}) {
+        SCOPED_TRACE(row.effect);
+        emulator.Begin("product-9", std::string("writesetpoint*; always; ") + row.effect);
+        const RunningDevice running;
         EXPECT_EQ(running.Temperature(0).SetTargetTemperature(40.0), row.result);
         EXPECT_EQ(HostRecord::Current().lines.size(), row.lines);
     }
@@ -192,30 +223,30 @@ TEST(EmulatorTests, FaultsOnAWrite_AreWhatTheCallerSees) {
 
 TEST(EmulatorTests, ReadBackThatFails_RestoresThePreviousTargetAtTheServer) {
     const Running running(L"--scenario product-9 --fault \"readsetpoint*; nth 1; error\"");
-    EXPECT_EQ(running.Temperature(0).SetTargetTemperature(40.0), 0);
+    EXPECT_EQ(running->Temperature(0).SetTargetTemperature(40.0), 0);
     double value = 0.0;
-    EXPECT_EQ(running.Temperature(0).GetTargetTemperature(&value), 0);
+    EXPECT_EQ(running->Temperature(0).GetTargetTemperature(&value), 0);
     EXPECT_EQ(value, 37.0);
 }
 
 TEST(EmulatorTests, FaultsDuringInit_LeaveOutWhatTheyHit) {
     struct Case {
-        const wchar_t* rule;
+        const char* rule;
         int result;
         int temperatures;
     };
-    for (const Case& row :
-         {Case{L"listprod; always; code 1", 0, 8}, Case{L"listprod; always; garbage 4", 0, 8},
-          Case{L"listconprod; always; empty", 0, 0}, Case{L"listconprod; every 1; no-separator", 0, 0},
-          Case{L"listconprod; nth 1; code 1", 0, 8}, Case{L"listdev*; always; empty", 0, 8},
-          Case{L"bl-param-list*; always; error", 0, 1}, Case{L"bl-param-read*; always; value 0", 0, 1},
-          Case{L"bl-param-read*; always; empty", 0, 1}, Case{L"readmin*; always; error", 0, 8},
-          Case{L"status; always; garbage 8", 0, 8}, Case{L"mode*; always; empty", 0, 8},
-          Case{L"start*; always; code 3", 0, 8}, Case{L"comport*; always; error", 0, 8},
-          Case{L"checkcon*; always; long 100", 0, 8}}) {
-        const std::wstring rule = row.rule;
-        SCOPED_TRACE(std::string(rule.begin(), rule.end()));
-        const Running running(L"--scenario product-9 --fault \"" + rule + L"\"");
+    const EmulatorForRows emulator;
+    for (const Case& row : {Case{"listprod; always; code 1", 0, 8}, Case{"listprod; always; garbage 4", 0, 8},
+                            Case{"listconprod; always; empty", 0, 0}, Case{"listconprod; every 1; no-separator", 0, 0},
+                            Case{"listconprod; nth 1; code 1", 0, 8}, Case{"listdev*; always; empty", 0, 8},
+                            Case{"bl-param-list*; always; error", 0, 1}, Case{"bl-param-read*; always; value 0", 0, 1},
+                            Case{"bl-param-read*; always; empty", 0, 1}, Case{"readmin*; always; error", 0, 8},
+                            Case{"status; always; garbage 8", 0, 8}, Case{"mode*; always; empty", 0, 8},
+                            Case{"start*; always; code 3", 0, 8}, Case{"comport*; always; error", 0, 8},
+                            Case{"checkcon*; always; long 100", 0, 8}}) {
+        SCOPED_TRACE(row.rule);
+        emulator.Begin("product-9", row.rule);
+        const RunningDevice running;
         EXPECT_EQ(running.initResult, row.result);
         EXPECT_EQ(running.Device().GetTemperatureCount(), row.temperatures);
     }
@@ -226,7 +257,7 @@ TEST(EmulatorTests, RecordOfARun_ReplaysToTheSameDevice) {
     std::vector<std::wstring> names;
     {
         const Running running(L"--scenario product-12 --record \"" + record + L"\"");
-        names = running.Names();
+        names = running->Names();
         // A second emulator does not get the port and leaves the running one's record alone.
         const std::string before = ReadFile(record);
         EXPECT_EQ(RunEmulator(L"--for 1 --record \"" + record + L"\""), 2U);
@@ -235,24 +266,22 @@ TEST(EmulatorTests, RecordOfARun_ReplaysToTheSameDevice) {
     EXPECT_EQ(names.size(), 4U);
     {
         const Running running(L"--replay \"" + record + L"\"");
-        EXPECT_EQ(running.initResult, 0);
-        EXPECT_EQ(running.Names(), names);
+        EXPECT_EQ(running->initResult, 0);
+        EXPECT_EQ(running->Names(), names);
     }
     std::filesystem::remove(record);
 }
 
 TEST(EmulatorTests, WrongInput_EndsWithAMessageAndItsCode) {
-    EXPECT_EQ(RunEmulator(L"--scenario nowhere"), 1U);
-    EXPECT_EQ(RunEmulator(L"--fault nonsense"), 1U);
     EXPECT_EQ(RunEmulator(L"--list-scenarios"), 0U);
     const std::wstring file = ScratchFolder() + L"wrong.json";
     std::ofstream(std::filesystem::path(file)) << "{\"products\": 7}";
-    EXPECT_EQ(RunEmulator(L"--scenario \"" + file + L"\""), 1U);
+    const std::vector<std::wstring> wrong{L"--scenario nowhere",           L"--fault nonsense",
+                                          L"--scenario \"" + file + L"\"", L"--for 1 --record no-such-folder/run.txt",
+                                          L"--for 1 server port=x",        L"--for 1 server port=60000abc",
+                                          L"--for 1 server port=99999"};
+    EXPECT_EQ(ExitCodes(L"oko-control-emulator.exe", wrong), std::vector<DWORD>(wrong.size(), 1U));
     std::filesystem::remove(file);
-    EXPECT_EQ(RunEmulator(L"--for 1 --record no-such-folder/run.txt"), 1U);
-    EXPECT_EQ(RunEmulator(L"--for 1 server port=x"), 1U);
-    EXPECT_EQ(RunEmulator(L"--for 1 server port=60000abc"), 1U);
-    EXPECT_EQ(RunEmulator(L"--for 1 server port=99999"), 1U);
 }
 
 TEST(EmulatorTests, LateReply_DoesNotKeepAnEmulatorBeyondItsTime) {

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <thread>
 
 /// The emulator of the system that Wine runs on, in place of the one for Windows: tests/windows/NativeEmulator.py
@@ -29,8 +30,7 @@ class NativeEmulator {
         address.sin_port = htons(static_cast<u_short>(LauncherPort()));
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         EXPECT_EQ(connect(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-        const std::string line = std::string(options.begin(), options.end()) + "\n";
-        send(m_socket, line.data(), static_cast<int>(line.size()), 0);
+        Write(std::string(options.begin(), options.end()) + "\n");
         m_reader = std::thread([this] { Read(); });
     }
     ~NativeEmulator() {
@@ -41,6 +41,11 @@ class NativeEmulator {
     }
     NativeEmulator(const NativeEmulator&) = delete;
     NativeEmulator& operator=(const NativeEmulator&) = delete;
+
+    /// Gives it these bytes as input.
+    void Write(std::string_view bytes) const {
+        EXPECT_EQ(send(m_socket, bytes.data(), static_cast<int>(bytes.size()), 0), static_cast<int>(bytes.size()));
+    }
 
     std::string Output() const {
         const std::scoped_lock lock(m_mutex);

@@ -36,8 +36,9 @@ class Run(socketserver.StreamRequestHandler):
                               stderr=self.request.fileno()) as emulator:
             ended = threading.Thread(target=self.tell_end, args=(emulator,))
             ended.start()
-            while self.request.recv(100):
-                pass
+            while given := self.rfile.read1(4096):
+                emulator.stdin.write(given)
+                emulator.stdin.flush()
             emulator.stdin.close()
             ended.join()
 
