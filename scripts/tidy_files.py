@@ -10,7 +10,7 @@ import sys
 import zlib
 from pathlib import Path
 
-HALF_A_DAY = 12 * 60 * 60
+QUARTER_OF_A_DAY = 6 * 60 * 60
 DAY = 24 * 60 * 60
 PARTS = 7  # of the tree, one a day
 
@@ -19,7 +19,7 @@ WINDOWS = re.compile(r"/win32/|^tests/(windows|dialogs|pictures|abi|endure/windo
 NEITHER = re.compile(r"/resources/|/(page|check)/none/|^tests/fuzz/|^tests/abi/(Caller|freestanding)|^tests/package/"
                      r"|^bench/(Simulator|Emulator)Bench")
 # What decides on every file's findings.
-EVERYTHING = re.compile(r"(^|/)\.clang-tidy$|^scripts/tidy(_files\.py)?$")
+EVERYTHING = re.compile(r"(^|/)\.clang-tidy$")
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]', re.MULTILINE)
 
@@ -47,10 +47,10 @@ def how(name):
 
 
 def base_commit():
-    """The newest commit that is half a day older than the last one, or else the first one; none where there is no other."""
+    """The newest commit that is a quarter of a day older than the last one, or else the first one; none where there is no other."""
     commits = [line.split() for line in git("log", "--format=%ct %H")]
     last = int(commits[0][0])
-    older = [commit for commit in commits if int(commit[0]) <= last - HALF_A_DAY]
+    older = [commit for commit in commits if int(commit[0]) <= last - QUARTER_OF_A_DAY]
     if older:
         return max(older, key=lambda commit: int(commit[0]))[1]
     return commits[-1][1] if len(commits) > 1 else None

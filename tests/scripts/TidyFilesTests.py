@@ -104,11 +104,11 @@ class SelectionTests(unittest.TestCase):
         self.assertEqual(changed, {"tools/host/model/Snapshot.h"})
         self.assertIn("tools/host/show/Show.cpp", tidy_files.with_includers(changed, tidy_files.tracked()))
 
-    def test_Base_IsTheNewestCommitThatIsHalfADayOlder(self):
+    def test_Base_IsTheNewestCommitThatIsAQuarterOfADayOlder(self):
         self.commit(0)
         second = self.commit(1)
         self.commit(2)
-        self.commit(13)
+        self.commit(7)
         self.assertEqual(tidy_files.base_commit(), second)
 
     def test_Base_OfAYoungTree_IsItsFirstCommit(self):
@@ -132,7 +132,7 @@ class SelectionTests(unittest.TestCase):
         self.assertEqual(wanted, files | {name for name in tidy_files.of_the_day(tidy_files.tracked()) if tidy_files.how(name)})
 
     def test_Change_OfWhatDecidesOnTheFindings_IsTheWholeTree(self):
-        for name in (".clang-tidy", "src/.clang-tidy", "scripts/tidy", "scripts/tidy_files.py"):
+        for name in (".clang-tidy", "src/.clang-tidy"):
             with self.subTest(name):
                 first = self.commit(0)
                 self.write(name, "")
