@@ -147,7 +147,7 @@ void Command::Footer(const std::string& text) { m_app->footer(text); }
 
 void Command::Hide() { m_app->group(""); }
 
-// A command's commands come before it, so its own choice stands.
+// The parser calls back the commands of a command before the command itself, whose run it is then.
 void Command::Run(CommandRun run) {
     m_app->callback([chosen = m_run, run = std::move(run)] { *chosen = run; });
 }
