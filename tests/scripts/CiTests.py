@@ -1,6 +1,8 @@
 """.ci/run, in a folder where all that it calls is made up, fails when scripts/tidy does, whenever that ends, and leaves nothing of it."""
 
+import os
 import shutil
+import signal
 import subprocess
 import tempfile
 import time
@@ -69,6 +71,17 @@ class CiTests(unittest.TestCase):
         self.tidy(before="sleep 1000 &\nwait\n")
         self.script("test", SOUND + WAIT.format("tidy-began") + "exit 3\n")
         self.assertEqual(self.run_ci()[0], 3)
+        group = int((self.folder / "tidy-began").read_text())
+        while self.lives(group):  # until it ends, or the suite's patience does
+            time.sleep(0.05)
+
+    def test_RunThatIsEnded_LeavesNothingOfTidy(self):
+        self.tidy(before="sleep 1000 &\nwait\n")
+        self.script("test", SOUND + WAIT.format("tidy-began") + "echo testing\nsleep 1000\n")
+        with subprocess.Popen((".ci/run",), cwd=self.folder, stdout=subprocess.PIPE, text=True, start_new_session=True) as run:
+            while run.stdout.readline() != "testing\n":
+                pass
+            os.killpg(run.pid, signal.SIGTERM)  # .ci/run and the tests, as their group
         group = int((self.folder / "tidy-began").read_text())
         while self.lives(group):  # until it ends, or the suite's patience does
             time.sleep(0.05)
