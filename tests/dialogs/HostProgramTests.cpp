@@ -155,7 +155,7 @@ TEST_F(HostProgramTests, List_NamesBothDevices) {
 }
 
 TEST_F(HostProgramTests, Monitor_EndsWithItsSummary) {
-    const HostProgram host(L"monitor --for 100ms --every 50ms --set H301-T=38.5 --set gas:CO2=7");
+    const HostProgram host(L"monitor --rows 2 --every 50ms --set H301-T=38.5 --set gas:CO2=7");
     EXPECT_EQ(host.ExitCode(), 0U);
     EXPECT_TRUE(host.HasWritten("38.50"));
     EXPECT_TRUE(host.HasWritten("done: simulator, "));

@@ -5,7 +5,9 @@
 //   value CO2 6.2     what the channel measures          novalue CO2    it answers, without a number
 //   target CO2 5.5    what it aims at                    fail CO2       it refuses; "fail *": all do
 //   silent            no call returns while this stands  delay 0.01     each call takes that many seconds
-//   noinit            Init fails                         air 1          the air mode is on
+//   noread            no value is read while it stands   air 1          the air mode is on
+//   hold              no target is taken while it stands: it is set, and the call does not return
+//   noinit            Init fails
 //   log TEXT          the next call logs the text, once for each change of the line
 //   exchanges         each read logs its exchange; "exchanges silent": one that had no answer
 // OKO_FAKE_CHANNELS=24 makes it as large as a device can be. OKO_FAKE_JOURNAL names a file that gets a line for each
@@ -42,6 +44,8 @@ struct Control {
     std::string log;
     double delaySeconds = 0.0;
     bool silent = false;
+    bool readHangs = false;
+    bool setHangs = false;
     bool initFails = false;
     bool airMode = false;
     bool exchanges = false;
@@ -81,6 +85,8 @@ Control ReadControl() {
             std::getline(words >> std::ws, control.log);
         }
         control.silent = control.silent || verb == "silent";
+        control.readHangs = control.readHangs || verb == "noread";
+        control.setHangs = control.setHangs || verb == "hold";
         control.initFails = control.initFails || verb == "noinit";
     }
     return control;
@@ -107,14 +113,23 @@ void LogExchange(const Control& control, const std::string& command, double valu
     }
 }
 
+/// Returns what is told once this is told no more.
+Control WaitWhile(bool Control::* told) {
+    Control control = ReadControl();
+    while (control.*told) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        control = ReadControl();
+    }
+    return control;
+}
+
 /// What every call does first: it waits as the control file says, and logs.
 Control Enter() {
     static std::string lastLog;
     Control control = ReadControl();
     std::this_thread::sleep_for(std::chrono::duration<double>(control.delaySeconds));
-    while (control.silent) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        control = ReadControl();
+    if (control.silent) {
+        control = WaitWhile(&Control::silent);
     }
     if (control.log != lastLog) {
         lastLog = control.log;
@@ -165,7 +180,10 @@ class FakeChannel : public Interface {
     }
 
     std::int32_t ReadCurrent(double* value) {
-        const Control control = Enter();
+        Control control = Enter();
+        if (control.readHangs) {
+            control = WaitWhile(&Control::readHangs);
+        }
         if (Fails(control)) {
             return oko::kFailure;
         }
@@ -183,6 +201,7 @@ class FakeChannel : public Interface {
         }
         m_dTarget = std::clamp(std::round(value * 10.0) / 10.0, m_dMin, m_dMax);
         Journal("set " + m_name + " " + std::to_string(m_dTarget));
+        WaitWhile(&Control::setHangs);
         return oko::kSuccess;
     }
 

@@ -26,6 +26,7 @@
 #include "platform/GrowingFile.h"
 #include "show/Output.h"
 #include "text/Duration.h"
+#include "text/Number.h"
 #include "text/Parsed.h"
 
 namespace {
@@ -185,6 +186,14 @@ void AddDeviceOptions(Command& command, WatchRequest& request) {
                 "How long starting it may take; 60s when left out");
 }
 
+void AddRowsOption(Command& command, WatchRequest& request, const std::string& what) {
+    const auto takeRows = [&request](const std::string& text) -> std::string {
+        request.rows = ReadExactly<std::uint64_t>(text);
+        return request.rows.value_or(0) > 0 ? "" : "\"" + text + "\" is no number of rows: write 1 or more";
+    };
+    command.AddOption("--rows", takeRows, what).Type("NUMBER");
+}
+
 void AddWatchOptions(Command& command, WatchRequest& request) {
     AddDuration(command, "--every", request.device.intervalSeconds, "Time between two rows");
     const auto takeSeconds = [&request](const std::string& text) {
@@ -192,6 +201,8 @@ void AddWatchOptions(Command& command, WatchRequest& request) {
     };
     command.AddOption("--for", takeSeconds, "How long, such as 10s, 2min or 3d; until Ctrl+C when left out")
         .Type("TIME");
+    AddRowsOption(command, request,
+                  "Ends after so many rows, counted once the targets are set; with --for, whichever comes first");
     AddTexts(command, "--set", "NAME=VALUE", request.targets, ParseTargetSetting,
              "Sets a target first: NAME=VALUE, or KIND:NAME=VALUE; may be repeated");
     command.AddFlag("--strict", request.strict, "A target that the device changes is a failure");

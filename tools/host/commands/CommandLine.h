@@ -15,10 +15,14 @@ CommandOption AddDuration(Command& command, const std::string& name, double& sec
 /// --device, --library, and for an incubator --port, --settings, --answer-within and --start-within.
 void AddDeviceOptions(Command& command, WatchRequest& request);
 
+/// --rows: after how many rows the watch ends, a whole number from 1 on.
+void AddRowsOption(Command& command, WatchRequest& request, const std::string& what);
+
 /// --library alone.
 void AddLibraryOption(Command& command, std::filesystem::path& library);
 
-/// --every, --for, and what is done about alarms and the log: --alarm, --missing, --beep, --on-alarm, --csv, --append.
+/// --every, --for, --rows, and what is done about alarms and the log: --alarm, --missing, --beep, --on-alarm, --csv,
+/// --append.
 void AddWatchOptions(Command& command, WatchRequest& request);
 
 /// A path of the command line, which is UTF-8.

@@ -134,6 +134,7 @@ void AddTraceCommand(Command& program) {
     AddDeviceOptions(command, request->watch);
     AddDuration(command, "--every", request->watch.device.intervalSeconds, "Time between two rounds of reads");
     AddDuration(command, "--for", request->seconds, "How long, such as 10s; until Ctrl+C when left out");
+    AddRowsOption(command, request->watch, "Ends after so many rounds of reads; with --for, whichever comes first");
     command.AddOption("--output", request->output, "Writes the transcript into a new file").Type("FILE");
     command.AddFlag("--switch-on", request->switchOn,
                     "Sets LogCommunication to 1 for this run and puts back what was there; needs administrator rights");

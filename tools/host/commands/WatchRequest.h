@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -17,6 +18,7 @@ struct WatchRequest {
     double answerWithinSeconds = 0.0;    // 0: the library's ReplyTimeout where it is set, else 10
     double startWithinSeconds = 60.0;    // for Init, which asks a server some eighty times and may have to start it
     std::optional<double> seconds;       // --for; none: until Ctrl+C
+    std::optional<std::uint64_t> rows;   // --rows; none: as many as there are
     std::vector<TargetSetting> targets;  // set first
     bool strict = false;                 // a clamped target is a failure
     std::vector<AlarmText> alarms;

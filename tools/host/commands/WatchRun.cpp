@@ -89,6 +89,7 @@ bool WatchRun::RunUntil(const std::function<bool()>& isEnough) {
 }
 
 void WatchRun::Close() {
+    m_bOver = true;
     m_device->AskToClose();
     const double end = ::Now().seconds + m_dAnswerWithin + 10.0 * LibraryReplyTimeout().value_or(0.0);
     while (!m_bClosed && ::Now().seconds < end) {
@@ -168,7 +169,7 @@ void WatchRun::Take(const DeviceMessage& message) {
 /// Events first: what led to a row stands above it.
 void WatchRun::PassOn(bool row) {
     std::ranges::for_each(m_watch.TakeEvents(), [this](const Event& event) { Tell(event); });
-    if (!row) {
+    if (!row || m_bOver) {
         return;
     }
     Judge();

@@ -110,6 +110,7 @@ class WatchRun {
     std::string m_sentence;
     int m_nExitCode = 0;
     std::size_t m_nNotices = 0;
+    bool m_bOver = false;    // rows that are still under way count no more: the end was judged without them
     bool m_bClosed = false;  // the device thread is done
     bool m_bLeft = false;
 };

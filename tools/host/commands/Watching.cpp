@@ -1,6 +1,7 @@
 #include "commands/Watching.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <iostream>
@@ -142,9 +143,12 @@ int Begin(WatchRun& run, const WatchParts& parts, Sinks& sinks) {
 
 void RunRows(WatchRun& run, const WatchParts& parts) {
     const double begun = Now().seconds;
+    const std::uint64_t rowsBefore = run.Now().row;
     const auto& seconds = run.Request().seconds;
+    const auto& rows = run.Request().rows;
     run.RunUntil([&] {
-        const bool over = seconds && Now().seconds - begun >= *seconds;
+        const bool over =
+            (seconds && Now().seconds - begun >= *seconds) || (rows && run.Now().row - rowsBefore >= *rows);
         // Nobody reads what is shown, and nothing else is asked for.
         const bool useless =
             !parts.needsNoView && OutputFailed() && run.Request().csv.empty() && run.Request().onAlarm.empty();
