@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <chrono>
 #include <cstddef>
 #include <cstdlib>
 #include <filesystem>
@@ -13,8 +12,9 @@
 #include <iterator>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
+
+#include "../Patience.h"
 
 namespace {
 
@@ -47,13 +47,7 @@ std::string HostFolder::Read(const std::string& name) const {
 }
 
 bool HostFolder::HasHeard(const std::string& text, std::size_t from) const {
-    for (int tries = 0; tries < 2000; ++tries) {
-        if (Journal().find(text, from) != std::string::npos) {
-            return true;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return false;
+    return Await([&] { return Journal().find(text, from) != std::string::npos; });
 }
 
 HostProcess::HostProcess(const HostFolder& folder, const std::string& command,

@@ -26,7 +26,7 @@ class HostFolder {
     /// What was called that changes something, a line each.
     std::string Journal() const { return Read("journal"); }
 
-    /// Waits some seconds for that text in the journal, behind its first `from` bytes.
+    /// Waits for that text in the journal, behind its first `from` bytes.
     bool HasHeard(const std::string& text, std::size_t from = 0) const;
 
  private:

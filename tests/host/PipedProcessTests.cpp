@@ -4,16 +4,17 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <algorithm>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <system_error>
-#include <thread>
 #include <vector>
 
+#include "../Patience.h"
 #include "Probe.h"
+#include "probe/Hold.h"
 #include "text/Text.h"
 
 #ifndef _WIN32
@@ -36,13 +37,17 @@ std::string Lines(std::string text) {
 
 class PipedProcessTest : public testing::Test {
  protected:
-    PipedProcessTest() { RemoveFiles(); }
-    ~PipedProcessTest() override { RemoveFiles(); }
-
-    void RemoveFiles() const {
+    ~PipedProcessTest() override {
         std::error_code ignored;
-        fs::remove(file, ignored);
-        fs::remove(ended, ignored);
+        for (const fs::path& each : {file, ended, held}) {
+            fs::remove(each, ignored);
+        }
+    }
+
+    /// Whether the process that lingered is gone, and did not end by itself.
+    bool WasEnded() const {
+        fs::remove(file);  // one that lives would end by itself, and tell of it
+        return Await([&] { return Hold(held).Works(); }) && !fs::exists(ended);
     }
 
     /// Runs it to its end.
@@ -50,9 +55,9 @@ class PipedProcessTest : public testing::Test {
         return process.Run([this](std::string_view piece) { output += piece; }, Always);
     }
 
-    const fs::path file = fs::temp_directory_path() /
-                          ("oko piped " + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
+    const fs::path file = PlaceFor("piped");
     const fs::path ended = fs::path(file) += ".ended";
+    const fs::path held = fs::path(file) += ".held";
     std::string output;
 };
 
@@ -89,9 +94,7 @@ TEST_F(PipedProcessTest, TimeThatIsOver_EndsItAndWhatItStarted) {
     PipedProcess process(Probe(), {"spawn", PathText(file)});
     const ProcessEnd end = process.Run([](std::string_view) {}, [this] { return !fs::exists(file); });
     EXPECT_EQ(end.kind, ProcessEnd::Kind::Killed);
-    fs::remove(file);  // a process that lives would tell of it
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    EXPECT_FALSE(fs::exists(ended));
+    EXPECT_TRUE(WasEnded());
 }
 
 TEST_F(PipedProcessTest, ItsOwnersEnd_EndsIt) {
@@ -99,9 +102,7 @@ TEST_F(PipedProcessTest, ItsOwnersEnd_EndsIt) {
         const PipedProcess process(Probe(), {"linger", PathText(file)});
         EXPECT_TRUE(WaitForFile(file));
     }
-    fs::remove(file);
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    EXPECT_FALSE(fs::exists(ended));
+    EXPECT_TRUE(WasEnded());
 }
 
 TEST_F(PipedProcessTest, InputThatNobodyReadsAnyMore_IsDropped) {

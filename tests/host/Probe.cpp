@@ -1,8 +1,12 @@
 #include "Probe.h"
 
-#include <chrono>
+#include <gtest/gtest.h>
+
 #include <filesystem>
-#include <thread>
+#include <random>
+#include <string>
+
+#include "../Patience.h"
 
 #ifdef _WIN32
 #include <windows.h>
@@ -20,9 +24,12 @@ std::filesystem::path Probe() {
 #endif
 }
 
+std::filesystem::path PlaceFor(const std::string& kind) {
+    const std::string test = testing::UnitTest::GetInstance()->current_test_info()->name();
+    const std::string number = std::to_string(std::random_device{}());
+    return std::filesystem::temp_directory_path() / ("oko " + kind + " " + test + " " + number);
+}
+
 bool WaitForFile(const std::filesystem::path& file) {
-    for (int i = 0; i < 2000 && !std::filesystem::exists(file); ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return std::filesystem::exists(file);
+    return Await([&] { return std::filesystem::exists(file); });
 }

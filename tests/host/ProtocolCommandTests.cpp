@@ -2,15 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <csignal>
 #include <cstddef>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
-#include <thread>
 #include <vector>
 
+#include "../Patience.h"
 #include "ExitCode.h"
 #include "HostProcess.h"
 #include "commands/ProtocolFile.h"
@@ -93,9 +92,7 @@ TEST_F(ProtocolCommandTests, KilledRunIsTakenUpAgain) {
     {
         HostProcess host(folder, "protocol", {"plan.json", "--every", "50ms"});
         ASSERT_TRUE(host.HasWritten("step 2: H301-T is to go to"));
-        for (int i = 0; i < 1000 && !std::filesystem::exists(folder.Path("plan.json.progress")); ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
+        EXPECT_TRUE(Await([&] { return std::filesystem::exists(folder.Path("plan.json.progress")); }));
         host.Signal(SIGKILL);
         EXPECT_EQ(host.ExitCode(), -SIGKILL);
     }
@@ -112,7 +109,7 @@ TEST_F(ProtocolCommandTests, KilledRunIsTakenUpAgain) {
 TEST_F(ProtocolCommandTests, ChangedFileIsNotTakenUp) {
     folder.Write("plan.json",
                  R"({"steps": [{"at": 0, "channel": "CO2", "value": 7}, {"at": "1h", "channel": "CO2", "value": 6}]})");
-    EXPECT_EQ(Run({"--for", "300ms"}), kExitInterrupted) << output;
+    EXPECT_EQ(Run({"--rows", "2"}), kExitInterrupted) << output;
     EXPECT_TRUE(Says("ended before it was over: go on with --resume")) << output;
     folder.Write("plan.json",
                  R"({"steps": [{"at": 0, "channel": "CO2", "value": 7}, {"at": "2h", "channel": "CO2", "value": 6}]})");

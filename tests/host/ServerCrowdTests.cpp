@@ -15,6 +15,7 @@
 #include <thread>
 #include <vector>
 
+#include "../Patience.h"
 #include "HttpClient.h"
 #include "MadeSnapshot.h"
 #include "keep/Keeper.h"
@@ -81,8 +82,16 @@ class Crowd : public ::testing::Test {
         return rows;
     }
 
+    /// Nobody is dropped for the time that so many need on a busy machine.
+    static Server::Options Options() {
+        Server::Options options;
+        options.limits.streamBytes = std::size_t{64} * 1024U * 1024U;
+        options.limits.requestTime = options.limits.sendTime = kPatience;
+        return options;
+    }
+
     Keeper m_keeper;
-    Server m_server{{}, m_keeper, [](std::uint64_t, const TargetWanted&) {}};
+    Server m_server{Options(), m_keeper, [](std::uint64_t, const TargetWanted&) {}};
     std::atomic<std::uint64_t> m_row = 0;
     std::jthread m_watch;
 };

@@ -25,13 +25,18 @@ class SetCommandTests : public testing::Test {
         return code;
     }
 
-    /// Sets a target of CO2, and is interrupted when the library hears of it.
-    int RunInterrupted(Arguments arguments) {
-        arguments.insert(arguments.begin(), {"CO2", "7", "--every", "50ms"});
+    /// Sets a target of CO2, and is interrupted when the library hears of it. With `saying` the device takes the target
+    /// only when that was said.
+    int RunInterrupted(Arguments arguments, const std::string& saying = {}) {
+        arguments.insert(arguments.begin(), {"CO2", "7", "--every", "50ms", "--answer-within", "1h"});
         const std::size_t before = folder.Journal().size();
         HostProcess host(folder, "set", arguments);
         EXPECT_TRUE(folder.HasHeard("set CO2", before));
         host.Signal(SIGINT);
+        if (!saying.empty()) {
+            EXPECT_TRUE(host.HasWritten(saying));
+            folder.Tell("");
+        }
         const int code = host.ExitCode();
         output = host.Output();
         return code;
@@ -101,10 +106,11 @@ TEST_F(SetCommandTests, Interrupt_EndsTheWaitUnsettled) {
 }
 
 TEST_F(SetCommandTests, InterruptBeforeTheAnswer_IsNoSilenceOfTheDevice) {
-    folder.Tell("delay 0.2\n");
-    EXPECT_EQ(RunInterrupted({"--wait"}), kExitNotSettled) << output;
-    EXPECT_TRUE(Says("oko-host: ended before the device had taken the target of CO2")) << output;
-    EXPECT_EQ(RunInterrupted({}), kExitNoAnswer) << output;
+    const std::string sentence = "oko-host: ended before the device had taken the target of CO2";
+    folder.Tell("hold\n");
+    EXPECT_EQ(RunInterrupted({"--wait"}, sentence), kExitNotSettled) << output;
+    folder.Tell("hold\n");
+    EXPECT_EQ(RunInterrupted({}, sentence), kExitNoAnswer) << output;
 }
 
 TEST_F(SetCommandTests, Json_HasTheOutcome) {

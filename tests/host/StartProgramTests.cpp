@@ -5,16 +5,15 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <ios>
 #include <iterator>
 #include <string>
 #include <system_error>
-#include <thread>
 #include <vector>
 
+#include "../Patience.h"
 #include "Probe.h"
 #include "text/Text.h"
 
@@ -32,19 +31,18 @@ namespace fs = std::filesystem;
 /// On Windows a file that was just renamed cannot be opened until whoever renamed it has let go.
 std::string Read(const fs::path& file) {
     std::ifstream in(file, std::ios::binary);
-    for (int i = 0; i < 2000 && !in.is_open(); ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        in.open(file, std::ios::binary);
-    }
+    Await([&] {
+        if (!in.is_open()) {
+            in.open(file, std::ios::binary);
+        }
+        return in.is_open();
+    });
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
 class StartProgramTest : public testing::Test {
  protected:
-    StartProgramTest() {
-        fs::remove_all(folder);
-        fs::create_directories(folder);
-    }
+    StartProgramTest() { fs::create_directories(folder); }
     ~StartProgramTest() override {
         std::error_code ignored;
         fs::remove_all(folder, ignored);
@@ -61,8 +59,7 @@ class StartProgramTest : public testing::Test {
         return WaitForFile(file) ? Read(file) : "it did nothing";
     }
 
-    fs::path folder = fs::temp_directory_path() /
-                      ("oko start " + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
+    fs::path folder = PlaceFor("start");
     fs::path probe = Probe();
 };
 

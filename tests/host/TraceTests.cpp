@@ -109,7 +109,7 @@ TEST(Exchanges, TranscriptLine_IsReadByTheEmulatorWithoutAReplyTooMany) {
 }
 
 TEST(TraceCommand, Exchanges_AreAllThatIsOnTheOutput) {
-    const HostRun run("trace --every 20ms --for 100ms", "exchanges\n");
+    const HostRun run("trace --every 20ms --rows 2", "exchanges\n");
     EXPECT_EQ(run.exitCode, 0) << run.errors;
     EXPECT_EQ(FirstReplies(run.output, "readcurval CO2"), std::vector<std::string>{"0_readcurval CO2_5.000000\r"});
     EXPECT_EQ(FirstReplies(run.output, "readcurval Base"), std::vector<std::string>{"0_readcurval Base_30.000000\r"});
@@ -118,26 +118,26 @@ TEST(TraceCommand, Exchanges_AreAllThatIsOnTheOutput) {
 }
 
 TEST(TraceCommand, OutputFile_TakesThemAndIsNeverOverwritten) {
-    const HostRun run("trace --every 20ms --for 60ms --output made", "exchanges silent\n");
+    const HostRun run("trace --every 20ms --rows 2 --output made", "exchanges silent\n");
     EXPECT_EQ(run.exitCode, 0) << run.errors;
     EXPECT_EQ(run.output, "");
     EXPECT_EQ(FirstReplies(run.made, "readcurval CO2"), std::vector<std::string>{});
     EXPECT_NE(run.made.find("\treadcurval CO2\t-\n"), std::string::npos) << run.made;
     EXPECT_NE(run.errors.find(" exchanges in made"), std::string::npos) << run.errors;
-    const HostRun again("trace --for 60ms --output control", "exchanges\n");
+    const HostRun again("trace --rows 2 --output control", "exchanges\n");
     EXPECT_EQ(again.exitCode, 10) << again.errors;
     EXPECT_EQ(again.journal, "");
 }
 
 TEST(TraceCommand, LibraryThatLogsNothing_IsSaidWithWhatToDo) {
-    const HostRun run("trace --every 20ms --for 60ms");
+    const HostRun run("trace --every 20ms --rows 2");
     EXPECT_EQ(run.exitCode, 16);
     EXPECT_NE(run.errors.find("set the REG_DWORD LogCommunication to 1"), std::string::npos) << run.errors;
     EXPECT_NE(run.errors.find("--switch-on"), std::string::npos) << run.errors;
 }
 
 TEST(TraceCommand, SwitchThatCannotBeSet_IsSaidBeforeTheDeviceIsTouched) {
-    const HostRun run("trace --switch-on --for 60ms", "exchanges\n");
+    const HostRun run("trace --switch-on --rows 2", "exchanges\n");
     EXPECT_EQ(run.exitCode, 16);
     EXPECT_NE(run.errors.find("LogCommunication"), std::string::npos) << run.errors;
     EXPECT_EQ(run.journal, "");

@@ -1,10 +1,10 @@
 // A program that a test starts. With the arguments "tell FILE ..." it writes to FILE what it was given; with
-// "linger FILE" it makes FILE and lives, without reading anything, until somebody removes that or ten seconds are over;
-// with "spawn FILE" it starts another one that lingers, and lives as long. With "talk" it says hello and repeats each
-// line, and ends with exit code 5; with "flood" it prints a million characters; with "crash" it dies of the system's
-// signal or status for an access to memory that is not there.
+// "linger FILE" it makes FILE and lives, without reading anything, until somebody removes that or a test's patience is
+// over, holds FILE.held meanwhile, and makes FILE.ended at its end; with "spawn FILE" it starts another one that
+// lingers, and lives as long. With "talk" it says hello and repeats each line, and ends with exit code 5; with "flood"
+// it prints a million characters; with "crash" it dies of the system's signal or status for an access to memory that is
+// not there.
 
-#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -13,6 +13,9 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+#include "../../Patience.h"
+#include "Hold.h"
 
 #ifdef _WIN32
 #include <windows.h>
@@ -66,10 +69,9 @@ void Tell(const fs::path& file, const std::vector<fs::path>& arguments) {
 }
 
 void Linger(const fs::path& file) {
+    const Hold hold(fs::path(file) += ".held");
     std::ofstream(file) << "here";
-    for (int i = 0; i < 1000 && fs::exists(file); ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+    Await([&] { return !fs::exists(file); });
     fs::remove(file);
     std::ofstream(fs::path(file) += ".ended") << "over";
 }
@@ -90,7 +92,7 @@ void Spawn(const fs::path& file) {
         _exit(0);
     }
 #endif
-    std::this_thread::sleep_for(std::chrono::seconds(10));
+    std::this_thread::sleep_for(kPatience);
 }
 
 int Talk() {
