@@ -11,15 +11,16 @@
 #include <string>
 #include <vector>
 
+#include "../Patience.h"
 #include "net/Room.h"
 
 /// Programs that speak over the loopback address, on free ports and all in the test's own thread.
 
 namespace emulator {
 
-/// Runs until the condition holds. False when it does not come to hold, for longer than any computer needs.
+/// Runs until the condition holds. False when it does not come to hold.
 inline bool RunUntil(boost::asio::io_context& context, const std::function<bool()>& condition) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    const auto end = std::chrono::steady_clock::now() + kPatience;
     context.restart();
     while (!condition()) {
         if (std::chrono::steady_clock::now() > end) {

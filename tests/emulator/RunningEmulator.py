@@ -10,7 +10,7 @@ import threading
 from pathlib import Path
 
 PROGRAM = os.environ["OKO_EMULATOR"]
-PATIENCE = 60  # seconds, for what comes at once on a machine that has time
+PATIENCE = 120  # seconds, for what comes at once on a machine that has time
 
 
 class Emulator:
@@ -110,16 +110,6 @@ class Client:
         code, echo, payload = self.ask(command).rstrip("\r").split("_")
         assert (code, echo) == ("0", command), (code, echo)
         return float(payload)
-
-    def is_silent(self, seconds=0.3):
-        self.socket.settimeout(seconds)
-        try:
-            self.receive()
-            return False
-        except (TimeoutError, ConnectionRefusedError):
-            return True
-        finally:
-            self.socket.settimeout(PATIENCE)
 
 
 class ControlClient:

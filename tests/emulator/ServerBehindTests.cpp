@@ -5,15 +5,14 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/address_v4.hpp>
 #include <boost/asio/ip/udp.hpp>
-#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <random>
 #include <string>
 #include <system_error>
-#include <thread>
 
+#include "../Patience.h"
 #include "Loopback.h"
 #include "net/UdpServer.h"
 
@@ -40,9 +39,7 @@ class ServerBehindTests : public testing::Test {
 
     /// What the program wrote in its own folder, when it has.
     std::string Told() const {
-        for (int i = 0; i < 2000 && !fs::exists(folder / "told.txt"); ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
+        EXPECT_TRUE(Await([this] { return fs::exists(folder / "told.txt"); }));
         std::ifstream file(folder / "told.txt");
         return {std::istreambuf_iterator<char>(file), {}};
     }

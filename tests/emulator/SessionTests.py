@@ -12,7 +12,7 @@ from RunningEmulator import PATIENCE, PROGRAM, Client, Emulator, Folder
 SERVER = f"""#!/bin/sh
 echo $$ > process
 while [ ! -e go ]; do sleep 0.02; done
-exec "{PROGRAM}" --quiet --for 60s "$@"
+exec "{PROGRAM}" --quiet --for 10m "$@"
 """
 
 
