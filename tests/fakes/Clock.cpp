@@ -8,6 +8,7 @@
 #include <thread>
 #include <vector>
 
+#include "Patience.h"
 #include "fakes/ScriptedPlatform.h"
 
 void ScriptedClock::SetFrequency(std::int64_t ticksPerSecond) {
@@ -41,7 +42,6 @@ std::map<std::uint32_t, std::size_t> ScriptedClock::OtherThreadSleeps() const {
 }
 
 bool ScriptedClock::WaitForOtherThreadSleeps(std::size_t count) {
-    constexpr auto kPatience = std::chrono::seconds(20);
     std::unique_lock lock(m_mutex);
     const std::size_t goal = m_otherSleepCount + count;
     return m_slept.wait_for(lock, kPatience, [&] { return m_otherSleepCount >= goal; });

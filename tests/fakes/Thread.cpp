@@ -1,4 +1,3 @@
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -6,14 +5,9 @@
 #include <thread>
 #include <utility>
 
+#include "Patience.h"
 #include "fakes/ScriptedPlatform.h"
 #include "platform/Sync.h"
-
-namespace {
-
-constexpr auto kPatience = std::chrono::seconds(20);
-
-}  // namespace
 
 std::size_t RecordedThreads::Started() const {
     const std::scoped_lock lock(m_mutex);

@@ -6,7 +6,6 @@
 
 #include <array>
 #include <atomic>
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -18,6 +17,7 @@
 #include <vector>
 
 #include "Fixture.h"
+#include "Patience.h"
 #include "ProductSets.h"
 #include "RegistryNames.h"
 #include "fakes/HostLog.h"
@@ -258,7 +258,7 @@ TEST_F(CatalogueTests, Lock_IsFreeDuringExchangesAndCallbacks) {
     // Another thread gets at the catalogue at every line of the log, and so does it at every command.
     const auto reads = [&device] {
         auto read = std::async(std::launch::async, [&device] { return ProductAt(device, 99).has_value(); });
-        return read.wait_for(std::chrono::seconds(20)) == std::future_status::ready;
+        return read.wait_for(kPatience) == std::future_status::ready;
     };
     HostLog::SetHook([&](std::int32_t, const wchar_t*) { EXPECT_TRUE(reads()); });
     platform.server.SetDefault([&](std::string_view command) -> ServerReply {

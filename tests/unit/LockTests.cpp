@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
@@ -17,6 +16,7 @@
 #include <vector>
 
 #include "Fixture.h"
+#include "Patience.h"
 #include "ProductSets.h"
 #include "channels/Simulation.h"
 #include "fakes/HostLog.h"
@@ -26,8 +26,6 @@
 #include "platform/Sync.h"
 
 namespace {
-
-constexpr auto kPatience = std::chrono::seconds(20);
 
 /// What happened, in order, on whichever thread.
 class Events {

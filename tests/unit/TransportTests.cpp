@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "Fixture.h"
+#include "Patience.h"
 #include "core/CommandText.h"
 #include "fakes/HostLog.h"
 #include "fakes/ScriptedPlatform.h"
@@ -78,19 +78,22 @@ TEST_F(TransportTests, LinkOpenedOrClosedByAnotherThread_WaitsForTheExchangeUnde
         const bool opens = change == &CDevApiInterface_Impl::ConnectSocket;
         SCOPED_TRACE(opens ? "opened" : "closed");
         CDevApiInterface_Impl& device = RealDevice();
+        std::atomic<bool> waits = false;
         std::atomic<bool> changed = false;
+        platform.locks.onWait = [&waits] { waits = true; };
         std::thread other;
         platform.server.SetDefault([&](std::string_view command) -> ServerReply {
             other = std::thread([&] {
                 (device.*change)();
                 changed = true;
             });
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            EXPECT_TRUE(Await([&] { return waits || changed; }));
             EXPECT_FALSE(changed);
             return ScriptedServer::BuiltInReply(command);
         });
         EXPECT_GT(Exchange(device, "readcurval 9"), 0);
         other.join();
+        platform.locks.onWait = nullptr;
         platform.server.SetDefault({});
         EXPECT_EQ(platform.server.OpenSockets(), opens ? 1U : 0U);
         device.DisconnectSocket();
