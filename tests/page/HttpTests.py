@@ -5,7 +5,7 @@ import subprocess
 import sys
 import unittest
 
-from ScriptedPage import SOURCE, ScriptedPage
+from ScriptedPage import PATIENCE, SOURCE, ScriptedPage
 
 EXAMPLE = re.compile(r"```(sh|python)\n(.*?)```\n<!-- prints: (.*?) -->", re.S)
 
@@ -22,7 +22,7 @@ class HttpTests(unittest.TestCase):
                     code = code.replace("http://127.0.0.1:8080", page.url).replace("YOUR_TOKEN", page.token)
                     self.assertNotIn(":8080", code)
                     program = [sys.executable, "-c"] if language == "python" else ["bash", "-e", "-c"]
-                    run = subprocess.run([*program, code], capture_output=True, text=True, timeout=200)
+                    run = subprocess.run([*program, code], capture_output=True, text=True, timeout=PATIENCE)
                     self.assertEqual(run.returncode, 0, run.stderr)
                     self.assertRegex(run.stdout, prints)
                     self.assertEqual(run.stderr, "")

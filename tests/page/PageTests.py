@@ -148,7 +148,7 @@ class Live(PageCase):
         browser.wait(lambda: browser.inked()[1] > 0, "the line does not come back")
 
     def test_title_tells_the_worst_state(self):
-        self.assertTrue(browser.driver.title.startswith("ok - oko-host"), browser.driver.title)
+        browser.wait(lambda: browser.driver.title.startswith("ok - oko-host"), "the title is not ok")
         host.steer("value O2 19")
         browser.wait(lambda: browser.driver.title.startswith("! O2 out of band - oko-host"), "the title stays")
 

@@ -10,14 +10,14 @@ import unittest
 import urllib.parse
 import urllib.request
 
-from ScriptedPage import SOURCE, ScriptedPage, wait_until
+from ScriptedPage import PATIENCE, SOURCE, ScriptedPage, wait_until
 
 PROGRAMS = SOURCE / "build/prometheus/usr/bin"
 FILES = SOURCE / "docs/prometheus"
 
 
 def promtool(*arguments, **options):
-    return subprocess.run([PROGRAMS / "promtool", *arguments], capture_output=True, text=True, timeout=200, **options)
+    return subprocess.run([PROGRAMS / "promtool", *arguments], capture_output=True, text=True, timeout=PATIENCE, **options)
 
 
 def free_port():
@@ -49,12 +49,12 @@ class Prometheus:
 
     def __exit__(self, *_):
         self.process.terminate()
-        self.process.wait(timeout=30)
+        self.process.wait(timeout=PATIENCE)
         self.log.close()
 
     def ask(self, path):
         try:
-            with urllib.request.urlopen(self.url + path, timeout=10) as reply:
+            with urllib.request.urlopen(self.url + path, timeout=PATIENCE) as reply:
                 return json.load(reply)["data"]
         except urllib.error.HTTPError as error:
             raise AssertionError(f"{path}: {error.read().decode()}") from error

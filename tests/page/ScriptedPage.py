@@ -8,6 +8,7 @@ import urllib.request
 
 SOURCE = pathlib.Path(os.environ["OKO_SOURCE_DIR"])
 PROGRAM = os.environ["OKO_SCRIPTED_PAGE"]
+PATIENCE = 200  # seconds that a busy machine may take
 
 
 class ScriptedPage:
@@ -20,7 +21,7 @@ class ScriptedPage:
 
     def __exit__(self, *_):
         self.process.stdin.close()
-        self.process.wait(timeout=30)
+        self.process.wait(timeout=PATIENCE)
         self.process.stdout.close()
 
     def say(self, word):
@@ -35,9 +36,9 @@ class ScriptedPage:
             return ""
 
 
-def wait_until(holds, seconds=200):
+def wait_until(holds):
     """Returns whether it came to hold; a test that waits in vain fails with its own words."""
-    end = time.monotonic() + seconds
+    end = time.monotonic() + PATIENCE
     while time.monotonic() < end:
         if holds():
             return True

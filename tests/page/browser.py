@@ -8,11 +8,12 @@ from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.by import By
 from selenium.webdriver.support.ui import WebDriverWait
 
+from host import PATIENCE
+
 FLAGS = [
     "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-background-networking",
     "--disable-component-update", "--disable-sync", "--disable-dev-shm-usage", "--hide-scrollbars",
 ]
-PATIENCE = 30  # seconds that a busy machine may take; what comes at once costs none of them
 
 
 class Browser:

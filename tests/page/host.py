@@ -8,6 +8,7 @@ import time
 import urllib.request
 
 TOKEN = "open-sesame"
+PATIENCE = 120  # seconds that a busy machine may take
 
 
 class Host:
@@ -39,11 +40,10 @@ class Host:
         self.await_page()
 
     def await_page(self):
-        for _ in range(400):
-            if self.process.poll() is not None:
-                break
+        end = time.monotonic() + PATIENCE
+        while time.monotonic() < end and self.process.poll() is None:
             try:
-                with urllib.request.urlopen(self.address + "api/channels", timeout=5) as reply:
+                with urllib.request.urlopen(self.address + "api/channels", timeout=PATIENCE) as reply:
                     reply.read()
                 return
             except OSError:
@@ -55,7 +55,7 @@ class Host:
             return
         self.process.send_signal(signal.SIGINT)
         try:
-            self.process.wait(timeout=10)
+            self.process.wait(timeout=PATIENCE)
         except subprocess.TimeoutExpired:
             self.process.kill()
             self.process.wait()
