@@ -18,16 +18,16 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-constexpr const char* kPlan = R"({"name": "Short", "settle": "100ms", "steps": [
+constexpr const char* kPlan = R"({"name": "Short", "settle": "50ms", "steps": [
     {"at": "0s", "channel": "H301-T", "value": 38},
-    {"at": "0s", "channel": "CO2", "value": 7, "hold": "100ms"},
-    {"at": "100ms", "channel": "CO2", "value": 6}]})";
+    {"at": "0s", "channel": "CO2", "value": 7, "hold": "50ms"},
+    {"at": "50ms", "channel": "CO2", "value": 6}]})";
 
 class ProtocolCommandTests : public testing::Test {
  protected:
     int Run(Arguments arguments) {
         arguments.insert(arguments.begin(), "plan.json");
-        arguments.insert(arguments.end(), {"--every", "50ms"});
+        arguments.insert(arguments.end(), {"--every", "10ms"});
         HostProcess host(folder, "protocol", arguments);
         const int code = host.ExitCode();
         output = host.Output();
@@ -45,7 +45,7 @@ TEST_F(ProtocolCommandTests, RunsToItsEndInOrder) {
     folder.Write("plan.json", kPlan);
     EXPECT_EQ(Run({}), kExitDone);
     const std::size_t first = output.find("step 2: CO2 is to go to 7.00 %");
-    const std::size_t settled = output.find("step 2: CO2 has settled, and is held for 100 ms");
+    const std::size_t settled = output.find("step 2: CO2 has settled, and is held for 50 ms");
     const std::size_t last = output.find("step 3: CO2 is to go to 6.00 %");
     EXPECT_TRUE(first < settled && settled < last && last != std::string::npos) << output;
     EXPECT_TRUE(Says("the protocol is over"));
@@ -58,8 +58,8 @@ TEST_F(ProtocolCommandTests, RunsToItsEndInOrder) {
 TEST_F(ProtocolCommandTests, DryRunShowsThePlanAndSetsNothing) {
     folder.Write("plan.json", kPlan);
     EXPECT_EQ(Run({"--dry-run"}), kExitDone);
-    EXPECT_TRUE(Says("protocol \"Short\": 3 steps, at least 300 ms\n")) << output;
-    EXPECT_TRUE(Says("   3  100 ms  CO2 "));
+    EXPECT_TRUE(Says("protocol \"Short\": 3 steps, at least 150 ms\n")) << output;
+    EXPECT_TRUE(Says("   3  50 ms  CO2 "));
     EXPECT_FALSE(WasSet()) << folder.Journal();
     EXPECT_FALSE(std::filesystem::exists(folder.Path("plan.json.progress")));
 }
@@ -86,11 +86,11 @@ TEST_F(ProtocolCommandTests, FileThatIsNoProtocolDoesNotTouchTheDevice) {
 
 TEST_F(ProtocolCommandTests, KilledRunIsTakenUpAgain) {
     folder.Write("plan.json", R"({"settle": "50ms", "steps": [{"at": 0, "channel": "CO2", "value": 7},
-                                            {"at": 0, "channel": "H301-T", "value": 38, "hold": "100ms"},
+                                            {"at": 0, "channel": "H301-T", "value": 38, "hold": "50ms"},
                                             {"at": 0.1, "channel": "CO2", "value": 6}]})");
     folder.Tell("value H301-T 20\n");  // it never settles while this stands
     {
-        HostProcess host(folder, "protocol", {"plan.json", "--every", "50ms"});
+        HostProcess host(folder, "protocol", {"plan.json", "--every", "10ms"});
         ASSERT_TRUE(host.HasWritten("step 2: H301-T is to go to"));
         EXPECT_TRUE(Await([&] { return std::filesystem::exists(folder.Path("plan.json.progress")); }));
         host.Signal(SIGKILL);
@@ -124,17 +124,17 @@ TEST_F(ProtocolCommandTests, NothingToTakeUpIsSaid) {
 }
 
 TEST_F(ProtocolCommandTests, WhatDoesNotSettleInTimeEndsIt) {
-    folder.Write("plan.json", R"({"settle": "50ms", "within": "200ms",
+    folder.Write("plan.json", R"({"settle": "50ms", "within": "100ms",
                                   "steps": [{"at": 0, "channel": "CO2", "value": 7, "hold": 0}]})");
     folder.Tell("value CO2 1\n");
     EXPECT_EQ(Run({}), kExitNotSettled);
-    EXPECT_TRUE(Says("step 1: CO2 has not settled within 200 ms: CO2 is 1.00 %, below ")) << output;
+    EXPECT_TRUE(Says("step 1: CO2 has not settled within 100 ms: CO2 is 1.00 %, below ")) << output;
 }
 
 TEST_F(ProtocolCommandTests, EventsAreInTheLog) {
     folder.Write("plan.json", kPlan);
     EXPECT_EQ(Run({"--csv", "log.csv"}), kExitDone) << output;
-    EXPECT_NE(folder.Read("log.csv").find(",protocol,,\"step 2: CO2 has settled, and is held for 100 ms\""),
+    EXPECT_NE(folder.Read("log.csv").find(",protocol,,\"step 2: CO2 has settled, and is held for 50 ms\""),
               std::string::npos)
         << folder.Read("log.csv");
 }

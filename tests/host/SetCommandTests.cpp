@@ -18,7 +18,7 @@ using Arguments = std::vector<std::string>;
 class SetCommandTests : public testing::Test {
  protected:
     int Run(Arguments arguments) {
-        arguments.insert(arguments.end(), {"--every", "50ms"});
+        arguments.insert(arguments.end(), {"--every", "10ms"});
         HostProcess host(folder, "set", arguments);
         const int code = host.ExitCode();
         output = host.Output();
@@ -28,7 +28,7 @@ class SetCommandTests : public testing::Test {
     /// Sets a target of CO2, and is interrupted when the library hears of it. With `saying` the device takes the target
     /// only when that was said.
     int RunInterrupted(Arguments arguments, const std::string& saying = {}) {
-        arguments.insert(arguments.begin(), {"CO2", "7", "--every", "50ms", "--answer-within", "1h"});
+        arguments.insert(arguments.begin(), {"CO2", "7", "--every", "10ms", "--answer-within", "1h"});
         const std::size_t before = folder.Journal().size();
         HostProcess host(folder, "set", arguments);
         EXPECT_TRUE(folder.HasHeard("set CO2", before));
@@ -62,20 +62,20 @@ TEST_F(SetCommandTests, Target_IsSetOnce) {
 }
 
 TEST_F(SetCommandTests, ValueThatSettles_EndsTheWait) {
-    EXPECT_EQ(Run({"CO2", "7.5", "--wait", "--settle", "200ms", "--within", "30s"}), kExitDone);
+    EXPECT_EQ(Run({"CO2", "7.5", "--wait", "--settle", "50ms", "--within", "1h"}), kExitDone);
     EXPECT_TRUE(Says("settled after ")) << output;
     EXPECT_TRUE(Says("CO2 is 7.50 %, within "));
 }
 
 TEST_F(SetCommandTests, ValueThatStaysAway_IsNotSettled) {
     folder.Tell("value CO2 1\n");
-    EXPECT_EQ(Run({"CO2", "7.5", "--wait", "--settle", "50ms", "--within", "300ms"}), kExitNotSettled);
-    EXPECT_TRUE(Says("oko-host: not settled within 300 ms: CO2 is 1.00 %, below ")) << output;
+    EXPECT_EQ(Run({"CO2", "7.5", "--wait", "--settle", "50ms", "--within", "100ms"}), kExitNotSettled);
+    EXPECT_TRUE(Says("oko-host: not settled within 100 ms: CO2 is 1.00 %, below ")) << output;
 }
 
 TEST_F(SetCommandTests, MissingDataOfAnotherChannel_IsNoFailure) {
     folder.Tell("novalue Humidity\n");
-    EXPECT_EQ(Run({"CO2", "7.5", "--wait", "--settle", "100ms"}), kExitDone) << output;
+    EXPECT_EQ(Run({"CO2", "7.5", "--wait", "--settle", "50ms"}), kExitDone) << output;
 }
 
 TEST_F(SetCommandTests, ClampedTarget_IsToldAndAFailureWhenStrict) {
@@ -114,7 +114,7 @@ TEST_F(SetCommandTests, InterruptBeforeTheAnswer_IsNoSilenceOfTheDevice) {
 }
 
 TEST_F(SetCommandTests, Json_HasTheOutcome) {
-    EXPECT_EQ(Run({"CO2", "7.5", "--wait", "--settle", "100ms", "--json"}), kExitDone);
+    EXPECT_EQ(Run({"CO2", "7.5", "--wait", "--settle", "50ms", "--json"}), kExitDone);
     const auto json = Outcome();
     EXPECT_EQ(json["channel"], "CO2") << output;
     EXPECT_EQ(json["asked"], 7.5);

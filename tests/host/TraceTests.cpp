@@ -109,7 +109,7 @@ TEST(Exchanges, TranscriptLine_IsReadByTheEmulatorWithoutAReplyTooMany) {
 }
 
 TEST(TraceCommand, Exchanges_AreAllThatIsOnTheOutput) {
-    const HostRun run("trace --every 20ms --rows 2", "exchanges\n");
+    const HostRun run("trace --every 10ms --rows 2", "exchanges\n");
     EXPECT_EQ(run.exitCode, 0) << run.errors;
     EXPECT_EQ(FirstReplies(run.output, "readcurval CO2"), std::vector<std::string>{"0_readcurval CO2_5.000000\r"});
     EXPECT_EQ(FirstReplies(run.output, "readcurval Base"), std::vector<std::string>{"0_readcurval Base_30.000000\r"});
@@ -118,7 +118,7 @@ TEST(TraceCommand, Exchanges_AreAllThatIsOnTheOutput) {
 }
 
 TEST(TraceCommand, OutputFile_TakesThemAndIsNeverOverwritten) {
-    const HostRun run("trace --every 20ms --rows 2 --output made", "exchanges silent\n");
+    const HostRun run("trace --every 10ms --rows 2 --output made", "exchanges silent\n");
     EXPECT_EQ(run.exitCode, 0) << run.errors;
     EXPECT_EQ(run.output, "");
     EXPECT_EQ(FirstReplies(run.made, "readcurval CO2"), std::vector<std::string>{});
@@ -130,7 +130,7 @@ TEST(TraceCommand, OutputFile_TakesThemAndIsNeverOverwritten) {
 }
 
 TEST(TraceCommand, LibraryThatLogsNothing_IsSaidWithWhatToDo) {
-    const HostRun run("trace --every 20ms --rows 2");
+    const HostRun run("trace --every 10ms --rows 2");
     EXPECT_EQ(run.exitCode, 16);
     EXPECT_NE(run.errors.find("set the REG_DWORD LogCommunication to 1"), std::string::npos) << run.errors;
     EXPECT_NE(run.errors.find("--switch-on"), std::string::npos) << run.errors;
