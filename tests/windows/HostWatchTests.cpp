@@ -54,9 +54,7 @@ class HostWatchTests : public testing::Test {
     }
 
     /// Watches the incubator for a few rows.
-    DWORD Monitor(const std::wstring& more) {
-        return Run(L"monitor --device incubator --every 50ms --for 300ms " + more);
-    }
+    DWORD Monitor(const std::wstring& more) { return Run(L"monitor --device incubator --every 50ms --rows 2 " + more); }
 
     bool Says(const std::string& text) const { return m_output.find(text) != std::string::npos; }
 
@@ -131,11 +129,11 @@ TEST_F(HostWatchTests, TolerancesThatNobodyStored_AreNotSent) {
 }
 
 TEST_F(HostWatchTests, ClampedTarget_IsSaidAndAFailureWhenStrict) {
-    const std::wstring asked = L"monitor --every 50ms --for 200ms --set H301-T=99";
+    const std::wstring asked = L"monitor --every 50ms --rows 2 --set H301-T=99";
     EXPECT_EQ(Run(asked), 0U);
     EXPECT_TRUE(Says("H301-T: asked 99, the device took 60")) << m_output;
     EXPECT_EQ(Run(asked + L" --strict"), 2U);
-    EXPECT_EQ(Run(L"monitor --every 50ms --for 200ms --set H301-T=38.5 --strict"), 0U) << m_output;
+    EXPECT_EQ(Run(L"monitor --every 50ms --rows 2 --set H301-T=38.5 --strict"), 0U) << m_output;
 }
 
 TEST_F(HostWatchTests, Doctor_OnlyAsksTheServerWhichProductsItHas) {
@@ -174,9 +172,9 @@ TEST_F(HostWatchTests, Trace_HoldsWhatTheServerSawAndLeavesTheSwitchAsItWas) {
     const DWORD off = 0;
     RegSetKeyValueW(HKEY_LOCAL_MACHINE, kMiscKey, kLogValue, REG_DWORD, &off, sizeof off);
     Serve(L"");
-    EXPECT_EQ(Run(L"trace --device incubator --port 3 --every 50ms --for 200ms --switch-on --output \"" + m_transcript +
-                  L"\""),
-              0U)
+    EXPECT_EQ(
+        Run(L"trace --device incubator --port 3 --every 50ms --rows 2 --switch-on --output \"" + m_transcript + L"\""),
+        0U)
         << m_output;
     EXPECT_EQ(LogSwitch(), DWORD{0});
     const std::string traced = ReadAll(m_transcript);
@@ -188,7 +186,7 @@ TEST_F(HostWatchTests, Trace_HoldsWhatTheServerSawAndLeavesTheSwitchAsItWas) {
 
 TEST_F(HostWatchTests, Transcript_IsReplayedByTheEmulator) {
     Serve(L"");
-    const std::wstring host = L" --device incubator --port 3 --every 50ms --for 200ms";
+    const std::wstring host = L" --device incubator --port 3 --every 50ms --rows 2";
     EXPECT_EQ(Run(L"trace" + host + L" --switch-on --output \"" + m_transcript + L"\""), 0U) << m_output;
     EXPECT_EQ(LogSwitch(), std::nullopt);
     m_emulator.reset();
