@@ -10,7 +10,6 @@
 #include "keep/Keeper.h"
 #include "model/Event.h"
 #include "page/Access.h"
-#include "page/Assets.h"
 #include "page/Request.h"
 #include "page/Router.h"
 #include "page/Target.h"
@@ -72,12 +71,6 @@ void CheckDecoding(std::string_view text) {
 }
 
 }  // namespace
-
-/// The files of the page are all alike to what is tried here.
-const Asset* FindAsset(std::string_view name) {
-    static constexpr Asset kPage{"page.html", "text/html; charset=utf-8", "page"};
-    return name == kPage.name || name == "page.css" ? &kPage : nullptr;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view input = AsText(data, size);

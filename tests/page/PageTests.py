@@ -199,9 +199,9 @@ class Live(PageCase):
     def test_narrow_page_does_not_scroll_sideways(self):
         for width in (320, 390, 760):
             browser.resize(width, 900)
-            widths = browser.script("return [document.documentElement.scrollWidth, innerWidth]")
-            self.assertEqual(widths[0], width)
-            self.assertEqual(widths[1], width)
+            # The charts follow the window a moment later.
+            browser.wait(lambda: browser.script("return [document.documentElement.scrollWidth, innerWidth]") == [width, width],
+                         f"the page is {width} wide")
 
     def test_everything_that_is_operated_has_a_name(self):
         tree = browser.driver.execute_cdp_cmd("Accessibility.getFullAXTree", {})["nodes"]

@@ -72,6 +72,8 @@ class WatchRun {
 
     const Snapshot& Now() const noexcept { return m_watch.Now(); }
     bool IsSilent() const noexcept { return m_watch.IsSilent(); }  // a call takes too long
+    bool IsWithinRound() const noexcept { return m_watch.IsWithinRound(); }
+
     /// How many rows a log could not take; the snapshots tell it.
     void SetLogWriteErrors(std::uint64_t errors) noexcept { m_watch.SetLogWriteErrors(errors); }
 

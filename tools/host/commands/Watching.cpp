@@ -143,7 +143,9 @@ int Begin(WatchRun& run, const WatchParts& parts, Sinks& sinks) {
 
 void RunRows(WatchRun& run, const WatchParts& parts) {
     const double begun = Now().seconds;
-    const std::uint64_t rowsBefore = run.Now().row;
+    // A row that was begun before the targets were set may show a channel as it was before.
+    const bool oldRow = !run.Request().targets.empty() && run.IsWithinRound();
+    const std::uint64_t rowsBefore = run.Now().row + (oldRow ? 1 : 0);
     const auto& seconds = run.Request().seconds;
     const auto& rows = run.Request().rows;
     run.RunUntil([&] {

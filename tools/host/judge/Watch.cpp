@@ -50,6 +50,7 @@ bool Watch::Take(const DeviceMessage& message) {
     } else if (std::holds_alternative<device_message::RoundDone>(message.what)) {
         m_dRoundSeconds = m_roundBegun ? message.when.seconds - m_roundBegun->seconds : 0.0;
         m_roundBegun.reset();
+        m_bWithinRound = false;
         m_lastRow = message.when;
         ++m_snapshot.row;
         row = true;
@@ -91,6 +92,7 @@ void Watch::Handle(const device_message::ChannelRead& read) {
     ChannelStatus& status = m_snapshot.statuses[read.channel];
     status.reading = read.reading;
     ++status.reads;
+    m_bWithinRound = true;
     status.failedReads += read.reading.Valid() ? 0U : 1U;
     for (const double seconds : read.callSeconds) {
         m_snapshot.exchanges.Add(seconds);

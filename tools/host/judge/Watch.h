@@ -44,6 +44,9 @@ class Watch {
     bool IsOpen() const noexcept { return m_bOpen; }
     bool IsSilent() const noexcept { return m_bSilent; }
 
+    /// Whether a channel was read for a row that is not complete yet.
+    bool IsWithinRound() const noexcept { return m_bWithinRound; }
+
  private:
     struct Call {
         std::optional<std::size_t> channel;
@@ -65,6 +68,7 @@ class Watch {
     std::vector<std::optional<bool>> m_airModes;
     std::optional<Call> m_call;  // the one that is under way
     std::optional<Moment> m_roundBegun;
+    bool m_bWithinRound = false;
     double m_dRoundSeconds = 0.0;  // how long the last whole round took
     Moment m_lastRow;
     bool m_bOpen = false;
