@@ -9,7 +9,9 @@ from pathlib import Path
 
 from Package import BUILD, SOURCE
 
-WITHOUT_BUILDS = shutil.ignore_patterns(".git", "build")
+
+def without_builds(folder, names):
+    return {".git", "build"} & set(names) if Path(folder) == SOURCE else set()
 
 
 class SecondBuildTests(unittest.TestCase):
@@ -19,7 +21,7 @@ class SecondBuildTests(unittest.TestCase):
     def setUpClass(cls):
         scratch = cls.enterClassContext(tempfile.TemporaryDirectory(prefix="oko-second-build-"))
         cls.copy = Path(scratch) / "of-the-same-sources"
-        shutil.copytree(SOURCE, cls.copy, ignore=WITHOUT_BUILDS)
+        shutil.copytree(SOURCE, cls.copy, ignore=without_builds)
         # A compiler cache, where one is used, compiles once more, with the same names of files.
         cls.environment = {**os.environ, "CCACHE_BASEDIR": str(cls.copy), "CCACHE_RECACHE": "1",
                            "OKO_WINEPREFIX": os.environ.get("OKO_WINEPREFIX", str(SOURCE / "build/wine"))}

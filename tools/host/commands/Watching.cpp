@@ -150,7 +150,7 @@ void RunRows(WatchRun& run, const WatchParts& parts) {
     const auto& rows = run.Request().rows;
     run.RunUntil([&] {
         const bool over =
-            (seconds && Now().seconds - begun >= *seconds) || (rows && run.Now().row - rowsBefore >= *rows);
+            (seconds && Now().seconds - begun >= *seconds) || (rows && run.Now().row >= rowsBefore + *rows);
         // Nobody reads what is shown, and nothing else is asked for.
         const bool useless =
             !parts.needsNoView && OutputFailed() && run.Request().csv.empty() && run.Request().onAlarm.empty();
