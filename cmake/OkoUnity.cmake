@@ -16,11 +16,11 @@ function(oko_unity target)
     oko_unity_groups(${target} ${sources})
 endfunction()
 
-# NAME SOURCE...: puts ten each into a unit.
+# NAME SOURCE...: puts thirty each into a unit.
 function(oko_unity_groups name)
     set(count 0)
     foreach(source IN LISTS ARGN)
-        math(EXPR group "${count} / 10")
+        math(EXPR group "${count} / 30")
         math(EXPR count "${count} + 1")
         set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${name}-${group})
     endforeach()

@@ -106,7 +106,7 @@ class ArchiveTests(unittest.TestCase):
     def test_Host_ShowsTheSimulatorFromTheUnzippedFolder(self):
         host = package.folder / "bin/oko-host.exe"
         self.assertIn("OKO-Lab bold line Simulator", wine(host, "list"))
-        self.assertIn("H301-T", wine(host, "monitor", "--device", "simulator", "--for", "1s"))
+        self.assertIn("H301-T", wine(host, "monitor", "--device", "simulator", "--rows", "1"))
 
     def test_Programs_AnswerWithTheVersion(self):
         for name in ("oko-host", "oko-control-emulator"):
