@@ -45,8 +45,6 @@ struct ProtocolRequest {
     bool json = false;
 };
 
-void TellUser(const std::string& sentence) { std::cerr << "oko-host: " << sentence << std::endl; }
-
 /// Each line of an error with the file's name before it.
 int RefuseFile(const std::filesystem::path& file, const std::string& lines) {
     for (std::size_t begin = 0; begin < lines.size();) {

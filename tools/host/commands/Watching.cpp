@@ -24,9 +24,9 @@
 #include "platform/Now.h"
 #include "show/Output.h"
 
-namespace {
-
 void TellUser(const std::string& sentence) { std::cerr << "oko-host: " << sentence << std::endl; }
+
+namespace {
 
 /// The watch goes on without a view that cannot be written: it may have a log to keep.
 template <class Action>

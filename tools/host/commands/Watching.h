@@ -31,6 +31,9 @@ int RunWatch(WatchRequest request, const WatchParts& parts);
 /// Says the lines on the output; where that is for programs, beside it.
 std::function<void(const std::vector<std::string>&)> AnnounceForPeople(bool outputIsForPrograms);
 
+/// A sentence of this program's on the error output, after its name.
+void TellUser(const std::string& sentence);
+
 /// What the last snapshot and the troubles of the watch come to: an alarm that stands before data that are missing
 /// before what could not be written.
 int JudgeEnd(const Snapshot& snapshot, bool written);
