@@ -35,6 +35,7 @@ class ProductTests(SecondBuildTests):
         cls.run_there("scripts/build", "product")
 
     def test_Library_BuiltBesideBrokenTools_Loads(self):
+        self.addCleanup(self.run_there, "scripts/wine", "--stop")
         said = self.run_there("env", "DISPLAY=", "scripts/wine", "build/product/bin/oko-host.exe", "list")
         self.assertIn("OKO-Lab bold line Simulator", said)
 

@@ -10,7 +10,6 @@
 
 #include "ExitCode.h"
 #include "commands/Command.h"
-#include "commands/CommandLine.h"
 #include "commands/Commands.h"
 #include "keep/CsvFormat.h"
 #include "keep/CsvReader.h"
