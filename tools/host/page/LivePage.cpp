@@ -86,8 +86,8 @@ struct LivePage::Impl {
     Server server;
 };
 
-LivePage::LivePage(Options options, SetTarget setTarget)
-    : m_impl(std::make_unique<Impl>(std::move(options), std::move(setTarget))) {}
+LivePage::LivePage(const Options& options, SetTarget setTarget)
+    : m_impl(std::make_unique<Impl>(options, std::move(setTarget))) {}
 
 LivePage::~LivePage() = default;
 

@@ -26,7 +26,7 @@ class LivePage {
     /// with the same `request` when the device has answered. Who waits too long is told so.
     using SetTarget = std::function<void(std::uint64_t request, const std::string& key, double value)>;
 
-    LivePage(Options options, SetTarget setTarget);
+    LivePage(const Options& options, SetTarget setTarget);
     ~LivePage();
     LivePage(const LivePage&) = delete;
     LivePage& operator=(const LivePage&) = delete;

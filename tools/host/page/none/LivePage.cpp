@@ -12,7 +12,7 @@
 
 struct LivePage::Impl {};
 
-LivePage::LivePage(Options, SetTarget) {}
+LivePage::LivePage(const Options&, SetTarget) {}
 LivePage::~LivePage() = default;
 
 std::optional<std::string> LivePage::Start() {
