@@ -7,7 +7,6 @@
 #include <string_view>
 
 #include "ExitCode.h"
-#include "HostProcess.h"
 #include "RunHost.h"
 
 namespace {

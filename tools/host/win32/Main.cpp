@@ -24,8 +24,8 @@ class Utf8Console {
 
 }  // namespace
 
-int wmain(int argc,
-          wchar_t** argv) {  // NOLINT(misc-use-internal-linkage,readability-identifier-naming): the system's name
+// NOLINTNEXTLINE(misc-use-internal-linkage,readability-identifier-naming): the system's name
+int wmain(int argc, wchar_t** argv) {
     const Utf8Console console;
     std::vector<std::string> arguments;
     for (int i = 1; i < argc; ++i) {

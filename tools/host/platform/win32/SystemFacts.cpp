@@ -4,7 +4,6 @@
 
 #include <windows.h>
 
-#include <array>
 #include <cstddef>
 #include <filesystem>
 #include <string>
@@ -31,7 +30,6 @@ RegistrySwitch ReadSwitch(const wchar_t* name) {
 }  // namespace
 
 Fact<std::string> FileVersion(const std::filesystem::path& file) {
-    const auto none = Fact<std::string>::Unknown("the file does not name it");
     const DWORD size = GetFileVersionInfoSizeW(file.c_str(), nullptr);
     std::vector<std::byte> resource(size);
     VS_FIXEDFILEINFO* info = nullptr;
@@ -39,7 +37,7 @@ Fact<std::string> FileVersion(const std::filesystem::path& file) {
     if (size == 0 || GetFileVersionInfoW(file.c_str(), 0, size, resource.data()) == FALSE ||
         VerQueryValueW(resource.data(), L"\\", reinterpret_cast<void**>(&info), &length) == FALSE ||
         length < sizeof *info) {
-        return none;
+        return Fact<std::string>::Unknown("the file does not name it");
     }
     std::string text;
     for (const DWORD part : {info->dwFileVersionMS >> 16U, info->dwFileVersionMS & 0xFFFFU,
