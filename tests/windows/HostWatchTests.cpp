@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
+#include <ios>
 #include <iterator>
 #include <optional>
 #include <string>
@@ -13,7 +14,6 @@
 #include "RegistryNames.h"
 #include "windows/ChildProcess.h"
 #include "windows/EmulatorProcess.h"
-#include "windows/LoadedLibrary.h"
 #include "windows/ScratchFolder.h"
 
 namespace {
