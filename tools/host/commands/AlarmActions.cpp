@@ -11,6 +11,7 @@
 #include "model/ChannelInfo.h"
 #include "model/Event.h"
 #include "model/Snapshot.h"
+#include "show/OrNull.h"
 #include "text/Time.h"
 
 namespace {
@@ -23,11 +24,6 @@ const char* Direction(const AlarmChange& change) { return IsOn(change) ? "on" : 
 
 const char* KindText(const AlarmChange& change) {
     return change.status.kind == AlarmKind::OutOfBand ? "out of band" : "missing data";
-}
-
-template <class T>
-Json OrNull(const std::optional<T>& value) {
-    return value ? Json(*value) : Json(nullptr);
 }
 
 }  // namespace

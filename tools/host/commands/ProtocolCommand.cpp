@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <utility>
@@ -25,7 +24,6 @@
 #include "model/DeviceMessage.h"
 #include "model/Event.h"
 #include "model/Moment.h"
-#include "model/Reading.h"
 #include "model/Snapshot.h"
 #include "show/Output.h"
 #include "show/PlanTable.h"
@@ -52,12 +50,6 @@ int RefuseFile(const std::filesystem::path& file, const std::string& lines) {
         begin = end + 1;
     }
     return kExitBadFile;
-}
-
-std::vector<Reading> ReadingsOf(const Snapshot& snapshot) {
-    std::vector<Reading> readings;
-    std::ranges::transform(snapshot.statuses, std::back_inserter(readings), &ChannelStatus::reading);
-    return readings;
 }
 
 /// A protocol on its way: row by row it sets what is due, tells what happens, and keeps its progress.

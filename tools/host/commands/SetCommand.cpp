@@ -25,6 +25,7 @@
 #include "model/Moment.h"
 #include "model/Snapshot.h"
 #include "platform/Now.h"
+#include "show/OrNull.h"
 #include "show/Output.h"
 #include "text/Duration.h"
 #include "text/Number.h"
@@ -42,7 +43,7 @@ struct SetRequest {
 };
 
 /// What became of it; told when the device is closed.
-struct Outcome {
+struct SetOutcome {
     std::optional<int> exitCode;  // none: nothing is decided yet
     std::string sentence;
     DeviceInfo device;
@@ -59,12 +60,7 @@ struct Outcome {
     }
 };
 
-template <class T>
-nlohmann::ordered_json OrNull(const std::optional<T>& value) {
-    return value ? nlohmann::ordered_json(*value) : nlohmann::ordered_json(nullptr);
-}
-
-std::string OutcomeJson(const SetRequest& request, const Outcome& outcome, int exitCode) {
+std::string OutcomeJson(const SetRequest& request, const SetOutcome& outcome, int exitCode) {
     const nlohmann::ordered_json json{{"channel", outcome.channel.empty() ? request.name : outcome.channel},
                                       {"asked", request.value},
                                       {"taken", OrNull(outcome.taken)},
@@ -88,7 +84,7 @@ class Setting {
     int Begin(WatchRun& run);
     void TakeRow(const Snapshot& snapshot);
     bool IsOver() const { return m_outcome.exitCode.has_value(); }
-    const Outcome& Result() const { return m_outcome; }
+    const SetOutcome& Result() const { return m_outcome; }
 
  private:
     int Refuse(int code, const std::string& sentence) {
@@ -98,7 +94,7 @@ class Setting {
     int TakeAnswer(const ChannelInfo& channel, const device_message::TargetSet& set);
 
     const SetRequest& m_request;
-    Outcome m_outcome;
+    SetOutcome m_outcome;
     std::size_t m_channel = 0;
     Moment m_begun;
     std::optional<Settling> m_settling;
@@ -173,7 +169,7 @@ void Setting::TakeRow(const Snapshot& snapshot) {
 }
 
 /// Tells the outcome. Other channels' missing data are none of this command's business.
-int Conclude(const SetRequest& request, const Outcome& outcome, int watched) {
+int Conclude(const SetRequest& request, const SetOutcome& outcome, int watched) {
     if (outcome.device.name.empty()) {
         return watched;  // it was not opened, and that is told already
     }

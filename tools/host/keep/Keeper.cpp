@@ -14,15 +14,6 @@
 
 namespace {
 
-std::vector<Reading> ReadingsOf(const Snapshot& snapshot) {
-    std::vector<Reading> readings;
-    readings.reserve(snapshot.statuses.size());
-    for (const ChannelStatus& status : snapshot.statuses) {
-        readings.push_back(status.reading);
-    }
-    return readings;
-}
-
 bool HasSameChannels(const Snapshot& left, const Snapshot& right) {
     return std::ranges::equal(left.channels, right.channels, {}, &ChannelInfo::key, &ChannelInfo::key);
 }

@@ -55,3 +55,6 @@ struct Snapshot {
     DurationHistogram exchanges;       // how long reads took
     std::uint64_t logWriteErrors = 0;  // rows and events that the log's file did not take
 };
+
+/// One for each channel.
+std::vector<Reading> ReadingsOf(const Snapshot& snapshot);

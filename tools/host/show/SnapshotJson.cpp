@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,6 +13,7 @@
 #include "model/Event.h"
 #include "model/Reading.h"
 #include "model/Snapshot.h"
+#include "show/OrNull.h"
 #include "text/Json.h"
 #include "text/Time.h"
 
@@ -21,13 +21,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-template <typename Value>
-Json OrNull(const std::optional<Value>& value) {
-    return value ? Json(*value) : Json(nullptr);
-}
-
 /// What a sensor does not have.
-Json OfTarget(const ChannelInfo& channel, double value) { return channel.canSetTarget ? Json(value) : Json(nullptr); }
+Json TargetJson(const ChannelInfo& channel, double value) { return channel.canSetTarget ? Json(value) : Json(nullptr); }
 
 Json ChannelJson(const ChannelInfo& channel, const ChannelStatus& status) {
     return {{"key", channel.key},
@@ -37,10 +32,10 @@ Json ChannelJson(const ChannelInfo& channel, const ChannelStatus& status) {
             {"unit", UnitOf(channel.kind)},
             {"current", OrNull(status.reading.current)},
             {"target", OrNull(status.reading.target)},
-            {"min", OfTarget(channel, channel.min)},
-            {"max", OfTarget(channel, channel.max)},
-            {"below", OfTarget(channel, channel.below)},
-            {"above", OfTarget(channel, channel.above)},
+            {"min", TargetJson(channel, channel.min)},
+            {"max", TargetJson(channel, channel.max)},
+            {"below", TargetJson(channel, channel.below)},
+            {"above", TargetJson(channel, channel.above)},
             {"canSet", channel.canSetTarget},
             {"state", StateName(channel.kind, status.reading.state)},
             {"ageSeconds", OrNull(status.ageSeconds)},
