@@ -20,7 +20,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-constexpr double kWithin = 10.0;  // s, when a wait names no time
+constexpr double kDefaultWait = 10.0;  // s, when a wait names no time
 constexpr double kLongestWait = 86'400.0;
 constexpr double kFastest = 1e6;
 constexpr double kLongestStep = 1e7;  // s of the incubator's time
@@ -160,7 +160,7 @@ Json ControlSession::CarryTime(const Json& request, double now) {
 }
 
 void ControlSession::BeginWait(const Json& request, double now) {
-    const double within = request.contains("within") ? NumberOf(request, "within", kLongestWait) : kWithin;
+    const double within = request.contains("within") ? NumberOf(request, "within", kLongestWait) : kDefaultWait;
     m_waiting.emplace(
         Waiting{Wait(TextOf(request, "until"), m_control.m_commands), request.value("id", Json()), now, within});
     LookAtWait();

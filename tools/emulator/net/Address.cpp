@@ -25,7 +25,7 @@ struct Sides {
     bool hasPort = false;
 };
 
-Sides Split(std::string_view text) {
+Sides SidesOf(std::string_view text) {
     if (text.starts_with('[')) {
         const std::size_t end = text.find(']');
         const std::string_view rest = end == std::string_view::npos ? "" : text.substr(end + 1);
@@ -46,7 +46,7 @@ Sides Split(std::string_view text) {
 
 Parsed<ServerAddress> ParseServerAddress(std::string_view text) {
     constexpr int kLastPort = 65535;
-    const Sides sides = Split(text);
+    const Sides sides = SidesOf(text);
     ServerAddress address;
     if (!sides.host.empty()) {
         address.host = sides.host;

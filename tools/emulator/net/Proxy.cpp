@@ -39,19 +39,6 @@ std::function<double()> SinceNow() {
     return [start = Clock::now()] { return std::chrono::duration<double>(Clock::now() - start).count(); };
 }
 
-/// A client and its own way to the server.
-struct Client {
-    Client(net::io_context& context, const udp::endpoint& endpoint)
-        : address(endpoint), name(AddressText(endpoint)), server(context), buffer(kReceiveBuffer) {}
-
-    udp::endpoint address;
-    std::string name;
-    udp::socket server;
-    std::vector<char> buffer;
-    Clock::time_point lastUsed = Clock::now();
-    bool isDeaf = false;  // until the next tick
-};
-
 }  // namespace
 
 class Proxy::Impl : public std::enable_shared_from_this<Impl> {
@@ -74,6 +61,18 @@ class Proxy::Impl : public std::enable_shared_from_this<Impl> {
     std::size_t Clients() const { return m_clients.size(); }
 
  private:
+    /// A client and its own way to the server.
+    struct Client {
+        Client(net::io_context& context, const udp::endpoint& endpoint)
+            : address(endpoint), name(AddressText(endpoint)), server(context), buffer(kReceiveBuffer) {}
+
+        udp::endpoint address;
+        std::string name;
+        udp::socket server;
+        std::vector<char> buffer;
+        Clock::time_point lastUsed = Clock::now();
+        bool isDeaf = false;  // until the next tick
+    };
     using ClientPtr = std::shared_ptr<Client>;
 
     void ReceiveFromClients();

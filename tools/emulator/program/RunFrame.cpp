@@ -13,7 +13,7 @@ namespace emulator {
 
 namespace {
 
-constexpr std::chrono::milliseconds kTick{25};
+constexpr std::chrono::milliseconds kFrame{25};
 
 }  // namespace
 
@@ -42,7 +42,7 @@ void RunFrame::Tick() {
         m_context.stop();
         return;
     }
-    m_timer.expires_after(kTick);
+    m_timer.expires_after(kFrame);
     m_timer.async_wait([this](boost::system::error_code error) {
         if (!error) {
             Tick();

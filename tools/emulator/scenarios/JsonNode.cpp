@@ -20,7 +20,7 @@ namespace {
 using Json = nlohmann::json;
 
 /// A value as it stands in the file, cut where it is long.
-std::string Shown(const Json& json) {
+std::string Excerpt(const Json& json) {
     constexpr std::size_t kLongest = 40;
     std::string text = json.dump(-1, ' ', true, Json::error_handler_t::replace);
     if (text.size() > kLongest) {
@@ -46,7 +46,7 @@ void JsonNode::Fail(const std::string& key, const std::string& what) const {
 }
 
 void JsonNode::FailExpected(const std::string& key, const std::string& what) const {
-    Fail(key, what + " is expected, not " + Shown(m_json.at(key)));
+    Fail(key, what + " is expected, not " + Excerpt(m_json.at(key)));
 }
 
 void JsonNode::ExpectMembers(const std::vector<std::string_view>& known) const {
@@ -113,7 +113,7 @@ void JsonNode::ForEach(const std::string& key, const std::function<void(const Js
 
 std::string JsonNode::Text() const {
     if (!m_json.is_string()) {
-        Fail("a text is expected, not " + Shown(m_json));
+        Fail("a text is expected, not " + Excerpt(m_json));
     }
     return m_json.get<std::string>();
 }

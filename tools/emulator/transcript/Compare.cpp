@@ -19,7 +19,7 @@ namespace emulator {
 
 namespace {
 
-std::string Shown(std::string_view bytes) { return bytes.empty() ? "nothing" : InQuotes(Escape(bytes)); }
+std::string Quoted(std::string_view bytes) { return bytes.empty() ? "nothing" : InQuotes(Escape(bytes)); }
 
 /// The numbers of a list with blanks in between; nothing where one is none, or the list is empty.
 std::optional<std::vector<double>> NumbersOf(std::string_view payload) {
@@ -67,7 +67,7 @@ class Differences {
         const auto now = SplitReply(got);
         if (!before || !now) {
             if (recorded != got) {
-                Add("reply", Shown(recorded), Shown(got));
+                Add("reply", Quoted(recorded), Quoted(got));
             }
             return;
         }
@@ -75,10 +75,10 @@ class Differences {
             Add("code", std::to_string(before->answer.code), std::to_string(now->answer.code));
         }
         if (before->echo != now->echo) {
-            Add("echo", Shown(before->echo), Shown(now->echo));
+            Add("echo", Quoted(before->echo), Quoted(now->echo));
         }
         if (!AreAlike(before->answer.payload, now->answer.payload, tolerance)) {
-            Add("payload", Shown(before->answer.payload), Shown(now->answer.payload));
+            Add("payload", Quoted(before->answer.payload), Quoted(now->answer.payload));
         }
     }
 

@@ -205,13 +205,13 @@ void Configuration(Trial& trial) {
 
 void ConfigurationThatBreaksOff(Trial& trial) {
     const WatchedDevice device = StartIncubator(trial);
-    struct Row {
+    struct Case {
         const wchar_t* text;
         double below;
         double above;
     };
-    for (const Row& row : {Row{L"", 0.2, 0.2}, Row{L"dIncubatorBelow 0.7 | rubbish", 0.7, 0.2},
-                           Row{L"rubbish", 0.2, 0.2}, Row{L"dIncubatorBelow nan", 0.2, 0.2}}) {
+    for (const Case& row : {Case{L"", 0.2, 0.2}, Case{L"dIncubatorBelow 0.7 | rubbish", 0.7, 0.2},
+                            Case{L"rubbish", 0.2, 0.2}, Case{L"dIncubatorBelow nan", 0.2, 0.2}}) {
         ExpectDone("ApplyConfiguration", device.ApplyConfiguration(row.text));
         const auto got = device.Temperature(0).Tolerance();
         Expect(got == std::pair(row.below, row.above), "GetTolerance(0)",
@@ -240,15 +240,15 @@ void NoConfiguration(Trial& trial) {
 
 void ConnectionTexts(Trial& trial) {
     const WatchedDevice device(trial, oko::kRealDevice);
-    struct Row {
+    struct Case {
         const wchar_t* text;
         const char* command;
     };
     // What the server has for a port comes back in the course of each Init.
     trial.Rules({"comport 9 0; always; value"});
-    for (const Row& row :
-         {Row{L"m_iComPort 7", "comport 9 0 7"}, Row{L"", "comport 9 0 7"}, Row{L"rubbish", "comport 9 0 7"},
-          Row{nullptr, "comport 9 0 7"}, Row{L"m_iComPort 11", "comport 9 0 11"}}) {
+    for (const Case& row :
+         {Case{L"m_iComPort 7", "comport 9 0 7"}, Case{L"", "comport 9 0 7"}, Case{L"rubbish", "comport 9 0 7"},
+          Case{nullptr, "comport 9 0 7"}, Case{L"m_iComPort 11", "comport 9 0 11"}}) {
         ExpectDone("ApplyConnection", device.ApplyConnection(row.text));
         ExpectDone("Init", device.Init());
         const std::vector<std::string> commands = trial.Commands();
@@ -261,11 +261,11 @@ void ConnectionTexts(Trial& trial) {
 /// A window that a user would have to close is closed for him.
 void Dialogs(Trial& trial) {
     const WatchedDevice device = StartIncubator(trial);
-    constexpr wchar_t kMark = L'#';
+    constexpr wchar_t kFill = L'#';
     std::array<wchar_t, oko::kConfigurationTextLength> text{};
-    text.fill(kMark);
+    text.fill(kFill);
     const auto expectUntouched = [&](const char* call) {
-        Expect(std::ranges::all_of(text, [](wchar_t c) { return c == kMark; }), call, "that nothing is written",
+        Expect(std::ranges::all_of(text, [](wchar_t c) { return c == kFill; }), call, "that nothing is written",
                "something");
     };
     ExpectRefused("ShowConfiguration, cancelled",

@@ -145,7 +145,7 @@ void Clamped(Trial& trial) {
     }
 }
 
-void InitTwice(Trial& trial) {
+void InitTwiceWithoutServer(Trial& trial) {
     const WatchedDevice device = StartSimulator(trial);
     const std::size_t channels = device.Channels().size();
     ExpectDone("Init again", device.Init());
@@ -175,7 +175,7 @@ void NoConnectionDialog(Trial& trial) {
     ExpectDone("ShowConnection of the simulator", device.ShowConnection(text.data(), 0));
 }
 
-void ManyLives(Trial& trial) {
+void SomeLives(Trial& trial) {
     const WatchedDevice device = StartSimulator(trial);
     const auto live = [&](int times) {
         for (int i = 0; i < times; ++i) {
@@ -223,7 +223,12 @@ constexpr std::array<Check, 11> kSimulatorChecks{{
      {},
      Clamped,
      "A target out of the limits becomes the nearest one in them."},
-    {"simulator/init-twice", "simulator", Needs::Nothing, {}, InitTwice, "Init may be repeated without Close."},
+    {"simulator/init-twice",
+     "simulator",
+     Needs::Nothing,
+     {},
+     InitTwiceWithoutServer,
+     "Init may be repeated without Close."},
     {"simulator/after-close",
      "simulator",
      Needs::Nothing,
@@ -236,7 +241,7 @@ constexpr std::array<Check, 11> kSimulatorChecks{{
      {},
      NoConnectionDialog,
      "The simulator has no connection dialog: 0 at once."},
-    {"simulator/handles", "simulator", Needs::Nothing, {}, ManyLives, "Some lives leave no handles behind."},
+    {"simulator/handles", "simulator", Needs::Nothing, {}, SomeLives, "Some lives leave no handles behind."},
 }};
 
 }  // namespace

@@ -42,7 +42,7 @@ std::string Count(std::size_t number, const char* one, const char* many) {
 }
 
 /// What was made of which device, in one line.
-std::string Outcome(const std::string& report, const Log& log) {
+std::string Account(const std::string& report, const Log& log) {
     std::string line =
         report + ": " + log.header.device.name + (log.header.device.simulated ? " (simulated), " : ", ") +
         Count(log.timeMs.size(), "row", "rows") + " of " + Count(log.columns.size(), "channel", "channels") + ", " +
@@ -81,7 +81,7 @@ int RunReport(const ReportRequest& request) {
     } catch (const FileError& error) {
         return FailWith(error, kExitNotWritten);
     }
-    Print(Outcome(PathText(report), log));
+    Print(Account(PathText(report), log));
     return kExitDone;
 }
 

@@ -26,7 +26,7 @@
 
 namespace {
 
-using Json = nlohmann::json;
+using SortedJson = nlohmann::json;
 
 using Names = std::vector<std::string>;
 
@@ -54,23 +54,23 @@ class Mistakes {
 
 std::string StepPath(std::size_t index) { return "step " + std::to_string(index + 1); }
 
-std::string Show(const Json& value) { return value.dump(-1, ' ', false, Json::error_handler_t::replace); }
+std::string Show(const SortedJson& value) { return value.dump(-1, ' ', false, SortedJson::error_handler_t::replace); }
 
 /// Watches a file being read: for members that stand twice, of which the last would be taken silently, and for nesting
 /// that no protocol has and that would take all the stack to write out again.
-class Reader {
+class PlanReader {
  public:
-    bool operator()(int depth, Json::parse_event_t event, const Json& parsed) {
+    bool operator()(int depth, SortedJson::parse_event_t event, const SortedJson& parsed) {
         constexpr int kDeepest = 16;
         if (depth > kDeepest) {
             m_bTooDeep = true;
             return false;
         }
-        if (event == Json::parse_event_t::object_start) {
+        if (event == SortedJson::parse_event_t::object_start) {
             m_open.emplace_back();
-        } else if (event == Json::parse_event_t::object_end) {
+        } else if (event == SortedJson::parse_event_t::object_end) {
             m_open.pop_back();
-        } else if (event == Json::parse_event_t::key && !m_open.back().insert(parsed.get<std::string>()).second) {
+        } else if (event == SortedJson::parse_event_t::key && !m_open.back().insert(parsed.get<std::string>()).second) {
             m_twice.insert(parsed.get<std::string>());
         }
         return true;
@@ -84,7 +84,7 @@ class Reader {
     bool m_bTooDeep = false;
 };
 
-void RefuseUnknownMembers(const Json& object, const Names& known, const std::string& path, Mistakes& mistakes) {
+void RefuseUnknownMembers(const SortedJson& object, const Names& known, const std::string& path, Mistakes& mistakes) {
     for (const auto& [name, value] : object.items()) {
         if (std::ranges::find(known, name) == known.end()) {
             mistakes.Add(path, "unknown member " + InQuotes(name) + ": write " + JoinWords(known, "or"));
@@ -93,7 +93,8 @@ void RefuseUnknownMembers(const Json& object, const Names& known, const std::str
 }
 
 /// A duration as a text, "1h30m", or as a number of seconds. Nothing when it is left out or cannot be read.
-std::optional<double> TakeDuration(const Json& object, const char* name, const std::string& path, Mistakes& mistakes) {
+std::optional<double> TakeDuration(const SortedJson& object, const char* name, const std::string& path,
+                                   Mistakes& mistakes) {
     const auto member = object.find(name);
     if (member == object.end()) {
         return std::nullopt;
@@ -106,7 +107,7 @@ std::optional<double> TakeDuration(const Json& object, const char* name, const s
     return seconds.value;
 }
 
-double TakeValue(const Json& step, const std::string& path, Mistakes& mistakes) {
+double TakeValue(const SortedJson& step, const std::string& path, Mistakes& mistakes) {
     const auto member = step.find("value");
     if (member == step.end()) {
         mistakes.Add(path, "\"value\" is missing");
@@ -122,7 +123,7 @@ double TakeValue(const Json& step, const std::string& path, Mistakes& mistakes) 
     return 0.0;
 }
 
-std::string TakeText(const Json& object, const char* name, const std::string& path, Mistakes& mistakes) {
+std::string TakeText(const SortedJson& object, const char* name, const std::string& path, Mistakes& mistakes) {
     const auto member = object.find(name);
     if (member != object.end() && member->is_string() && !member->get<std::string>().empty()) {
         return member->get<std::string>();
@@ -131,7 +132,7 @@ std::string TakeText(const Json& object, const char* name, const std::string& pa
     return {};
 }
 
-ProtocolText::Step TakeStep(const Json& json, const std::string& path, Mistakes& mistakes) {
+ProtocolText::Step TakeStep(const SortedJson& json, const std::string& path, Mistakes& mistakes) {
     ProtocolText::Step step;
     if (!json.is_object()) {
         mistakes.Add(path, "is not an object: write {\"at\": \"0s\", \"channel\": \"CO2\", \"value\": 5}");
@@ -148,7 +149,7 @@ ProtocolText::Step TakeStep(const Json& json, const std::string& path, Mistakes&
     return step;
 }
 
-void TakeSteps(ProtocolText& plan, const Json& json, Mistakes& mistakes) {
+void TakeSteps(ProtocolText& plan, const SortedJson& json, Mistakes& mistakes) {
     const auto steps = json.find("steps");
     if (steps == json.end() || !steps->is_array() || steps->empty()) {
         mistakes.Add("", "\"steps\" is missing: write a list of at least one step");
@@ -167,7 +168,7 @@ void TakeSteps(ProtocolText& plan, const Json& json, Mistakes& mistakes) {
 }
 
 /// Not against forgery: it shows whether a file is still the one that was begun.
-std::string FingerprintOf(const Json& json) {
+std::string FingerprintOf(const SortedJson& json) {
     std::uint64_t hash = 14695981039346656037U;
     for (const char byte : Show(json)) {
         hash = (hash ^ static_cast<unsigned char>(byte)) * 1099511628211U;
@@ -187,16 +188,16 @@ void CheckValue(const ChannelInfo& channel, double value, const std::string& pat
 }  // namespace
 
 Parsed<ProtocolText> ParseProtocol(std::string_view text) {
-    Reader reader;
-    Json json;
+    PlanReader reader;
+    SortedJson json;
     try {
-        json = Json::parse(text, std::ref(reader));
-    } catch (const Json::parse_error& error) {
+        json = SortedJson::parse(text, std::ref(reader));
+    } catch (const SortedJson::parse_error& error) {
         const std::size_t end = std::min(error.byte, text.size());
         const auto line = 1 + std::ranges::count(text.substr(0, end), '\n');
         return Parsed<ProtocolText>::Error("line " + std::to_string(line) +
                                            " is not JSON: look for a missing or surplus comma, quote or bracket there");
-    } catch (const Json::out_of_range&) {
+    } catch (const SortedJson::out_of_range&) {
         return Parsed<ProtocolText>::Error("a number is too large");
     }
     if (reader.IsTooDeep()) {

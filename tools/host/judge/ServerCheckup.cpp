@@ -19,13 +19,13 @@ constexpr const char* kLibraryStartsIt = "nothing: the library starts it with th
 enum class Code { Success, ServerTrouble, ProductTrouble, Refused, Other };
 
 /// A reply is code, "_", the command, "_", payload, carriage return.
-struct Reply {
+struct ServerReply {
     bool fits = false;
     Code code = Code::Other;
     std::string payload;
 };
 
-Reply ReadReply(std::string_view reply, std::string_view command) {
+ServerReply ReadReply(std::string_view reply, std::string_view command) {
     const std::string head = "_" + std::string(command) + "_";
     if (reply.empty() || !reply.substr(1).starts_with(head)) {
         return {};
@@ -123,7 +123,7 @@ Finding JudgeAnswer(const SystemFacts& facts) {
     if (answer.reply.empty()) {
         return JudgeSilence(facts, "an empty answer from 127.0.0.1:60000, which counts as none");
     }
-    const Reply reply = ReadReply(answer.reply, "listprod");
+    const ServerReply reply = ReadReply(answer.reply, "listprod");
     if (!reply.fits) {
         return {check, Verdict::Problem, "127.0.0.1:60000 answers " + Shown(answer.reply) + ", as no server does",
                 "see \"server port\" for who answers, and end that program"};
@@ -170,7 +170,7 @@ Finding JudgeProducts(const Fact<ServerAnswer>& answer) {
         return {check, Verdict::Problem, "the server does not tell which are connected",
                 "look at the server's own window; a search may be under way"};
     }
-    const Reply reply = ReadReply(answer->reply, "listconprod");
+    const ServerReply reply = ReadReply(answer->reply, "listconprod");
     if (!reply.fits || reply.code > Code::ProductTrouble || reply.payload.starts_with('e')) {
         return {check, Verdict::Problem, "the server does not tell which are connected: " + Shown(answer->reply),
                 "look at the server's own window"};

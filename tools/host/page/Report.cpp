@@ -28,7 +28,7 @@ Part Find(std::string_view text, std::string_view before, std::string_view after
     return {begin, end + after.size(), text.substr(inside, end - inside)};
 }
 
-std::string_view BytesOf(std::string_view name) {
+std::string_view AssetBytes(std::string_view name) {
     const Asset* const asset = FindAsset(name);
     return asset == nullptr ? std::string_view{} : asset->bytes;
 }
@@ -39,7 +39,7 @@ std::string TakeOut(std::string& page, std::string_view before, std::string_view
     std::string files;
     for (Part part = Find(page, before, after, 0); part.begin != std::string_view::npos;
          part = Find(page, before, after, part.begin)) {
-        files.append(open).append(BytesOf(part.inside)).append(close);
+        files.append(open).append(AssetBytes(part.inside)).append(close);
         page.erase(part.begin, part.end - part.begin);
     }
     return files;
@@ -78,7 +78,7 @@ std::string MakeReport(const Log& unsorted, std::string_view name) {
         decimals.push_back(DecimalsOf(columns.current, columns.target));
     }
 
-    std::string page(BytesOf("page.html"));
+    std::string page(AssetBytes("page.html"));
     const std::string styles = TakeOut(page, "<link rel=\"stylesheet\" href=\"", "\">\n", "<style>\n", "</style>\n");
     const std::string scripts = TakeOut(page, "<script src=\"", "\" defer></script>\n", "<script>\n", "</script>\n");
     const std::string icon = TakeOut(page, "<link rel=\"icon\" id=\"icon\" href=\"", "\">\n", "", "");

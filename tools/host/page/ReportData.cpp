@@ -25,8 +25,8 @@
 
 namespace {
 
-constexpr int kMostDecimals = 6;
-constexpr std::array<double, kMostDecimals + 1> kPowers{1.0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6};
+constexpr int kMostExact = 6;
+constexpr std::array<double, kMostExact + 1> kPowers{1.0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6};
 
 double PowerOf(int decimals) { return kPowers[static_cast<std::size_t>(decimals)]; }
 
@@ -203,7 +203,7 @@ int DecimalsOf(std::span<const double> first, std::span<const double> second) {
     int decimals = 0;
     for (const std::span<const double> values : {first, second}) {
         for (const double value : values) {
-            while (decimals < kMostDecimals && !std::isnan(value) && !IsExact(value, decimals)) {
+            while (decimals < kMostExact && !std::isnan(value) && !IsExact(value, decimals)) {
                 ++decimals;
             }
         }

@@ -12,7 +12,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::string Outcome(const std::vector<Finding>& findings, const std::string& device) {
+std::string Advice(const std::vector<Finding>& findings, const std::string& device) {
     const auto problems = std::ranges::count(findings, Verdict::Problem, &Finding::verdict);
     if (problems == 0) {
         return "no problem found; go on with: oko-host monitor --device " + device;
@@ -33,7 +33,7 @@ std::vector<std::string> CheckupText(const std::vector<Finding>& findings, const
         }
     }
     std::vector<std::string> lines = FormatColumns(cells, {Left, Left, Left});
-    lines.push_back(Outcome(findings, device));
+    lines.push_back(Advice(findings, device));
     return lines;
 }
 
