@@ -58,7 +58,7 @@ void ExpectGrown(const RECT& before, const RECT& after, int growth) {
 }
 
 /// The dialog before and after the report, and the report's text.
-struct Shown {
+struct ShownStatus {
     std::optional<Geometry> before, after;
     std::vector<std::wstring> columns;  // the visible ones
     bool groupShown = false;
@@ -83,9 +83,9 @@ struct Shown {
 
 class StatusReportTests : public IncubatorDialogTest {
  protected:
-    Shown ShowStatus(const std::vector<int>& products, const std::string& parameters = kAllParameters) {
+    ShownStatus ShowStatus(const std::vector<int>& products, const std::string& parameters = kAllParameters) {
         Start(products, parameters);
-        Shown shown;
+        ShownStatus shown;
         EXPECT_EQ(ShowConfiguration([&](const OpenDialog& dialog) {
                       shown.before.emplace(dialog);
                       dialog.Click(IDC_SHOW_STATUS);
@@ -104,7 +104,7 @@ class StatusReportTests : public IncubatorDialogTest {
     }
 
     /// What every report does to the dialog, however many columns it has.
-    static void ExpectDialogGrown(const Shown& shown) {
+    static void ExpectDialogGrown(const ShownStatus& shown) {
         const int growth = shown.Growth();
         ExpectGrown(shown.before->window, shown.after->window, growth);
         ExpectGrown(shown.before->group, shown.after->group, growth);
@@ -116,7 +116,7 @@ class StatusReportTests : public IncubatorDialogTest {
     }
 
     /// The columns stand below each other, at the first one's left edge and as wide as it was.
-    static void ExpectStacked(const Shown& shown, const std::vector<int>& heights) {
+    static void ExpectStacked(const ShownStatus& shown, const std::vector<int>& heights) {
         const RECT& template_ = shown.before->columns[0];
         long top = template_.top;
         for (std::size_t i = 0; i < heights.size(); ++i) {
@@ -134,7 +134,7 @@ class StatusReportTests : public IncubatorDialogTest {
 TEST_F(StatusReportTests, OneHeater_GivesItsFourteenLinesInOrder) {
     server.Answer("bl-param-read 8 64", "H201-K-FRAME");
     server.Answer("bl-param-read 8 98", "1200");
-    const Shown shown = ShowStatus({8});
+    const ShownStatus shown = ShowStatus({8});
     ASSERT_EQ(shown.columns.size(), 1U);
     EXPECT_EQ(shown.columns[0],
               L"H201 Product Code: H201-K-FRAME \n"
@@ -157,7 +157,7 @@ TEST_F(StatusReportTests, OneHeater_GivesItsFourteenLinesInOrder) {
 }
 
 TEST_F(StatusReportTests, NoRows_ShrinksTheDialog) {
-    const Shown shown = ShowStatus({8}, "74 87 88");
+    const ShownStatus shown = ShowStatus({8}, "74 87 88");
     EXPECT_EQ(shown.columns, std::vector<std::wstring>{L""});
     EXPECT_EQ(shown.Growth(), -Height(shown.before->columns[0]));
     ExpectDialogGrown(shown);
@@ -165,7 +165,7 @@ TEST_F(StatusReportTests, NoRows_ShrinksTheDialog) {
 }
 
 TEST_F(StatusReportTests, ReportOfTwoColumns_IsSplitAfterItsLastCompleteLine) {
-    const Shown shown = ShowStatus({9, 12});
+    const ShownStatus shown = ShowStatus({9, 12});
     ASSERT_EQ(shown.columns.size(), 2U);
     EXPECT_LE(shown.columns[0].size(), 1023U);
     EXPECT_EQ(shown.columns[0].back(), L'\n');
@@ -178,7 +178,7 @@ TEST_F(StatusReportTests, ReportOfTwoColumns_IsSplitAfterItsLastCompleteLine) {
 }
 
 TEST_F(StatusReportTests, ReportOfThreeColumns_KeepsTheRestInTheThird) {
-    const Shown shown = ShowStatus({9, 12, 10, 15});
+    const ShownStatus shown = ShowStatus({9, 12, 10, 15});
     ASSERT_EQ(shown.columns.size(), 3U);
     EXPECT_LE(shown.columns[0].size(), 1023U);
     EXPECT_LE(shown.columns[1].size(), 1023U);
@@ -193,7 +193,7 @@ TEST_F(StatusReportTests, ReportOfThreeColumns_KeepsTheRestInTheThird) {
 }
 
 TEST_F(StatusReportTests, ProductsWithoutRows_AddNothing) {
-    const Shown shown = ShowStatus({7, 8, 16});
+    const ShownStatus shown = ShowStatus({7, 8, 16});
     EXPECT_EQ(shown.Rows(), 14);
 }
 
@@ -201,7 +201,7 @@ TEST_F(StatusReportTests, ParametersThatCannotBeRead_LeaveNoLine) {
     server.Answer("bl-param-read 8 64", "e no contact");
     server.Answer("bl-param-read 8 98", "nan");
     server.Answer("bl-param-read 8 128", "nan");  // a state word is shown as it is
-    const Shown shown = ShowStatus({8});
+    const ShownStatus shown = ShowStatus({8});
     EXPECT_EQ(shown.Rows(), 12);
     EXPECT_EQ(shown.columns[0].find(L"Product Code"), std::wstring::npos);
     EXPECT_EQ(shown.columns[0].find(L"Fan Speed"), std::wstring::npos);
@@ -242,7 +242,7 @@ TEST_F(StatusReportTests, KeyboardThatAskedForTheReport_WorksOnAfterIt) {
 }
 
 TEST_F(StatusReportTests, DialogOpenedAnew_IsAsItWasFirst) {
-    const Shown first = ShowStatus({8});
+    const ShownStatus first = ShowStatus({8});
     server.NewCommands();
     EXPECT_EQ(ShowConfiguration([&](const OpenDialog& dialog) {
                   const Geometry now(dialog);

@@ -11,7 +11,7 @@ namespace emulator {
 
 namespace {
 
-std::string Complaint(const std::string& rule) {
+std::string RuleComplaint(const std::string& rule) {
     try {
         ParseFaultRule(rule);
     } catch (const FaultError& error) {
@@ -66,8 +66,9 @@ TEST(FaultRuleTests, PatternThatNoCommandFits_IsRefusedWithTheReason) {
              {"findstat *", "the pattern \"findstat *\" fits no command: \"findstat\" takes no arguments"},
              {"find*1 2 3", "the pattern \"find*1 2 3\" fits no command: \"find\" takes 1 argument"},
          }) {
-        EXPECT_EQ(Complaint(std::string(row.pattern) + "; always; silent").substr(0, std::string(row.reason).size()),
-                  row.reason);
+        EXPECT_EQ(
+            RuleComplaint(std::string(row.pattern) + "; always; silent").substr(0, std::string(row.reason).size()),
+            row.reason);
     }
 }
 
@@ -96,7 +97,7 @@ TEST(FaultRuleTests, PatternThatACommandCanFit_IsTaken) {
                                       "comport*",
                                       "writesetpoint 9 0 *",
                                       "* 1 2 3"}) {
-        EXPECT_EQ(Complaint(std::string(pattern) + "; always; silent"), "(none)") << pattern;
+        EXPECT_EQ(RuleComplaint(std::string(pattern) + "; always; silent"), "(none)") << pattern;
     }
 }
 
@@ -121,8 +122,9 @@ TEST(FaultRuleTests, TriggerThatCannotFire_IsRefusedWithTheReason) {
               "the trigger \"every\" needs a whole number from 1 to 1000000000, not \"4294967297\""},
              {"often", "\"often\" is no trigger; there are: always, nth N"},
          }) {
-        EXPECT_EQ(Complaint(std::string("*; ") + row.trigger + "; silent").substr(0, std::string(row.reason).size()),
-                  row.reason);
+        EXPECT_EQ(
+            RuleComplaint(std::string("*; ") + row.trigger + "; silent").substr(0, std::string(row.reason).size()),
+            row.reason);
     }
 }
 
@@ -130,21 +132,22 @@ TEST(FaultRuleTests, EffectOnTheDevice_HasTheWordsOfItsFault) {
     const FaultRule rule = ParseFaultRule("readcurval 9*; nth 3; freeze 9 0 for 30");
     EXPECT_EQ(rule.effect.kind, FaultEffect::Kind::Device);
     EXPECT_EQ(rule.effect.device, ParseDeviceFault("freeze 9 0 for 30"));
-    EXPECT_EQ(Complaint("*; always; freeze 9"), "the effect: the device is missing: write \"freeze PRODUCT DEVICE\"");
-    EXPECT_EQ(Complaint("*; always; frezze 9 0").substr(0, 45), "\"frezze 9 0\" is no effect; there are code, er");
+    EXPECT_EQ(RuleComplaint("*; always; freeze 9"),
+              "the effect: the device is missing: write \"freeze PRODUCT DEVICE\"");
+    EXPECT_EQ(RuleComplaint("*; always; frezze 9 0").substr(0, 45), "\"frezze 9 0\" is no effect; there are code, er");
 }
 
 TEST(FaultRuleTests, EffectBeyondItsLimits_IsRefusedAndNotCut) {
     for (const char* const effect : {"code 0", "code 999", "long 65507", "truncate 65507", "garbage 65507",
                                      "late 60000", "late 0", "error", "value", "echo x"}) {
-        EXPECT_EQ(Complaint(std::string("*; always; ") + effect), "(none)") << effect;
+        EXPECT_EQ(RuleComplaint(std::string("*; always; ") + effect), "(none)") << effect;
     }
     for (const char* const effect : {"code 1000", "code 2.5", "code 2 3", "long 65508", "truncate 65508",
                                      "garbage 65508", "garbage 1e3", "late 60001", "late 4294967297", "late"}) {
         const std::string text = effect;
         const std::string word = text.substr(0, text.find(' '));
         const std::string expected = "the effect \"" + word + "\" needs a whole number from 0 to ";
-        EXPECT_EQ(Complaint("*; always; " + text).substr(0, expected.size()), expected);
+        EXPECT_EQ(RuleComplaint("*; always; " + text).substr(0, expected.size()), expected);
     }
 }
 

@@ -16,7 +16,7 @@ namespace emulator {
 
 namespace {
 
-constexpr std::string_view kPlain = R"({
+constexpr std::string_view kTwoProducts = R"({
   "products": [
     {"number": 9, "devices": [{"number": 0, "current": 24, "target": 37, "min": 20, "max": 50, "lagSeconds": 60}],
      "parameters": [{"number": 64, "value": "H301"}, {"number": 107, "follows": 0}]},
@@ -36,7 +36,7 @@ class IncubatorSettingsTests : public testing::Test {
         return "(none)";
     }
 
-    Incubator m_incubator{ParseScenario(kPlain, "plain"), 1};
+    Incubator m_incubator{ParseScenario(kTwoProducts, "plain"), 1};
 };
 
 TEST_F(IncubatorSettingsTests, DeviceIsSet_AsIfByAnotherHand) {

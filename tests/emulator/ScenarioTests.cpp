@@ -19,7 +19,7 @@ namespace emulator {
 namespace {
 
 /// What is said about a text that is no scenario.
-std::string Complaint(std::string_view json) {
+std::string ScenarioComplaint(std::string_view json) {
     try {
         ParseScenario(json, "my.json");
     } catch (const ScenarioError& error) {
@@ -90,10 +90,10 @@ TEST(ScenarioTests, Mistakes_AreNamedWithFileAndPlace) {
               "my.json/faults/1: the trigger \"chance\" needs a number from 0 to 1, not \"2\""},
          }) {
         SCOPED_TRACE(row.json);
-        EXPECT_EQ(Complaint(row.json), row.complaint);
+        EXPECT_EQ(ScenarioComplaint(row.json), row.complaint);
     }
-    EXPECT_EQ(Complaint(R"({"comPort": 1e999})").substr(0, 9), "my.json: ");
-    const std::string syntax = Complaint("{\n  \"name\": oops\n}");
+    EXPECT_EQ(ScenarioComplaint(R"({"comPort": 1e999})").substr(0, 9), "my.json: ");
+    const std::string syntax = ScenarioComplaint("{\n  \"name\": oops\n}");
     EXPECT_NE(syntax.find("my.json"), std::string::npos);
     EXPECT_NE(syntax.find("line 2, column"), std::string::npos);
 }
@@ -107,40 +107,43 @@ TEST(ScenarioTests, UnknownMembers_AreNamedWhereverTheyStand) {
                                  odd("products/0/parameters/0") + "}]" + odd("products/0") +
                                  R"(}], "status": [{"product": 9, "device": 0, "error": 1)" + odd("status/0") +
                                  R"(}], "events": [{"at": 1, "do": "restart")" + odd("events/0") + "}]}";
-        EXPECT_EQ(Complaint(json), "my.json/" + place + ": \"colour\" is not known");
+        EXPECT_EQ(ScenarioComplaint(json), "my.json/" + place + ": \"colour\" is not known");
     }
 }
 
 /// What is said about these members of device 1 of the first product.
 std::string ComplaintAboutDevice(const std::string& members) {
-    return Complaint(R"({"products": [{"number": 9, "devices": [{"number": 0}, {)" + members + "}]}]}");
+    return ScenarioComplaint(R"({"products": [{"number": 9, "devices": [{"number": 0}, {)" + members + "}]}]}");
 }
 
 TEST(ScenarioTests, WhatIsNoWholeNumberInItsRange_IsRefusedAndNotCut) {
     for (const char* const number : {"1e99", "3.9", "3.0", "true", "4294967297", "18446744073709551615", "-1", "0",
                                      "257", "\"3\"", "null", "[3]"}) {
-        EXPECT_EQ(Complaint(std::string(R"({"comPort": )") + number + "}").substr(0, 63),
+        EXPECT_EQ(ScenarioComplaint(std::string(R"({"comPort": )") + number + "}").substr(0, 63),
                   "my.json/comPort: a whole number from 1 to 256 is expected, not ")
             << number;
     }
-    EXPECT_EQ(Complaint(R"({"comPort": 256})"), "(none)");
-    EXPECT_EQ(Complaint(R"({"comPort": 4294967297})"),
+    EXPECT_EQ(ScenarioComplaint(R"({"comPort": 256})"), "(none)");
+    EXPECT_EQ(ScenarioComplaint(R"({"comPort": 4294967297})"),
               "my.json/comPort: a whole number from 1 to 256 is expected, not 4294967297");
     EXPECT_EQ(ComplaintAboutDevice(R"("number": 1.5)"),
               "my.json/products/0/devices/1/number: a whole number from 0 to 999 is expected, not 1.5");
-    EXPECT_EQ(Complaint(R"({"products": [{"number": 18}]})"),
+    EXPECT_EQ(ScenarioComplaint(R"({"products": [{"number": 18}]})"),
               "my.json/products/0/number: a whole number from 0 to 17 is expected, not 18");
-    EXPECT_EQ(Complaint(R"({"products": [{"number": 9, "findMs": -5}]})"),
+    EXPECT_EQ(ScenarioComplaint(R"({"products": [{"number": 9, "findMs": -5}]})"),
               "my.json/products/0/findMs: a whole number from 0 to 3600000 is expected, not -5");
-    EXPECT_EQ(Complaint(R"({"products": [{"number": 9, "parameters": [{"number": 10000}]}]})"),
+    EXPECT_EQ(ScenarioComplaint(R"({"products": [{"number": 9, "parameters": [{"number": 10000}]}]})"),
               "my.json/products/0/parameters/0/number: a whole number from 0 to 9999 is expected, not 10000");
-    EXPECT_EQ(Complaint(R"({"status": [{"product": 9, "device": 0, "error": 0}]})"),
+    EXPECT_EQ(ScenarioComplaint(R"({"status": [{"product": 9, "device": 0, "error": 0}]})"),
               "my.json/status/0/error: a whole number from 1 to 999 is expected, not 0");
-    EXPECT_EQ(Complaint(R"({"status": [{"product": 18, "device": 0, "error": 1}]})"),
+    EXPECT_EQ(ScenarioComplaint(R"({"status": [{"product": 18, "device": 0, "error": 1}]})"),
               "my.json/status/0/product: a whole number from 0 to 17 is expected, not 18");
-    EXPECT_EQ(Complaint(R"({"status": [{"product": 9, "error": 1}]})"), "my.json/status/0: \"device\" is missing");
-    EXPECT_EQ(Complaint(R"({"status": [{"device": 0, "error": 1}]})"), "my.json/status/0: \"product\" is missing");
-    EXPECT_EQ(Complaint(R"({"status": [{"product": 9, "device": 0}]})"), "my.json/status/0: \"error\" is missing");
+    EXPECT_EQ(ScenarioComplaint(R"({"status": [{"product": 9, "error": 1}]})"),
+              "my.json/status/0: \"device\" is missing");
+    EXPECT_EQ(ScenarioComplaint(R"({"status": [{"device": 0, "error": 1}]})"),
+              "my.json/status/0: \"product\" is missing");
+    EXPECT_EQ(ScenarioComplaint(R"({"status": [{"product": 9, "device": 0}]})"),
+              "my.json/status/0: \"error\" is missing");
 }
 
 TEST(ScenarioTests, ValuesOfDevices_LieWithinTheirLimits) {
@@ -167,15 +170,16 @@ TEST(ScenarioTests, ValuesOfDevices_LieWithinTheirLimits) {
 }
 
 TEST(ScenarioTests, WhatStandsThereTwice_IsRefused) {
-    EXPECT_EQ(Complaint(R"({"products": [{"number": 9}, {"number": 12}, {"number": 9}]})"),
+    EXPECT_EQ(ScenarioComplaint(R"({"products": [{"number": 9}, {"number": 12}, {"number": 9}]})"),
               "my.json/products/2/number: product 9 stands there already");
     EXPECT_EQ(ComplaintAboutDevice(R"("number": 0)"),
               "my.json/products/0/devices/1/number: device 0 stands there already");
-    EXPECT_EQ(Complaint(R"({"products": [{"number": 9, "parameters": [{"number": 1}, {"number": 1}]}]})"),
+    EXPECT_EQ(ScenarioComplaint(R"({"products": [{"number": 9, "parameters": [{"number": 1}, {"number": 1}]}]})"),
               "my.json/products/0/parameters/1/number: parameter 1 stands there already");
-    EXPECT_EQ(Complaint(R"({"products": [{"number": 9, "devices": [{"number": 0}], "parameters": [{"number": 0}]},
+    EXPECT_EQ(
+        ScenarioComplaint(R"({"products": [{"number": 9, "devices": [{"number": 0}], "parameters": [{"number": 0}]},
                                          {"number": 8, "devices": [{"number": 0}], "parameters": [{"number": 0}]}]})"),
-              "(none)");
+        "(none)");
 }
 
 TEST(ScenarioTests, FaultsAndEvents_AreCheckedAgainstTheProducts) {
@@ -211,7 +215,7 @@ TEST(ScenarioTests, FaultsAndEvents_AreCheckedAgainstTheProducts) {
              {R"("events": [{"at": 1, "do": "set 9 0 error"}, {"at": 0, "do": "door-open 9 for 1m"}])", "(none)"},
          }) {
         const std::string products = R"({"products": [{"number": 9, "devices": [{"number": 0}]}], )";
-        EXPECT_EQ(Complaint(products + row.members + "}"), row.complaint);
+        EXPECT_EQ(ScenarioComplaint(products + row.members + "}"), row.complaint);
     }
 }
 

@@ -18,7 +18,7 @@ std::string Show(std::string_view transcript, std::size_t width = 0) {
     return ShowTranscript(ReadTranscript(transcript), width);
 }
 
-std::vector<std::string> Lines(const std::string& text) {
+std::vector<std::string> LinesOf(const std::string& text) {
     std::vector<std::string> lines;
     std::istringstream stream(text);
     for (std::string line; std::getline(stream, line);) {
@@ -78,14 +78,14 @@ TEST(ShowTests, LongTexts_AreCutToTheWidth) {
     const std::string transcript = "0\t" + std::string(200, 'c') + "\t0_" + std::string(200, 'c') + "_" +
                                    std::string(60'000, 'p') + "\\r\n1\tx\t0_x_short\\r\n";
     for (const std::size_t width : {80U, 120U, 200U}) {
-        const std::vector<std::string> lines = Lines(Show(transcript, width));
+        const std::vector<std::string> lines = LinesOf(Show(transcript, width));
         EXPECT_EQ(lines.at(1).size(), width);
         EXPECT_TRUE(lines.at(1).ends_with("ppp...")) << lines.at(1);
         EXPECT_NE(lines.at(1).find("ccc...  "), std::string::npos) << lines.at(1);
         EXPECT_TRUE(lines.at(2).ends_with("short")) << lines.at(2);
     }
-    EXPECT_GT(Lines(Show(transcript)).at(1).size(), 60'000U);
-    EXPECT_TRUE(Lines(Show(transcript, 1)).at(1).ends_with("ppppppppp..."));
+    EXPECT_GT(LinesOf(Show(transcript)).at(1).size(), 60'000U);
+    EXPECT_TRUE(LinesOf(Show(transcript, 1)).at(1).ends_with("ppppppppp..."));
 }
 
 }  // namespace

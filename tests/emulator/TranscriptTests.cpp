@@ -11,7 +11,7 @@ namespace emulator {
 namespace {
 
 /// What is wrong with a transcript; empty where nothing is.
-std::string Complaint(const std::string& text) {
+std::string TranscriptComplaint(const std::string& text) {
     try {
         ReadTranscript(text);
         return "";
@@ -78,17 +78,18 @@ TEST(TranscriptTests, WrongLines_AreNamedByTheirNumber) {
     for (const char* const text : {"0.1\tstatus\ta\nonly one field", "0.1\tstatus\ta\n0.2\tstatus\t\\q",
                                    "0.1\tx\ty\n0\tx\t\\x1", "0.1\tx\ty\n0\tx\t\\x1y", "0.1\tx\ty\n0\tx\t\\xyz",
                                    "0.1\tx\ty\n0\tx", "1\tx\ty\n1 2 3\tx\ty", "1\tx\ty\n1 2 3\tx\t-"}) {
-        EXPECT_EQ(Complaint(text).substr(0, 7), "line 2:") << text;
+        EXPECT_EQ(TranscriptComplaint(text).substr(0, 7), "line 2:") << text;
     }
 }
 
 TEST(TranscriptTests, TimesThatAreNone_AreRefused) {
     for (const char* const time :
          {"", " ", "x", "-1", "1 -1", "nan", "inf", "1 inf", "1e999", "1,5", "1s", "0x1", "1 2x"}) {
-        EXPECT_NE(Complaint(std::string(time) + "\tx\ty"), "") << time;
+        EXPECT_NE(TranscriptComplaint(std::string(time) + "\tx\ty"), "") << time;
     }
-    EXPECT_NE(Complaint("-1\tx\ty").find("\"-1\" is negative"), std::string::npos) << Complaint("-1\tx\ty");
-    EXPECT_EQ(Complaint("1e3 0.5\tx\ty"), "");
+    EXPECT_NE(TranscriptComplaint("-1\tx\ty").find("\"-1\" is negative"), std::string::npos)
+        << TranscriptComplaint("-1\tx\ty");
+    EXPECT_EQ(TranscriptComplaint("1e3 0.5\tx\ty"), "");
 }
 
 }  // namespace

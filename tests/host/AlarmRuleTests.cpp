@@ -17,7 +17,7 @@
 namespace {
 
 /// A zone, a sensor, and a gas and a humidity channel of one name, beside two gas channels that share theirs.
-std::vector<ChannelInfo> Device() {
+std::vector<ChannelInfo> SixChannels() {
     return {{ChannelKind::Temperature, 0, "H301-T", "H301-T", true, 20.0, 60.0, 0.2, 0.2},
             {ChannelKind::Temperature, 1, "Room", "Room", false, 0.0, 0.0, 0.0, 0.0},
             {ChannelKind::Gas, 0, "CO2", "gas:CO2", true, 0.0, 20.0, 0.5, 0.5},
@@ -33,31 +33,32 @@ Parsed<std::vector<AlarmRule>> Resolve(const std::vector<std::string>& texts) {
     for (const std::string& text : texts) {
         alarms.push_back(*ParseAlarm(text));
     }
-    return ResolveAlarms(alarms, Device());
+    return ResolveAlarms(alarms, SixChannels());
 }
 
 TEST(ChannelName, KeyNameAndKindAreUnderstood) {
     const std::vector<std::pair<const char*, std::size_t>> cases{
         {"H301-T", 0}, {"temperature:H301-T", 0}, {"gas:CO2", 2}, {"humidity:CO2", 3}, {"gas:O2:1", 5}};
     for (const auto& [name, index] : cases) {
-        const auto found = FindChannel(Device(), name);
+        const auto found = FindChannel(SixChannels(), name);
         ASSERT_TRUE(found) << name << ": " << found.error;
         EXPECT_EQ(*found, index) << name;
     }
 }
 
 TEST(ChannelName, NameOfSeveralIsRefusedWithTheirKeys) {
-    EXPECT_EQ(FindChannel(Device(), "CO2").error, "\"CO2\" is the name of 2 channels: write gas:CO2 or humidity:CO2");
-    EXPECT_EQ(FindChannel(Device(), "gas:O2").error,
+    EXPECT_EQ(FindChannel(SixChannels(), "CO2").error,
+              "\"CO2\" is the name of 2 channels: write gas:CO2 or humidity:CO2");
+    EXPECT_EQ(FindChannel(SixChannels(), "gas:O2").error,
               "\"gas:O2\" is the name of 2 channels: write gas:O2:0 or gas:O2:1");
 }
 
 TEST(ChannelName, UnknownNameIsRefusedWithAllKeys) {
-    EXPECT_EQ(FindChannel(Device(), "Lid").error,
+    EXPECT_EQ(FindChannel(SixChannels(), "Lid").error,
               "no channel is called \"Lid\": write H301-T, Room, gas:CO2, humidity:CO2, gas:O2:0 or gas:O2:1");
     EXPECT_EQ(FindChannel({}, "Lid").error, "no channel is called \"Lid\": there is none at all");
-    EXPECT_FALSE(FindChannel(Device(), ""));
-    EXPECT_FALSE(FindChannel(Device(), "gas:H301-T"));
+    EXPECT_FALSE(FindChannel(SixChannels(), ""));
+    EXPECT_FALSE(FindChannel(SixChannels(), "gas:H301-T"));
 }
 
 TEST(AlarmText, BandAndDelayAreRead) {
@@ -164,7 +165,7 @@ TEST(AlarmRule, HysteresisThatLeavesNothingOfTheBandIsRefused) {
 }
 
 TEST(AlarmRule, AllWithoutTolerancesIsRefused) {
-    EXPECT_EQ(ResolveAlarms({*ParseAlarm("all")}, {Device()[1]}).error,
+    EXPECT_EQ(ResolveAlarms({*ParseAlarm("all")}, {SixChannels()[1]}).error,
               "no channel has tolerances that \"all\" could go by: write a channel and its band");
 }
 

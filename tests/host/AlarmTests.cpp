@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "MadeChannels.h"
 #include "judge/AlarmRule.h"
-#include "model/ChannelInfo.h"
 #include "model/Event.h"
 #include "model/Moment.h"
 #include "model/Reading.h"
@@ -19,9 +19,6 @@
 namespace {
 
 constexpr std::nullopt_t kMissing = std::nullopt;
-
-ChannelInfo Co2() { return {ChannelKind::Gas, 0, "CO2", "CO2", true, 0.0, 20.0, 0.5, 0.5}; }
-ChannelInfo Room() { return {ChannelKind::Temperature, 1, "Room", "Room", false, 0.0, 0.0, 0.0, 0.0}; }
 
 /// Ten seconds into the program, and well into the world's time.
 Moment At(double seconds) { return {1'700'000'000'000 + static_cast<std::int64_t>(seconds * 1000.0), 10.0 + seconds}; }

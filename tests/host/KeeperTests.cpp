@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr std::int64_t kForever = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t kEndOfTime = std::numeric_limits<std::int64_t>::max();
 
 Snapshot Row(std::uint64_t row, std::size_t channels = 1) {
     Snapshot snapshot;
@@ -82,8 +82,8 @@ TEST(EventList, OldestGoWhenThereAreTooMany) {
 TEST(Keeper, HasNothingAtFirst) {
     const Keeper keeper;
     EXPECT_EQ(keeper.Newest(), nullptr);
-    EXPECT_EQ(keeper.Rows(0, kForever).rows.Size(), 0U);
-    EXPECT_EQ(keeper.Rows(0, kForever).snapshot, nullptr);
+    EXPECT_EQ(keeper.Rows(0, kEndOfTime).rows.Size(), 0U);
+    EXPECT_EQ(keeper.Rows(0, kEndOfTime).snapshot, nullptr);
     EXPECT_TRUE(keeper.EventsAfter(0).empty());
 }
 
@@ -95,7 +95,7 @@ TEST(Keeper, SnapshotIsARowOfTheHistoryOnlyWhenItsRowIsNew) {
     again.live = true;
     keeper.Add(again);
     keeper.Add(Row(2));
-    EXPECT_EQ(keeper.Rows(0, kForever).rows.Rows().channels[0].current, (std::vector<float>{1, 2}));
+    EXPECT_EQ(keeper.Rows(0, kEndOfTime).rows.Rows().channels[0].current, (std::vector<float>{1, 2}));
     keeper.Add(again);
     EXPECT_TRUE(keeper.Newest()->live);
 }
@@ -104,7 +104,7 @@ TEST(Keeper, HistoryStartsAnewWithOtherChannels) {
     Keeper keeper;
     keeper.Add(Row(1, 1));
     keeper.Add(Row(2, 3));
-    const Keeper::Part part = keeper.Rows(0, kForever);
+    const Keeper::Part part = keeper.Rows(0, kEndOfTime);
     EXPECT_EQ(part.rows.Rows().channels.size(), 3U);
     EXPECT_EQ(part.rows.Size(), 1U);
     EXPECT_EQ(part.snapshot->channels.size(), 3U);
@@ -118,7 +118,7 @@ TEST(Keeper, ReadersSeeEveryRowWholeWhileTheWatchGoesOn) {
     for (int reader = 0; reader < 3; ++reader) {
         readers.emplace_back([&] {
             while (!isDone || read == 0) {
-                const HistoryTable table = keeper.Rows(0, kForever).rows.Thinned(60);
+                const HistoryTable table = keeper.Rows(0, kEndOfTime).rows.Thinned(60);
                 for (const HistoryTable::Channel& channel : table.channels) {
                     EXPECT_EQ(channel.current, table.channels[0].current);
                 }
@@ -134,7 +134,7 @@ TEST(Keeper, ReadersSeeEveryRowWholeWhileTheWatchGoesOn) {
     }
     isDone = true;
     readers.clear();
-    EXPECT_EQ(keeper.Rows(0, kForever).rows.Size(), 5000U);
+    EXPECT_EQ(keeper.Rows(0, kEndOfTime).rows.Size(), 5000U);
     EXPECT_GT(read, 0U);
 }
 

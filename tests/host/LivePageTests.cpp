@@ -30,7 +30,7 @@ std::uint16_t PortOf(const LivePage& page) {
     return static_cast<std::uint16_t>(std::stoi(url.substr(url.rfind(':') + 1)));
 }
 
-HttpClient::Reply Ask(const LivePage& page, const std::string& wire) {
+HttpClient::Reply AskPage(const LivePage& page, const std::string& wire) {
     HttpClient client(PortOf(page));
     client.Send(wire);
     return client.Read();
@@ -39,13 +39,13 @@ HttpClient::Reply Ask(const LivePage& page, const std::string& wire) {
 TEST(LivePage, ShowsWhatIsPublished) {
     LivePage page(OnFreePort(), SetNothing);
     ASSERT_EQ(page.Start(), std::nullopt);
-    EXPECT_EQ(Ask(page, Wire("GET", "/api/channels")).status, 503);
+    EXPECT_EQ(AskPage(page, Wire("GET", "/api/channels")).status, 503);
     page.Publish(MadeSnapshot(1));
     page.Publish(MadeSnapshot(2));
     page.Publish(Event{1, {}, EventKind::Started, "", "hello"});
-    EXPECT_EQ(Json::parse(Ask(page, Wire("GET", "/api/channels")).body)["row"], 2);
-    EXPECT_EQ(Json::parse(Ask(page, Wire("GET", "/api/history")).body)["time"].size(), 2U);
-    EXPECT_EQ(Json::parse(Ask(page, Wire("GET", "/api/events")).body)["events"][0]["text"], "hello");
+    EXPECT_EQ(Json::parse(AskPage(page, Wire("GET", "/api/channels")).body)["row"], 2);
+    EXPECT_EQ(Json::parse(AskPage(page, Wire("GET", "/api/history")).body)["time"].size(), 2U);
+    EXPECT_EQ(Json::parse(AskPage(page, Wire("GET", "/api/events")).body)["events"][0]["text"], "hello");
 }
 
 TEST(LivePage, MakesUpATokenThatNobodyElseHas) {
@@ -59,7 +59,7 @@ TEST(LivePage, MakesUpATokenThatNobodyElseHas) {
     const std::string token = url.substr(url.find('=') + 1);
     EXPECT_EQ(token.size(), 32U);
     EXPECT_FALSE(other.UrlWithToken().ends_with(token));
-    EXPECT_EQ(Ask(page, Wire("GET", "/?token=" + token)).status, 303);
+    EXPECT_EQ(AskPage(page, Wire("GET", "/?token=" + token)).status, 303);
 }
 
 TEST(LivePage, TargetGoesToItsOwnerAndBack) {
@@ -73,8 +73,8 @@ TEST(LivePage, TargetGoesToItsOwnerAndBack) {
     ASSERT_EQ(page->Start(), std::nullopt);
     page->Publish(MadeSnapshot(1));
     const auto put = [&](const std::string& key) {
-        return Ask(*page, Wire("PUT", "/api/channels/" + key + "/target", "Authorization: Bearer 0123-abc\r\n",
-                               "{\"value\":7}"));
+        return AskPage(*page, Wire("PUT", "/api/channels/" + key + "/target", "Authorization: Bearer 0123-abc\r\n",
+                                   "{\"value\":7}"));
     };
     EXPECT_EQ(put("gas:CO2").body, R"({"channel":"gas:CO2","asked":7,"taken":7,"clamped":false})");
     EXPECT_EQ(put("H301-T").status, 504);
@@ -85,10 +85,11 @@ TEST(LivePage, ElsewhereOnlyTheTokenOpensIt) {
     options.address = "0.0.0.0";
     LivePage page(options, SetNothing);
     ASSERT_EQ(page.Start(), std::nullopt);
-    EXPECT_EQ(Ask(page, Wire("GET", "/api/events")).status, 401);
+    EXPECT_EQ(AskPage(page, Wire("GET", "/api/events")).status, 401);
     const std::string url = page.UrlWithToken();
     EXPECT_EQ(
-        Ask(page, Wire("GET", "/api/events", "Authorization: Bearer " + url.substr(url.find('=') + 1) + "\r\n")).status,
+        AskPage(page, Wire("GET", "/api/events", "Authorization: Bearer " + url.substr(url.find('=') + 1) + "\r\n"))
+            .status,
         200);
     EXPECT_EQ(url.find("0.0.0.0"), std::string::npos);
 }

@@ -29,7 +29,7 @@ namespace fs = std::filesystem;
 bool Always() { return true; }
 
 /// What it printed, with one kind of line ends.
-std::string Lines(std::string text) {
+std::string WithPlainLineEnds(std::string text) {
     std::erase(text, '\r');
     return text;
 }
@@ -71,7 +71,7 @@ TEST_F(PipedProcessTest, WhatItSaysAndIsTold_GoesBothWaysAndItsExitCodeComesBack
             }
         },
         Always);
-    EXPECT_EQ(Lines(output), "hello\ngot one\ngot end\n");
+    EXPECT_EQ(WithPlainLineEnds(output), "hello\ngot one\ngot end\n");
     EXPECT_EQ(end.kind, ProcessEnd::Kind::Exited);
     EXPECT_EQ(end.exitCode, 5);
 }

@@ -14,7 +14,7 @@
 
 namespace {
 
-std::vector<ChannelInfo> Device() {
+std::vector<ChannelInfo> FourChannels() {
     return {{ChannelKind::Temperature, 0, "H301-T", "H301-T", true, 20.0, 60.0, 0.2, 0.2},
             {ChannelKind::Temperature, 1, "Room", "Room", false, 0.0, 0.0, 0.0, 0.0},
             {ChannelKind::Gas, 0, "CO2", "CO2", true, 0.0, 20.0, 0.5, 0.5},
@@ -25,7 +25,7 @@ std::string WithSteps(const std::string& steps) { return R"({"name": "Night", "s
 
 std::string Mistakes(const std::string& json) {
     const auto text = ParseProtocol(json);
-    return text ? ResolveProtocol(*text, Device()).error : text.error;
+    return text ? ResolveProtocol(*text, FourChannels()).error : text.error;
 }
 
 std::string FingerprintOf(const std::string& json) { return ParseProtocol(json)->fingerprint; }
@@ -36,7 +36,7 @@ TEST(ProtocolPlan, EveryMemberIsRead) {
         {"at": 0, "channel": "gas:CO2", "value": 5.5, "hold": "30m"},
         {"at": "1h30m", "channel": "CO2", "value": 0}]})");
     ASSERT_TRUE(text) << text.error;
-    const auto plan = ResolveProtocol(*text, Device());
+    const auto plan = ResolveProtocol(*text, FourChannels());
     ASSERT_TRUE(plan) << plan.error;
     EXPECT_EQ(plan->name, "Night");
     EXPECT_EQ(plan->settleSeconds, 120.0);
@@ -138,8 +138,8 @@ TEST(PlanTable, ShowsEachStepAndTheRules) {
         {"at": "0s", "channel": "H301-T", "value": 37, "hold": "5m"},
         {"at": "0s", "channel": "CO2", "value": 5, "hold": "30m"},
         {"at": "1h30m", "channel": "CO2", "value": 7.5}]})"),
-                                      Device());
-    EXPECT_EQ(FormatPlan(*plan, Device()),
+                                      FourChannels());
+    EXPECT_EQ(FormatPlan(*plan, FourChannels()),
               (std::vector<std::string>{
                   "protocol \"Night\": 3 steps, at least 2 h 1 min",
                   "step  at          channel  kind         target  unit  hold",
@@ -154,8 +154,8 @@ TEST(PlanTable, ShowsEachStepAndTheRules) {
 TEST(PlanTable, JsonHasTheSame) {
     const auto plan = ResolveProtocol(*ParseProtocol(R"({"name": "Night", "within": "2h", "steps": [
         {"at": "0s", "channel": "CO2", "value": 5, "hold": "30m"}, {"at": "1m", "channel": "CO2", "value": 7.5}]})"),
-                                      Device());
-    const auto json = nlohmann::json::parse(PlanJson(*plan, Device()));
+                                      FourChannels());
+    const auto json = nlohmann::json::parse(PlanJson(*plan, FourChannels()));
     EXPECT_EQ(json["name"], "Night");
     EXPECT_EQ(json["fingerprint"], plan->fingerprint);
     EXPECT_EQ(json["withinSeconds"], 7200.0);

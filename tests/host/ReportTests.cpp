@@ -27,7 +27,7 @@
 namespace {
 
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
-constexpr std::int64_t kEvening = 1'795'297'200'000;
+constexpr std::int64_t kBegin = 1'795'297'200'000;
 
 /// A log of one temperature channel, a row a second.
 Log MakeLog(const std::vector<double>& current, double target = 37.0) {
@@ -36,7 +36,7 @@ Log MakeLog(const std::vector<double>& current, double target = 37.0) {
     log.header.channels = {{ChannelKind::Temperature, 0, "H301-T", "H301-T", true, 25.0, 60.0, 0.5, 0.5}};
     log.columns.resize(1);
     for (const double value : current) {
-        log.timeMs.push_back(kEvening + static_cast<std::int64_t>(log.timeMs.size()) * 1000);
+        log.timeMs.push_back(kBegin + static_cast<std::int64_t>(log.timeMs.size()) * 1000);
         log.columns[0].current.push_back(value);
         log.columns[0].target.push_back(std::isnan(value) ? kNone : target);
         log.columns[0].state.push_back(std::isnan(value) ? ChannelState::NoAnswer : ChannelState::Within);
@@ -179,8 +179,8 @@ TEST(ReportData, HeadNamesDeviceAndFile) {
     EXPECT_EQ(head["file"], "night.csv");
     EXPECT_EQ(head["interval"], 1.0);
     EXPECT_EQ(head["rows"], 2);
-    EXPECT_EQ(head["firstMs"], kEvening);
-    EXPECT_EQ(head["lastMs"], kEvening + 1000);
+    EXPECT_EQ(head["firstMs"], kBegin);
+    EXPECT_EQ(head["lastMs"], kBegin + 1000);
 }
 
 TEST(ReportData, SummaryHasWhatTheChannelDid) {
@@ -218,16 +218,16 @@ TEST(ReportData, ChannelWithoutValuesHasNoSummary) {
 
 TEST(ReportData, EventsAreToldInTheShapeOfTheLivePage) {
     Log log = MakeLog({37.0});
-    log.events = {{1, {kEvening, 0.0}, EventKind::TargetChanged, "H301-T", "37 -> \"38\""}};
+    log.events = {{1, {kBegin, 0.0}, EventKind::TargetChanged, "H301-T", "37 -> \"38\""}};
     EXPECT_EQ(HeadOf(log)["events"], nlohmann::json::parse(R"([{"id":1,"time":"2026-11-21T21:40:00.000Z",
         "timeMs":1795297200000,"kind":"target changed","channel":"H301-T","text":"37 -> \"38\""}])"));
 }
 
 TEST(ReportData, RowsOfAClockThatWasSetBackAreInOrder) {
     Log log = MakeLog({1.0, 2.0, 3.0});
-    log.timeMs = {kEvening + 2000, kEvening, kEvening + 1000};
+    log.timeMs = {kBegin + 2000, kBegin, kBegin + 1000};
     const Log sorted = SortedByTime(log);
-    EXPECT_EQ(sorted.timeMs, (std::vector<std::int64_t>{kEvening, kEvening + 1000, kEvening + 2000}));
+    EXPECT_EQ(sorted.timeMs, (std::vector<std::int64_t>{kBegin, kBegin + 1000, kBegin + 2000}));
     EXPECT_EQ(sorted.columns[0].current, (std::vector<double>{2.0, 3.0, 1.0}));
 }
 
@@ -243,7 +243,7 @@ TEST(Report, IsOneFileThatNamesNoOther) {
 
 TEST(Report, TextOfAnEventDoesNotEndTheScript) {
     Log log = MakeLog({37.0});
-    log.events = {{1, {kEvening, 0.0}, EventKind::Log, "", "</script><script>alert(1)</script><!--"}};
+    log.events = {{1, {kBegin, 0.0}, EventKind::Log, "", "</script><script>alert(1)</script><!--"}};
     const std::string page = MakeReport(log, "<b>.csv");
     EXPECT_EQ(page.find("alert(1)</script>"), std::string::npos);
     EXPECT_EQ(page.find("<!--"), std::string::npos);

@@ -7,27 +7,22 @@
 #include <optional>
 #include <vector>
 
+#include "MadeChannels.h"
 #include "judge/AlarmRule.h"
 #include "judge/Band.h"
 #include "model/ChannelInfo.h"
-#include "model/Moment.h"
 #include "model/Reading.h"
 
 namespace {
 
-Moment At(double seconds) { return {0, 10.0 + seconds}; }
-
-ChannelInfo Co2() { return {ChannelKind::Gas, 0, "CO2", "CO2", true, 0.0, 20.0, 0.5, 0.5}; }
-ChannelInfo Room() { return {ChannelKind::Temperature, 1, "Room", "Room", false, 0.0, 0.0, 0.0, 0.0}; }
-
 /// One channel that is read once a second.
-class Watched {
+class WatchedChannel {
  public:
-    explicit Watched(const ChannelInfo& channel, const std::vector<AlarmRule>& rules = {})
+    explicit WatchedChannel(const ChannelInfo& channel, const std::vector<AlarmRule>& rules = {})
         : m_statistics({channel}, rules) {}
 
     void Feed(std::optional<double> current, std::optional<double> target = 5.0) {
-        m_statistics.Update({{current, target, ChannelState::None, false}}, At(m_seconds));
+        m_statistics.Update({{current, target, ChannelState::None, false}}, SinceBegin(m_seconds));
         m_seconds += 1.0;
     }
     const Statistics& All() const { return m_statistics; }
@@ -40,8 +35,8 @@ class Watched {
 
 TEST(Statistics, ChannelMovedWhenTwoOfItsValuesDiffer) {
     Statistics statistics({Room(), Co2()});
-    statistics.Update({{20.0, {}, {}, false}, {5.0, 5.0, {}, false}}, At(0));
-    statistics.Update({{20.1, {}, {}, false}, {5.0, 5.0, {}, false}}, At(1));
+    statistics.Update({{20.0, {}, {}, false}, {5.0, 5.0, {}, false}}, SinceBegin(0));
+    statistics.Update({{20.1, {}, {}, false}, {5.0, 5.0, {}, false}}, SinceBegin(1));
     EXPECT_EQ(statistics.Moved(), 1U);
     EXPECT_EQ(statistics.Rounds(), 2U);
     EXPECT_TRUE(statistics.Channels()[0].moved);
@@ -49,7 +44,7 @@ TEST(Statistics, ChannelMovedWhenTwoOfItsValuesDiffer) {
 }
 
 TEST(Statistics, ChannelThatCameBackToItsFirstValueMoved) {
-    Watched watched(Room());
+    WatchedChannel watched(Room());
     watched.Feed(20.0);
     watched.Feed(20.1);
     watched.Feed(20.0);
@@ -57,7 +52,7 @@ TEST(Statistics, ChannelThatCameBackToItsFirstValueMoved) {
 }
 
 TEST(Statistics, SilentChannelDidNotMove) {
-    Watched watched(Room());
+    WatchedChannel watched(Room());
     watched.Feed({});
     watched.Feed({});
     EXPECT_EQ(watched.All().Moved(), 0U);
@@ -68,7 +63,7 @@ TEST(Statistics, SilentChannelDidNotMove) {
 }
 
 TEST(Statistics, GapBetweenTwoEqualValuesIsNoMove) {
-    Watched watched(Room());
+    WatchedChannel watched(Room());
     watched.Feed(20.0);
     watched.Feed({});
     watched.Feed(20.0);
@@ -77,7 +72,7 @@ TEST(Statistics, GapBetweenTwoEqualValuesIsNoMove) {
 }
 
 TEST(Statistics, SmallestMeanAndLargestAreOfTheValuesThatCame) {
-    Watched watched(Room());
+    WatchedChannel watched(Room());
     for (const auto value : {std::optional<double>{}, std::optional(-3.0), std::optional<double>{}, std::optional(-9.0),
                              std::optional(-6.0)}) {
         watched.Feed(value);
@@ -89,7 +84,7 @@ TEST(Statistics, SmallestMeanAndLargestAreOfTheValuesThatCame) {
 }
 
 TEST(Statistics, MeanOfEqualValuesIsThatValueHoweverMany) {
-    Watched watched(Room());
+    WatchedChannel watched(Room());
     for (int i = 0; i < 10'000; ++i) {
         watched.Feed(0.1);  // a sum of these is not quite a thousand
     }
@@ -98,15 +93,15 @@ TEST(Statistics, MeanOfEqualValuesIsThatValueHoweverMany) {
 
 TEST(Statistics, ShareInBandIsOfTheTimeAndNotOfTheReads) {
     Statistics statistics({Co2()});
-    statistics.Update({{5.0, 5.0, {}, false}}, At(0));
-    statistics.Update({{6.0, 5.0, {}, false}}, At(30));
-    statistics.Update({{5.5, 5.0, {}, false}}, At(40));
+    statistics.Update({{5.0, 5.0, {}, false}}, SinceBegin(0));
+    statistics.Update({{6.0, 5.0, {}, false}}, SinceBegin(30));
+    statistics.Update({{5.5, 5.0, {}, false}}, SinceBegin(40));
     EXPECT_EQ(statistics.Channels()[0].judgedSeconds, 40.0);
     EXPECT_EQ(statistics.Channels()[0].ShareInBand(), 0.75);
 }
 
 TEST(Statistics, BandMovesWithTheTarget) {
-    Watched watched(Co2());
+    WatchedChannel watched(Co2());
     watched.Feed(5.0, 5.0);
     watched.Feed(5.0, 7.0);
     watched.Feed(5.0, 5.0);
@@ -114,7 +109,7 @@ TEST(Statistics, BandMovesWithTheTarget) {
 }
 
 TEST(Statistics, TargetThatDoesNotComeIsTheLastOneStill) {
-    Watched watched(Co2());
+    WatchedChannel watched(Co2());
     watched.Feed(5.0, 5.0);
     watched.Feed(5.0, {});
     watched.Feed(5.0, {});
@@ -123,7 +118,7 @@ TEST(Statistics, TargetThatDoesNotComeIsTheLastOneStill) {
 }
 
 TEST(Statistics, TimeWithoutDataIsNotJudged) {
-    Watched watched(Co2());
+    WatchedChannel watched(Co2());
     watched.Feed(5.0);
     watched.Feed(5.0);
     watched.Feed({});
@@ -135,8 +130,8 @@ TEST(Statistics, TimeWithoutDataIsNotJudged) {
 }
 
 TEST(Statistics, SensorHasABandWhenItsAlarmHasOne) {
-    Watched without(Room());
-    Watched with(Room(), {{0, Band{20.0, 25.0}, 0.0, {}, {}}});
+    WatchedChannel without(Room());
+    WatchedChannel with(Room(), {{0, Band{20.0, 25.0}, 0.0, {}, {}}});
     for (const double value : {21.0, 26.0, 21.0}) {
         without.Feed(value, {});
         with.Feed(value, {});

@@ -9,13 +9,11 @@
 #include <utility>
 #include <vector>
 
+#include "MadeChannels.h"
 #include "judge/Statistics.h"
 #include "model/ChannelInfo.h"
 
 namespace {
-
-ChannelInfo Co2() { return {ChannelKind::Gas, 0, "CO2", "CO2", true, 0.0, 20.0, 0.5, 0.5}; }
-ChannelInfo Room() { return {ChannelKind::Temperature, 1, "Room", "Room", false, 0.0, 0.0, 0.0, 0.0}; }
 
 /// CO2 comes in each second, the room's temperature never.
 Summary SummaryOf(const std::vector<double>& co2) {

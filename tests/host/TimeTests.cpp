@@ -12,10 +12,10 @@
 
 namespace {
 
-constexpr std::int64_t kEvening = 1'795'297'200'123;  // 2026-11-21T21:40:00.123Z
+constexpr std::int64_t kInstant = 1'795'297'200'123;  // 2026-11-21T21:40:00.123Z
 
 TEST(Time, UtcIsIsoWithMilliseconds) {
-    EXPECT_EQ(FormatUtc(kEvening), "2026-11-21T21:40:00.123Z");
+    EXPECT_EQ(FormatUtc(kInstant), "2026-11-21T21:40:00.123Z");
     EXPECT_EQ(FormatUtc(0), "1970-01-01T00:00:00.000Z");
     EXPECT_EQ(FormatUtc(951'782'400'000), "2000-02-29T00:00:00.000Z");
 }
@@ -35,7 +35,7 @@ TEST(Time, EveryInstantIsReadAsItWasWritten) {
 }
 
 TEST(Time, OnlyTheWholeFormIsRead) {
-    EXPECT_EQ(ParseUtc("2026-11-21T21:40:00.123Z"), kEvening);
+    EXPECT_EQ(ParseUtc("2026-11-21T21:40:00.123Z"), kInstant);
     for (const char* const text : {"", "2026-11-21", "2026-11-21T21:40:00Z", "2026-11-21 21:40:00.123Z",
                                    "2026-11-21T21:40:00.123", "2026-11-21T21:40:00.123z", "2026-11-21T21:40:00.123Z ",
                                    "2026-11-2xT21:40:00.123Z", "2026-11-21T21:40:00.1234Z"}) {
@@ -53,16 +53,16 @@ TEST(Time, DaysAndHoursThatNoCalendarHasAreRefused) {
 }
 
 TEST(Time, OffsetIsShownWithTheTimeThatItGives) {
-    EXPECT_EQ(FormatAtOffset(kEvening, 60), "2026-11-21 22:40:00.123 +01:00");
-    EXPECT_EQ(FormatAtOffset(kEvening, -210), "2026-11-21 18:10:00.123 -03:30");
-    EXPECT_EQ(FormatAtOffset(kEvening, 0), "2026-11-21 21:40:00.123 +00:00");
+    EXPECT_EQ(FormatAtOffset(kInstant, 60), "2026-11-21 22:40:00.123 +01:00");
+    EXPECT_EQ(FormatAtOffset(kInstant, -210), "2026-11-21 18:10:00.123 -03:30");
+    EXPECT_EQ(FormatAtOffset(kInstant, 0), "2026-11-21 21:40:00.123 +00:00");
 }
 
 TEST(Time, LocalTimeGoesByTheZoneInSummerAndWinter) {
     ASSERT_EQ(setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1), 0);
     tzset();
-    EXPECT_EQ(FormatLocal(kEvening), "2026-11-21 22:40:00.123 +01:00");
-    EXPECT_EQ(FormatLocal(kEvening - 86'400'000LL * 140), "2026-07-04 23:40:00.123 +02:00");
+    EXPECT_EQ(FormatLocal(kInstant), "2026-11-21 22:40:00.123 +01:00");
+    EXPECT_EQ(FormatLocal(kInstant - 86'400'000LL * 140), "2026-07-04 23:40:00.123 +02:00");
     ASSERT_EQ(unsetenv("TZ"), 0);
     tzset();
 }

@@ -27,7 +27,7 @@ using device_message::Opened;
 using device_message::RoundDone;
 using device_message::TargetSet;
 
-Moment At(double seconds) { return {static_cast<std::int64_t>(seconds * 1000.0), seconds}; }
+Moment AtSecond(double seconds) { return {static_cast<std::int64_t>(seconds * 1000.0), seconds}; }
 
 ChannelInfo Info(const char* key) {
     ChannelInfo info;
@@ -36,7 +36,7 @@ ChannelInfo Info(const char* key) {
     return info;
 }
 
-Reading Value(double current, double target = 37.0) {
+Reading ReadingOf(double current, double target = 37.0) {
     Reading reading;
     reading.current = current;
     reading.target = target;
@@ -44,7 +44,7 @@ Reading Value(double current, double target = 37.0) {
     return reading;
 }
 
-Reading NoAnswer() {
+Reading Unanswered() {
     Reading reading;
     reading.state = ChannelState::NoAnswer;
     return reading;
@@ -58,7 +58,9 @@ class WatchTests : public testing::Test {
         Take(0.5, Opened{{.name = "device", .simulated = true, .port = {}}, {Info("A"), Info("B")}});
     }
 
-    bool Take(double seconds, decltype(DeviceMessage::what) what) { return watch.Take({At(seconds), std::move(what)}); }
+    bool Take(double seconds, decltype(DeviceMessage::what) what) {
+        return watch.Take({AtSecond(seconds), std::move(what)});
+    }
 
     /// A whole round within a tenth of a second.
     bool Round(double seconds, const Reading& a, const Reading& b) {
@@ -86,7 +88,7 @@ class WatchTests : public testing::Test {
 using Texts = std::vector<std::string>;
 
 TEST_F(WatchTests, WholeRound_IsARow) {
-    EXPECT_TRUE(Round(1.0, Value(36.5), Value(5.0)));
+    EXPECT_TRUE(Round(1.0, ReadingOf(36.5), ReadingOf(5.0)));
     EXPECT_EQ(watch.Now().row, 1U);
     EXPECT_TRUE(watch.Now().live);
     EXPECT_EQ(Current(0), 36.5);
@@ -101,20 +103,20 @@ TEST_F(WatchTests, BeforeTheFirstRead_NothingIsLive) {
 
 TEST_F(WatchTests, FirstChannelThatFails_IsNoLostLink) {
     Take(1.0, CallBegun{0});
-    Take(1.1, ChannelRead{0, NoAnswer(), {0.1}});
+    Take(1.1, ChannelRead{0, Unanswered(), {0.1}});
     EXPECT_EQ(Events(), Texts{});
     Take(1.1, CallBegun{1});
-    Take(1.2, ChannelRead{1, Value(5.0), {0.1}});
+    Take(1.2, ChannelRead{1, ReadingOf(5.0), {0.1}});
     EXPECT_TRUE(watch.Now().live);
 }
 
 TEST_F(WatchTests, AllChannelsFailing_IsALostLinkUntilOneAnswers) {
-    Round(1.0, NoAnswer(), NoAnswer());
+    Round(1.0, Unanswered(), Unanswered());
     EXPECT_FALSE(watch.Now().live);
     EXPECT_EQ(Events(), Texts{"link lost||no channel answers"});
-    Round(2.0, NoAnswer(), NoAnswer());
+    Round(2.0, Unanswered(), Unanswered());
     EXPECT_EQ(Events(), Texts{});
-    Round(3.0, NoAnswer(), Value(5.0));
+    Round(3.0, Unanswered(), ReadingOf(5.0));
     EXPECT_TRUE(watch.Now().live);
     EXPECT_EQ(Events(), Texts{"link back||the device answers again"});
 }
@@ -128,21 +130,21 @@ TEST_F(WatchTests, AnswerWithoutANumber_IsFailedButNoLostLink) {
 }
 
 TEST_F(WatchTests, ReadsAreCountedPerChannel) {
-    Round(1.0, Value(36.5), NoAnswer());
-    Round(2.0, Value(36.5), Value(5.0));
+    Round(1.0, ReadingOf(36.5), Unanswered());
+    Round(2.0, ReadingOf(36.5), ReadingOf(5.0));
     EXPECT_EQ(watch.Now().statuses[0].reads, 2U);
     EXPECT_EQ(watch.Now().statuses[0].failedReads, 0U);
     EXPECT_EQ(watch.Now().statuses[1].failedReads, 1U);
 }
 
 TEST_F(WatchTests, CallThatDoesNotReturn_IsSilenceAfterTheTimeForAnAnswer) {
-    Round(1.0, Value(36.5), Value(5.0));
+    Round(1.0, ReadingOf(36.5), ReadingOf(5.0));
     Take(2.0, CallBegun{0});
-    watch.Tick(At(12.0));
+    watch.Tick(AtSecond(12.0));
     EXPECT_FALSE(watch.IsSilent());
     EXPECT_EQ(Current(0), 36.5);
 
-    watch.Tick(At(12.1));
+    watch.Tick(AtSecond(12.1));
     EXPECT_TRUE(watch.IsSilent());
     EXPECT_FALSE(watch.Now().live);
     EXPECT_EQ(watch.Now().reason, "the device has not answered for 10 s");
@@ -153,22 +155,22 @@ TEST_F(WatchTests, CallThatDoesNotReturn_IsSilenceAfterTheTimeForAnAnswer) {
 }
 
 TEST_F(WatchTests, SilentDevice_HasARowWithoutValuesForEachInterval) {
-    Round(1.0, Value(36.5), Value(5.0));
+    Round(1.0, ReadingOf(36.5), ReadingOf(5.0));
     Take(2.0, CallBegun{0});
     int rows = 0;
     for (double now = 2.1; now < 20.05; now += 0.1) {
-        rows += watch.Tick(At(now)) ? 1 : 0;
+        rows += watch.Tick(AtSecond(now)) ? 1 : 0;
     }
     EXPECT_EQ(rows, 8);
     EXPECT_EQ(watch.Now().row, 9U);
 }
 
 TEST_F(WatchTests, SilentDeviceThatReturns_IsShownAgain) {
-    Round(1.0, Value(36.5), Value(5.0));
+    Round(1.0, ReadingOf(36.5), ReadingOf(5.0));
     Take(2.0, CallBegun{0});
-    watch.Tick(At(30.0));
+    watch.Tick(AtSecond(30.0));
     Events();
-    Take(31.0, ChannelRead{0, Value(36.6), {29.0}});
+    Take(31.0, ChannelRead{0, ReadingOf(36.6), {29.0}});
     EXPECT_FALSE(watch.IsSilent());
     EXPECT_TRUE(watch.Now().live);
     EXPECT_EQ(Current(0), 36.6);
@@ -179,99 +181,99 @@ TEST_F(WatchTests, SilentDeviceThatReturns_IsShownAgain) {
 TEST_F(WatchTests, LogLineDuringACall_IsNoSignThatItReturned) {
     Take(1.0, CallBegun{0});
     Take(9.0, LogLine{"still trying"});
-    watch.Tick(At(11.5));
+    watch.Tick(AtSecond(11.5));
     EXPECT_TRUE(watch.IsSilent());
 }
 
 TEST_F(WatchTests, SlowRounds_KeepTheirValuesWhileTheyGoOn) {
     Take(1.0, CallBegun{0});
-    Take(8.0, ChannelRead{0, Value(36.5), {7.0}});
+    Take(8.0, ChannelRead{0, ReadingOf(36.5), {7.0}});
     Take(8.0, CallBegun{1});
-    Take(15.0, ChannelRead{1, Value(5.0), {7.0}});
+    Take(15.0, ChannelRead{1, ReadingOf(5.0), {7.0}});
     Take(15.0, RoundDone{});
     Take(15.1, CallBegun{0});
-    watch.Tick(At(22.0));
+    watch.Tick(AtSecond(22.0));
     EXPECT_EQ(Current(0), 36.5) << "14 s old, as old as this device's values become";
     EXPECT_TRUE(watch.Now().live);
 }
 
 TEST_F(WatchTests, MessageThatWaited_DoesNotTurnTimeBack) {
-    Round(1.0, Value(36.5), Value(5.0));
+    Round(1.0, ReadingOf(36.5), ReadingOf(5.0));
     Take(2.0, CallBegun{0});
-    watch.Tick(At(12.5));
-    Take(12.4, ChannelRead{0, Value(36.6), {10.4}});
+    watch.Tick(AtSecond(12.5));
+    Take(12.4, ChannelRead{0, ReadingOf(36.6), {10.4}});
     EXPECT_EQ(watch.Now().when.seconds, 12.5);
 }
 
 TEST_F(WatchTests, RoundThatBecomesSlow_KeepsWhatItRead) {
-    Round(1.0, Value(36.5), Value(5.0));
+    Round(1.0, ReadingOf(36.5), ReadingOf(5.0));
     Take(2.0, CallBegun{0});
-    Take(2.1, ChannelRead{0, Value(36.6), {0.1}});
+    Take(2.1, ChannelRead{0, ReadingOf(36.6), {0.1}});
     Take(2.1, CallBegun{1});
-    Take(12.0, ChannelRead{1, NoAnswer(), {9.9}});
+    Take(12.0, ChannelRead{1, Unanswered(), {9.9}});
     Take(12.0, CallBegun{1});
-    Take(20.0, ChannelRead{1, NoAnswer(), {8.0}});
+    Take(20.0, ChannelRead{1, Unanswered(), {8.0}});
     Take(20.0, RoundDone{});
     EXPECT_EQ(Current(0), 36.6) << "the log has what was read in its row";
 }
 
 TEST_F(WatchTests, ValueOlderThanARoundAndItsAnswersTake_IsForgotten) {
-    Round(1.0, Value(36.5), Value(5.0));
-    watch.Tick(At(12.0));
+    Round(1.0, ReadingOf(36.5), ReadingOf(5.0));
+    watch.Tick(AtSecond(12.0));
     EXPECT_EQ(Current(0), 36.5);
-    watch.Tick(At(12.3));
+    watch.Tick(AtSecond(12.3));
     EXPECT_EQ(Current(0), std::nullopt);
     EXPECT_NEAR(*watch.Now().statuses[0].ageSeconds, 11.25, 1e-9) << "its age is still told";
 }
 
 TEST_F(WatchTests, ChangedTarget_IsAnEventWhoeverChangedIt) {
-    Round(1.0, Value(36.5, 37.0), Value(5.0));
-    Round(2.0, Value(36.5, 38.5), Value(5.0));
+    Round(1.0, ReadingOf(36.5, 37.0), ReadingOf(5.0));
+    Round(2.0, ReadingOf(36.5, 38.5), ReadingOf(5.0));
     EXPECT_EQ(Events(), Texts{"target changed|A|37 -> 38.5"});
     Take(3.0, TargetSet{1, 0, 99.0, true, 60.0});
     EXPECT_EQ(Events(), Texts{"target changed|A|38.5 -> 60"});
-    Round(4.0, Value(36.5, 60.0), Value(5.0));
+    Round(4.0, ReadingOf(36.5, 60.0), ReadingOf(5.0));
     EXPECT_EQ(Events(), Texts{});
 }
 
 TEST_F(WatchTests, TargetThatCouldNotBeRead_HasNotChanged) {
-    Round(1.0, Value(36.5, 37.0), Value(5.0));
-    Round(2.0, NoAnswer(), Value(5.0));
-    Round(3.0, Value(36.5, 37.0), Value(5.0));
+    Round(1.0, ReadingOf(36.5, 37.0), ReadingOf(5.0));
+    Round(2.0, Unanswered(), ReadingOf(5.0));
+    Round(3.0, ReadingOf(36.5, 37.0), ReadingOf(5.0));
     EXPECT_EQ(Events(), Texts{});
 }
 
 TEST_F(WatchTests, AirMode_IsAnEventWhenItChangesAndNotAtFirst) {
-    Reading on = Value(5.0);
+    Reading on = ReadingOf(5.0);
     on.airMode = true;
-    Round(1.0, Value(36.5), on);
+    Round(1.0, ReadingOf(36.5), on);
     EXPECT_EQ(Events(), Texts{});
-    Round(2.0, Value(36.5), Value(5.0));
+    Round(2.0, ReadingOf(36.5), ReadingOf(5.0));
     EXPECT_EQ(Events(), Texts{"air mode|B|off"});
-    Round(3.0, Value(36.5), on);
+    Round(3.0, ReadingOf(36.5), on);
     EXPECT_EQ(Events(), Texts{"air mode|B|on"});
 }
 
 TEST_F(WatchTests, ReadThatFailed_SaysNothingOfTheAirMode) {
-    Reading on = Value(5.0);
+    Reading on = ReadingOf(5.0);
     on.airMode = true;
-    Round(1.0, Value(36.5), on);
-    Round(2.0, Value(36.5), NoAnswer());
+    Round(1.0, ReadingOf(36.5), on);
+    Round(2.0, ReadingOf(36.5), Unanswered());
     EXPECT_EQ(Events(), Texts{});
 }
 
 TEST_F(WatchTests, DurationsOfTheCalls_AreCounted) {
-    Round(1.0, Value(36.5), Value(5.0));
+    Round(1.0, ReadingOf(36.5), ReadingOf(5.0));
     EXPECT_EQ(watch.Now().exchanges.counts[5], 2U) << "0.05 s, a bound, is in its own class";
     EXPECT_NEAR(watch.Now().exchanges.sumSeconds, 0.1, 1e-9);
 }
 
 TEST_F(WatchTests, DeviceThatIsBeingStarted_IsSilentAfterTheTimeForAnAnswer) {
     Watch starting{{.intervalSeconds = 1.0, .answerWithinSeconds = 10.0}};
-    starting.Take({At(0.0), CallBegun{}});
-    starting.Tick(At(9.0));
+    starting.Take({AtSecond(0.0), CallBegun{}});
+    starting.Tick(AtSecond(9.0));
     EXPECT_EQ(starting.Now().reason, "the device is being started");
-    EXPECT_FALSE(starting.Tick(At(10.5)));
+    EXPECT_FALSE(starting.Tick(AtSecond(10.5)));
     EXPECT_EQ(starting.Now().reason, "the device does not answer while it is started");
 }
 

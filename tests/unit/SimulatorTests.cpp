@@ -16,7 +16,7 @@
 
 namespace {
 
-struct Case {
+struct CommandCase {
     std::string_view command;
     std::string_view reply;  // without the carriage return
 };
@@ -29,8 +29,8 @@ class SimulatorTests : public DeviceTest {
         return std::string(text.view().substr(0, text.length() - 1));
     }
 
-    void ExpectAll(const std::vector<Case>& cases) const {
-        for (const Case& row : cases) {
+    void ExpectAll(const std::vector<CommandCase>& cases) const {
+        for (const CommandCase& row : cases) {
             SCOPED_TRACE(row.command);
             EXPECT_EQ(ReplyTo(row.command), row.reply);
         }
