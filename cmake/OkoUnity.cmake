@@ -2,8 +2,8 @@
 # them, which takes a third of the time. Off where each source is looked at alone.
 option(OKO_UNITY "Compiles the library, the programs and the tests in larger units" OFF)
 
-# TARGET [SOURCE...]: these sources stay alone, for they have names in common with others. Sources of a system (win32, posix) share units
-# among themselves only: what the system's headers define stays out of the way of other sources.
+# TARGET [SOURCE...]: these sources stay alone. The others of a target have no name in common, not in anonymous namespaces either. Sources of
+# a system (win32, posix) share units among themselves only: what the system's headers define stays out of the way of other sources.
 function(oko_unity target)
     set_target_properties(${target} PROPERTIES UNITY_BUILD ${OKO_UNITY} UNITY_BUILD_MODE GROUP)
     set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
