@@ -11,6 +11,7 @@ elseif(NOT TARGET GTest::gtest)
     set(INSTALL_GTEST OFF)
     set(BUILD_GMOCK OFF)
     add_subdirectory(${sources} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+    oko_compile_quickly(gtest gtest_main)
 endif()
 include(GoogleTest)
 

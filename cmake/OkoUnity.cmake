@@ -25,3 +25,12 @@ function(oko_unity_groups name)
         set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${name}-${group})
     endforeach()
 endfunction()
+
+# TARGET...: compiled without optimisation, because they only test what is optimised.
+function(oko_compile_quickly)
+    if(MINGW)
+        foreach(target IN LISTS ARGN)
+            target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-O0>)
+        endforeach()
+    endif()
+endfunction()
