@@ -21,8 +21,10 @@ class CDevApiInterface_Temperature : public INotify {
  public:
     /// Slot 3. Sets the target: any number, clamped to GetTemperatureLimits (NaN becomes the lowest) and sent with one
     /// decimal. The result does not tell of the clamping: read the target back. When the plug-in itself cannot read it
-    /// back, the previous target is sent again and kept, and the result is still 0. Sends also while the device is
-    /// busy. -1: the channel has no set point (nothing is sent), no answer came, or the server refused. [blocks]
+    /// back (after two more tries, where it ran into a timeout), the previous target is sent again and kept, a line of
+    /// the host's log tells of it, and the result is still 0. Sends also while the device is busy. -1: the channel has
+    /// no set point (nothing is sent), no answer came, the server refused, the link only watches (nothing is sent), or
+    /// it was closed or opened anew meanwhile. [blocks]
     virtual std::int32_t SetTargetTemperature(double value) = 0;
 
     /// Slot 4. Reads the target from the server; while the device is busy, the last known one from memory. A reply

@@ -33,6 +33,23 @@ inline constexpr const wchar_t* kAlarmSeparator = L" | ";
 /// serial port, "m_iComPort 3" for COM3. A text that does not match keeps the port that was set before (0 at first).
 inline constexpr const wchar_t* kComPortKey = L"m_iComPort";
 
+/// Options for hosts that run unattended, behind the port of the text for ApplyConnection, in any order:
+///
+///     m_iComPort 3 m_nReplyTimeout 5000 m_bWatchOnly 1
+///
+/// They hold for the link that this ApplyConnection opens. Each ApplyConnection begins anew without them;
+/// ShowConnection does not read them, and never writes them. The simulator takes them and behaves as without.
+
+/// How long each reply is waited for, in milliseconds, instead of the registry's ReplyTimeout; 0: for ever. A negative
+/// number is ignored.
+inline constexpr const wchar_t* kReplyTimeoutKey = L"m_nReplyTimeout";
+
+/// Not 0: this host watches an incubator that another program runs, and changes nothing. Only reading commands are
+/// sent. Init asks what is connected, sets nothing up, starts no server, shows no message box, and fails where no
+/// server answers. New targets, the air mode and Find and Connect give -1, ApplyConfiguration keeps the tolerances for
+/// the channels' states and gives 0, Close closes the link. Nothing is sent for any of these.
+inline constexpr const wchar_t* kWatchOnlyKey = L"m_bWatchOnly";
+
 /// Wide characters that the buffer given to ShowConfiguration must hold. The plug-in writes the alarm settings text
 /// without looking at the size it was given: eight keys and eight numbers of up to 317 characters each (a sign, 309
 /// digits, a point, 6 decimals), and the terminator.

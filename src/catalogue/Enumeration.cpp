@@ -29,34 +29,38 @@ void TakeIntegers(CDevApiInterface_Impl& device, const Reply& reply, const std::
 /// A server with problems of its own is asked again.
 bool IsServerProblem(const Reply& reply) noexcept { return reply.bytes().starts_with('0' + kServerProblem); }
 
-Reply AskForProducts(CDevApiInterface_Impl& device) noexcept {
-    Reply reply = Ask(device, FormatCommand(command::kListConProd), kListReplySize);
+Reply AskForProducts(const LinkOperation& operation) noexcept {
+    Reply reply = Ask(operation, FormatCommand(command::kListConProd), kListReplySize);
     for (int repeats = 0; IsServerProblem(reply) && repeats < kListConProdRepeats; ++repeats) {
         SleepMilliseconds(kListConProdDelayMs);
-        reply = Ask(device, FormatCommand(command::kListConProd), kListReplySize);
+        reply = Ask(operation, FormatCommand(command::kListConProd), kListReplySize);
     }
     return reply;
 }
 
 /// Each list is read aside and put into the catalogue whole.
-void EnumerateProduct(CDevApiInterface_Impl& device, std::size_t index, std::int32_t product) {
+void EnumerateProduct(const LinkOperation& operation, std::size_t index, std::int32_t product) {
+    CDevApiInterface_Impl& device = operation.Device();
     std::vector<std::int32_t> devices;
-    TakeIntegers(device, Ask(device, FormatCommand(command::kListDev, {product}), kListReplySize),
+    TakeIntegers(device, Ask(operation, FormatCommand(command::kListDev, {product}), kListReplySize),
                  [&](int number) { devices.push_back(number); });
     SetDevices(device, index, product, std::move(devices));
     if (!TraitsOf(product).listsParameters) {
         return;
     }
     std::vector<ParamRecord> parameters;
-    TakeIntegers(device, Ask(device, FormatCommand(command::kListParams, {product}), kListReplySize),
+    TakeIntegers(device, Ask(operation, FormatCommand(command::kListParams, {product}), kListReplySize),
                  [&](int number) { parameters.push_back({number, {}}); });
     SetParameters(device, index, product, std::move(parameters));
 }
 
 }  // namespace
 
-void CDevApiInterface_Impl::EnumerateProducts() {
-    const Reply reply = AskForProducts(*this);
+void CDevApiInterface_Impl::EnumerateProducts(const LinkOperation& operation) {
+    const Reply reply = AskForProducts(operation);
+    if (operation.HasEnded()) {
+        return;
+    }
     std::vector<ProductRecord> products;
     // kept: docs/oddities.md#duplicate-products
     TakeIntegers(*this, reply, [&](int number) { products.push_back({number, {}, {}}); });
@@ -66,9 +70,9 @@ void CDevApiInterface_Impl::EnumerateProducts() {
     if (!first) {
         return;
     }
-    TakeIntegers(*this, Ask(*this, FormatCommand(command::kReadComPort, {*first}), kListReplySize),
+    TakeIntegers(*this, Ask(operation, FormatCommand(command::kReadComPort, {*first}), kListReplySize),
                  [&](int number) { m_iComPort = number; });  // kept: docs/oddities.md#last-port-wins
     for (std::size_t i = 0; const auto product = ProductAt(*this, i); ++i) {
-        EnumerateProduct(*this, i, *product);
+        EnumerateProduct(operation, i, *product);
     }
 }

@@ -11,6 +11,7 @@
 #include "channels/TargetBand.h"
 #include "core/CDevApiInterface_Impl.h"
 #include "core/CommandText.h"
+#include "core/OwnSlots.h"
 #include "link/Exchange.h"
 #include "link/Products.h"
 #include "platform/Clock.h"
@@ -28,6 +29,11 @@ constexpr ReadRules kCurrentRules{L"CDevApiInterface_Temperature_Impl::GetCurren
 // kept: docs/oddities.md#write-logs-as-read
 constexpr WriteRules kWriteRules{L"CDevApiInterface_Temperature_Impl::GetCurrentTemperature",
                                  command::kWriteTemperature, LogGate::Always};
+
+constexpr const wchar_t* kRestoredText =
+    L"CDevApiInterface_Temperature_Impl::SetTargetTemperature The new target could not be read back; the previous one "
+    L"is "
+    L"set again.";
 
 CommandText CurrentCommand(ChannelAddress address) noexcept {
     const ProductTraits& traits = TraitsOf(address.m_iProduct);
@@ -72,20 +78,41 @@ std::int32_t CDevApiInterface_Temperature_Impl::SetTargetTemperature(double valu
     }
     const double clamped = ClampTemperatureTarget(value, place.min, place.max);
     const double previous = Get(m_dTarget);
-    if (WriteSetPoint(*m_pDevice, kWriteRules, m_bLogCommunication != 0, place.address, clamped) != oko::kSuccess) {
+    const LinkOperation operation = LinkOperation::OverThisLink(*m_pDevice);
+    if (WriteSetPoint(operation, kWriteRules, m_bLogCommunication != 0, place.address, clamped) != oko::kSuccess) {
         return oko::kFailure;
     }
 
     // kept: docs/oddities.md#lost-target-succeeds, docs/oddities.md#no-temperature-notice
-    double readBack = 0.0;
-    const bool confirmed = GetTargetTemperature(&readBack) == oko::kSuccess;
+    const bool confirmed = ReadTargetBack(operation);
+    if (!confirmed && operation.HasEnded()) {
+        return oko::kFailure;  // the link was closed: nobody knows which target holds
+    }
     if (!confirmed) {
-        Tell(*m_pDevice,
+        m_pDevice->Log(kRestoredText);
+        Tell(operation,
              FormatCommand(command::kWriteTemperature, {place.address.m_iProduct, place.address.m_iChannel, previous}));
     }
     const std::scoped_lock lock(m_pDevice->m_csData);
     Put(m_dTarget, confirmed ? clamped : previous);
     return oko::kSuccess;
+}
+
+bool CDevApiInterface_Temperature_Impl::ReadTargetBack(const LinkOperation& operation) noexcept {
+    // A server that is merely slow must not undo a target that it has taken.
+    // kept: docs/oddities.md#through-the-own-slot
+    constexpr int kMaxRepeats = 2;
+    for (int repeats = 0; repeats <= kMaxRepeats && !operation.HasEnded(); ++repeats) {
+        double readBack = 0.0;
+        m_bTargetTimedOut = false;
+        if (ThroughSlots<CDevApiInterface_Temperature>(*this).GetTargetTemperature(&readBack) == oko::kSuccess) {
+            return true;
+        }
+        if (!m_bTargetTimedOut) {
+            return false;
+        }
+    }
+    return false;
 }
 
 std::int32_t CDevApiInterface_Temperature_Impl::GetTargetTemperature(double* value) noexcept {
@@ -94,8 +121,11 @@ std::int32_t CDevApiInterface_Temperature_Impl::GetTargetTemperature(double* val
     if (!HasSetPoint(address)) {
         return oko::kFailure;
     }
-    return ReadChannelValue(*m_pDevice, kTargetRules, m_bLogCommunication != 0,
-                            FormatFor(command::kReadTarget, address), m_dTarget, value);
+    const LinkOperation exchange(*m_pDevice);
+    const std::int32_t result = ReadChannelValue(exchange, kTargetRules, m_bLogCommunication != 0,
+                                                 FormatFor(command::kReadTarget, address), m_dTarget, value);
+    m_bTargetTimedOut = exchange.HasTimedOut();
+    return result;
 }
 
 std::int32_t CDevApiInterface_Temperature_Impl::GetCurrentTemperature(double* value) noexcept {

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 #include "channels/SharedValues.h"
 #include "oko/CDevApiInterface_Temperature.h"
 
 class CDevApiInterface_Impl;
+class LinkOperation;
 
 /// One temperature zone or sensor. The slots are described in oko/CDevApiInterface_Temperature.h.
 class CDevApiInterface_Temperature_Impl final : public CDevApiInterface_Temperature {
@@ -29,6 +31,9 @@ class CDevApiInterface_Temperature_Impl final : public CDevApiInterface_Temperat
     bool HasFeature(std::int32_t feature) noexcept override;
     void* DeletingDestructor(unsigned flags) noexcept override;
 
+    /// Reads the target back after it was sent. False when the server does not confirm it.
+    bool ReadTargetBack(const LinkOperation& operation) noexcept;
+
     SharedAddress m_address;
     std::int32_t m_bLogCommunication;  // kept, but this class sends its lines whatever it says
     CDevApiInterface_Impl* m_pDevice;
@@ -43,6 +48,8 @@ class CDevApiInterface_Temperature_Impl final : public CDevApiInterface_Temperat
     SharedInt m_iState = static_cast<std::int32_t>(oko::kTemperatureNone);  // last found; nothing reads it
     std::int64_t m_llFrequency;                                             // of the performance counter
     std::int64_t m_llLastTick = 0;  // of the simulation's last step; 0 before the first
+
+    std::atomic<bool> m_bTargetTimedOut = false;  // the last read of the target had no answer in time
 };
 
 /// The temperature to send for a wanted one. A number that is none becomes the lowest target.

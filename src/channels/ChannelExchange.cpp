@@ -49,21 +49,22 @@ CommandText FormatFor(std::string_view format, ChannelAddress address) noexcept 
     return FormatCommand(format, {address.m_iProduct, address.m_iChannel});
 }
 
-std::int32_t ReadChannelValue(CDevApiInterface_Impl& device, const ReadRules& rules, bool channelLogs,
+std::int32_t ReadChannelValue(const LinkOperation& operation, const ReadRules& rules, bool channelLogs,
                               const CommandText& command, SharedDouble& cache, double* value) noexcept {
-    if (value != nullptr && rules.answersWhileBusy && device.m_bBusy) {
+    if (value != nullptr && rules.answersWhileBusy && operation.Device().m_bBusy) {
         *value = Get(cache);
         return oko::kSuccess;
     }
-    return AskChannelValue(device, rules, channelLogs, command, cache, value);
+    return AskChannelValue(operation, rules, channelLogs, command, cache, value);
 }
 
-std::int32_t AskChannelValue(CDevApiInterface_Impl& device, const ReadRules& rules, bool channelLogs,
+std::int32_t AskChannelValue(const LinkOperation& operation, const ReadRules& rules, bool channelLogs,
                              const CommandText& command, SharedDouble& cache, double* value) noexcept {
     if (value == nullptr) {
         return oko::kFailure;
     }
-    const Reply reply = Ask(device, command);
+    CDevApiInterface_Impl& device = operation.Device();
+    const Reply reply = Ask(operation, command);
     if (!reply.IsAnswer()) {
         return oko::kFailure;
     }
@@ -89,12 +90,12 @@ std::int32_t AskChannelValue(CDevApiInterface_Impl& device, const ReadRules& rul
     return Judge(device, rules.method, rules.gate, channelLogs, code);
 }
 
-std::int32_t WriteSetPoint(CDevApiInterface_Impl& device, const WriteRules& rules, bool channelLogs,
+std::int32_t WriteSetPoint(const LinkOperation& operation, const WriteRules& rules, bool channelLogs,
                            ChannelAddress address, double value) noexcept {
     // kept: docs/oddities.md#writes-while-busy
-    const Reply reply = Ask(device, FormatCommand(rules.format, {address.m_iProduct, address.m_iChannel, value}));
+    const Reply reply = Ask(operation, FormatCommand(rules.format, {address.m_iProduct, address.m_iChannel, value}));
     if (!reply.IsAnswer()) {
         return oko::kFailure;
     }
-    return Judge(device, rules.method, rules.gate, channelLogs, ResultCodeOf(reply.bytes()));
+    return Judge(operation.Device(), rules.method, rules.gate, channelLogs, ResultCodeOf(reply.bytes()));
 }

@@ -5,9 +5,8 @@
 
 #include "channels/SharedValues.h"
 #include "core/CommandText.h"
+#include "link/LinkOperation.h"  // IWYU pragma: export
 #include "link/Products.h"
-
-class CDevApiInterface_Impl;
 
 /// The two exchanges that every channel has with the server: reading a value and writing a set point. What differs
 /// between the channels is data.
@@ -31,14 +30,16 @@ struct ReadRules {
     LogGate gate;
 };
 
+/// `operation`, in all of them: the operation that the exchange is a part of, or just the device.
+
 /// Sends `command` and reads the value of its reply into `value` and `cache`. A reply without a value leaves both as
 /// they were and succeeds. `channelLogs`: the channel's own log flag. Returns the host's result, -1 when `value` is
 /// null. Any thread; blocks until the server answers; allocates nothing.
-std::int32_t AskChannelValue(CDevApiInterface_Impl& device, const ReadRules& rules, bool channelLogs,
+std::int32_t AskChannelValue(const LinkOperation& operation, const ReadRules& rules, bool channelLogs,
                              const CommandText& command, SharedDouble& cache, double* value) noexcept;
 
 /// The same, but answers from `cache` while the device is busy, where the rules say so.
-std::int32_t ReadChannelValue(CDevApiInterface_Impl& device, const ReadRules& rules, bool channelLogs,
+std::int32_t ReadChannelValue(const LinkOperation& operation, const ReadRules& rules, bool channelLogs,
                               const CommandText& command, SharedDouble& cache, double* value) noexcept;
 
 /// How a write operation differs from the others.
@@ -50,5 +51,5 @@ struct WriteRules {
 
 /// Sends a set point and judges the reply. Returns the host's result. Any thread; blocks until the server answers;
 /// allocates nothing.
-std::int32_t WriteSetPoint(CDevApiInterface_Impl& device, const WriteRules& rules, bool channelLogs,
+std::int32_t WriteSetPoint(const LinkOperation& operation, const WriteRules& rules, bool channelLogs,
                            ChannelAddress address, double value) noexcept;

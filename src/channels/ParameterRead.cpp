@@ -19,9 +19,9 @@ namespace {
 // kept: docs/oddities.md#parameter-logs-as-temperature
 constexpr std::wstring_view kMethod = L"CDevApiInterface_Temperature_Impl::GetCurrentTemperature";
 
-Reply AskParameter(CDevApiInterface_Impl& device, std::uint32_t product, std::uint32_t parameter) noexcept {
-    return Ask(device, FormatCommand(command::kReadParam,
-                                     {static_cast<std::int32_t>(product), static_cast<std::int32_t>(parameter)}));
+Reply AskParameter(const LinkOperation& operation, std::uint32_t product, std::uint32_t parameter) noexcept {
+    return Ask(operation, FormatCommand(command::kReadParam,
+                                        {static_cast<std::int32_t>(product), static_cast<std::int32_t>(parameter)}));
 }
 
 /// The reply that the catalogue keeps, as if it had just come.
@@ -36,9 +36,9 @@ Reply CachedReply(const KeptReply& kept) noexcept {
 /// The companion's value; 0 when it has none, or none that is finite. Its reply is walked only as far as the first one
 /// reaches, and an "e" of the FIRST reply at the place of the payload voids it.
 // kept: docs/oddities.md#companion-of-an-error
-double ReadCompanion(CDevApiInterface_Impl& device, std::uint32_t product, std::int32_t second,
+double ReadCompanion(const LinkOperation& operation, std::uint32_t product, std::int32_t second,
                      const Reply& first) noexcept {
-    const Reply companion = AskParameter(device, product, static_cast<std::uint32_t>(second));
+    const Reply companion = AskParameter(operation, product, static_cast<std::uint32_t>(second));
     if (!companion.IsAnswer() || ResultCodeOf(companion.bytes()) >= kCommandNotExecuted) {
         return 0.0;
     }
@@ -80,8 +80,9 @@ Payload TakePayload(std::string_view reply, std::uint32_t parameter, bool check,
 
 }  // namespace
 
-bool ReadDeviceParameter(CDevApiInterface_Impl& device, std::uint32_t product, std::uint32_t parameter, char* value,
+bool ReadDeviceParameter(const LinkOperation& operation, std::uint32_t product, std::uint32_t parameter, char* value,
                          bool check, bool useCache, std::int32_t second) noexcept {
+    CDevApiInterface_Impl& device = operation.Device();
     const auto productNumber = static_cast<std::int32_t>(product);
     const auto kept = FindKeptReply(device, productNumber, parameter);
     if (!kept) {
@@ -93,12 +94,12 @@ bool ReadDeviceParameter(CDevApiInterface_Impl& device, std::uint32_t product, s
     if (useCache && kept->front() != '\0') {
         reply = CachedReply(*kept);
     } else {
-        reply = AskParameter(device, product, parameter);
+        reply = AskParameter(operation, product, parameter);
         // kept: docs/oddities.md#kept-errors
         // Looked up again: the catalogue may be another one since the server was asked.
         KeepReply(device, productNumber, parameter, reply.text());
         if (second >= 1 && check) {
-            companion = ReadCompanion(device, product, second, reply);
+            companion = ReadCompanion(operation, product, second, reply);
         }
     }
     if (!reply.IsAnswer()) {
@@ -114,17 +115,17 @@ bool ReadDeviceParameter(CDevApiInterface_Impl& device, std::uint32_t product, s
     return code != kCommandNotExecuted;
 }
 
-std::optional<ParameterText> ReadAirModeState(CDevApiInterface_Impl& device, std::int32_t product) noexcept {
+std::optional<ParameterText> ReadAirModeState(const LinkOperation& operation, std::int32_t product) noexcept {
     ParameterText state{};
-    const bool told = ReadDeviceParameter(device, static_cast<std::uint32_t>(product), parameter::kAirMode,
+    const bool told = ReadDeviceParameter(operation, static_cast<std::uint32_t>(product), parameter::kAirMode,
                                           state.data(), true, false, kNoCompanion);
     return told ? std::optional(state) : std::nullopt;
 }
 
-bool IsDeviceParameterPresent(CDevApiInterface_Impl& device, std::uint32_t product, std::uint32_t parameter,
+bool IsDeviceParameterPresent(const LinkOperation& operation, std::uint32_t product, std::uint32_t parameter,
                               std::int32_t second) noexcept {
     ParameterText value{};
-    return ReadDeviceParameter(device, product, parameter, value.data(), true, false, second);
+    return ReadDeviceParameter(operation, product, parameter, value.data(), true, false, second);
 }
 
 bool IsReplyValueNonZero(std::string_view reply) noexcept {

@@ -12,6 +12,7 @@
 #include "channels/CDevApiInterface_Temperature_Impl.h"
 #include "channels/SharedValues.h"
 #include "core/CDevApiInterface_Impl.h"
+#include "core/OwnSlots.h"
 #include "link/Products.h"
 #include "platform/Clock.h"
 #include "platform/Random.h"
@@ -167,7 +168,7 @@ struct LiveCounts {
     std::uint32_t humidifiers;
 };
 
-void StepAllChannels(CDevApiInterface_Impl& device, const LiveCounts& counts) noexcept {
+void StepAllChannels(CDevApiInterface& device, const LiveCounts& counts) noexcept {
     for (std::uint32_t i = 0; i < counts.temperatures; ++i) {
         CDevApiInterface_Temperature* channel = nullptr;
         device.GetTemperature(i, &channel);
@@ -199,7 +200,8 @@ std::uint32_t SimulationThread(void* start) noexcept {
     if (thread == nullptr) {
         return 0;
     }
-    CDevApiInterface_Impl& device = thread->device;
+    // kept: docs/oddities.md#through-the-own-slot
+    CDevApiInterface& device = ThroughSlots<CDevApiInterface>(thread->device);
     const LiveCounts counts{static_cast<std::uint32_t>(device.GetTemperatureCount()),
                             static_cast<std::uint32_t>(device.GetGasConcentrationCount()),
                             static_cast<std::uint32_t>(device.GetHumidifierCount())};
@@ -210,7 +212,7 @@ std::uint32_t SimulationThread(void* start) noexcept {
         order = AskOrder(*thread);
     }
     if (order == ThreadOrder::Stop) {
-        device.m_hThreadStopped.Set();  // the last that it does with the device; who waits may destroy it now
+        thread->device.m_hThreadStopped.Set();  // the last that it does with the device; who waits may destroy it now
     }
     return 0;
 }

@@ -11,6 +11,7 @@
 #include "channels/CDevApiInterface_Temperature_Impl.h"
 #include "channels/Simulation.h"
 #include "core/CDevApiInterface_Impl.h"
+#include "link/LinkOperation.h"
 #include "link/Simulator.h"
 #include "platform/Clock.h"
 
@@ -29,7 +30,7 @@ ChannelView ViewOf(const Channel* channel) noexcept {
 
 }  // namespace
 
-void CDevApiInterface_Impl::StartValueThread() noexcept try {
+void CDevApiInterface_Impl::StartValueThread(const LinkOperation& operation) noexcept try {
     auto start = std::make_unique<ValueThreadStart>(*this, 0U);
     {
         const std::scoped_lock lock(m_csData);
@@ -37,6 +38,9 @@ void CDevApiInterface_Impl::StartValueThread() noexcept try {
         start->run = ++m_nThreadRun;
     }
     const std::scoped_lock lock(m_csThread);
+    if (operation.HasEnded()) {
+        return;  // a Close that comes later finds the thread; one that came before does not stop it
+    }
     m_hThreadStopped.Reset();
     m_hThread.Start(SimulationThread, start.get());
     if (m_hThread.IsOpen()) {

@@ -5,10 +5,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
+#include <string_view>
 #include <vector>
 
 #include "core/ChannelSlot.h"
+#include "core/ExactEchoes.h"
+#include "core/LinkOptions.h"
 #include "core/RecentCommands.h"
+#include "core/UnansweredCommands.h"
 #include "oko/CDevApiInterface.h"  // IWYU pragma: export
 #include "platform/Sync.h"
 #include "platform/UdpSocket.h"
@@ -16,6 +21,7 @@
 class CDevApiInterface_Temperature_Impl;
 class CDevApiInterface_GasConcentration_Impl;
 class CDevApiInterface_Humidifier_Impl;
+class LinkOperation;
 struct ProductRecord;
 struct ChannelViews;
 
@@ -58,21 +64,28 @@ class CDevApiInterface_Impl final : public CDevApiInterface {
 
     // link/Transport.cpp
 
-    /// Opens the link to the server on the loopback address. Failures show themselves at the first exchange.
-    void ConnectSocket() noexcept;
+    /// Opens the link to the server on the loopback address and gives its number. Failures show themselves at the first
+    /// exchange. The timeout is that of `options`, or else the registry's.
+    std::uint32_t ConnectSocket(const LinkOptions& options = {}) noexcept;
 
-    /// Lets every receive wait at most so long for its reply, in milliseconds, on the open link and on each later one.
-    /// A receive that waits longer is no answer, and the link is opened afresh before the next command. 0: for ever.
+    /// Lets every receive wait at most so long for its reply, in milliseconds; 0: for ever. A timeout of the connection
+    /// text stays. A receive that waits longer gives no answer; the link stays open.
     void SetReplyTimeout(std::uint32_t milliseconds) noexcept;
 
-    /// Closes the link and, when the communication log is on, tells the host's log how that went.
-    void DisconnectSocket() noexcept;
+    /// Closes the link and, when the communication log is on, tells the host's log how that went. `link`: closes that
+    /// link only; another one stays open and nothing is told.
+    void DisconnectSocket(std::optional<std::uint32_t> link = {}) noexcept;
+
+    /// CommandSend's work. `link`: over that link only; when it is another one by now, nothing is sent and Failed
+    /// given.
+    Received SendOverLink(std::string_view command, std::span<char> reply, std::optional<std::uint32_t> link) noexcept;
 
     /// Sends one command and waits for its reply, under the socket lock; the simulator answers itself.
     /// `command` ends in a zero, `commandLength` does not count it. `reply` holds `replySize` bytes AND one spare byte
     /// for the terminator that the communication log writes. `replyLength` may be null; it receives the number of
     /// bytes, negative on failure and when the link is not open. Blocks until the server answers, or for the time of
-    /// SetReplyTimeout. Answers to earlier commands, come twice or late, are dropped. Any thread.
+    /// SetReplyTimeout. Answers to earlier commands, come twice or late, are dropped. On a link that only watches, a
+    /// command that is not a reading one is not sent and fails. Any thread.
     void CommandSend(const char* command, int commandLength, char* reply, int replySize, int* replyLength) noexcept;
 
     // link/Simulator.cpp
@@ -88,23 +101,27 @@ class CDevApiInterface_Impl final : public CDevApiInterface {
 
     // link/ServerLaunch.cpp
 
-    /// What came of looking for the server.
-    enum class ServerState { Running, Silent, Refusing };
+    /// What came of looking for the server. Interrupted: the link was closed or opened anew meanwhile.
+    enum class ServerState { Running, Silent, Refusing, Interrupted };
 
     /// Probes the server with "listprod", finds and starts it when it does not answer, and tells the user when it does
-    /// not answer or refuses. `pollDelayMs`: pause between two probes of a server that was just started.
-    /// `progressOnceProbed`: percentage to report before the user is told.
-    ServerState EnsureServerRunning(std::uint32_t pollDelayMs, std::optional<int> progressOnceProbed = {}) noexcept;
+    /// not answer or refuses. On a link that only watches it starts nothing, and the host's log is told instead of the
+    /// user. `pollDelayMs`: pause between two probes of a server that was just started. `progressOnceProbed`:
+    /// percentage to report before the user is told.
+    ServerState EnsureServerRunning(const LinkOperation& operation, std::uint32_t pollDelayMs,
+                                    std::optional<int> progressOnceProbed = {}) noexcept;
 
     // core/ChannelAssignment.cpp
 
     /// Gives every product of the catalogue its channels, and asks the server which sensors and ranges they have.
-    void AssignChannels() noexcept;
+    /// Nothing is assigned after the operation has ended.
+    void AssignChannels(const LinkOperation& operation) noexcept;
 
     // catalogue/
 
-    /// Asks the server which products are connected, and what devices and parameters each has. Throws std::bad_alloc.
-    void EnumerateProducts();
+    /// Asks the server which products are connected, and what devices and parameters each has. The catalogue stays as
+    /// it was when the operation ends before the products are known. Throws std::bad_alloc.
+    void EnumerateProducts(const LinkOperation& operation);
 
     /// Logs the errors in a reply to "status" and takes failing devices and products out of the catalogue.
     void CheckStatus(const char* reply, int replyLength) noexcept;
@@ -114,8 +131,9 @@ class CDevApiInterface_Impl final : public CDevApiInterface {
     /// The fields of all channels that the simulator answers from.
     ChannelViews ViewChannels() const noexcept;
 
-    /// Starts and stops the simulator's value thread. Both are harmless when there is nothing to do.
-    void StartValueThread() noexcept;
+    /// Starts and stops the simulator's value thread. Both are harmless when there is nothing to do. No thread is
+    /// started for an operation that has ended.
+    void StartValueThread(const LinkOperation& operation) noexcept;
     void StopValueThread() noexcept;
 
     // core/HostCalls.cpp
@@ -186,8 +204,15 @@ class CDevApiInterface_Impl final : public CDevApiInterface {
     // The link to the server, guarded by m_csSocket.
     UdpSocket m_socket;
     RecentCommands m_recentCommands;
-    std::uint32_t m_nReplyTimeoutMs = 0;  // how long a receive waits for a reply; 0: for ever
-    bool m_bReopenLink = false;           // a reply did not come in time: opened afresh before the next command
+    UnansweredCommands m_unansweredCommands;
+    ExactEchoes m_exactEchoes;
+    bool m_bLooseEchoes = false;  // the server does not echo to the letter: no reply is held back any more
+    std::optional<std::uint32_t> m_textTimeoutMs;  // the connection text's
+    std::uint32_t m_nReplyTimeoutMs = 0;           // how long a receive waits for a reply; 0: for ever
+
+    // Which link is open, or was closed last. Changed under m_csSocket, and by Close as its first step.
+    std::atomic<std::uint32_t> m_nLink = 0;
+    std::atomic<bool> m_bWatchOnly = false;  // reading commands alone are sent
 
     std::atomic<bool> m_bServerErrorShown = false;
     std::vector<ProductRecord> m_products;  // the catalogue, guarded by m_csCatalogue: go through catalogue/Catalogue.h
@@ -202,6 +227,7 @@ class CDevApiInterface_Impl final : public CDevApiInterface {
 
  private:
     std::int32_t Initialise(oko::HostCallbackFunction callback, void* hostData);
+    std::int32_t SetUpProducts(std::uint32_t link);
     void CreateChannels();
     void DestroyChannels() noexcept;
 };

@@ -72,34 +72,37 @@ bool HasRoom(const CDevApiInterface_Impl& device, ChannelKind kind) noexcept {
     return device.m_nHumidifiers < CDevApiInterface_Impl::kHumidifiers;
 }
 
-ChannelRange AskRange(CDevApiInterface_Impl& device, std::int32_t product, std::int32_t zone,
+ChannelRange AskRange(const LinkOperation& operation, std::int32_t product, std::int32_t zone,
                       const RangeSetup& setup) noexcept {
-    const Reply min = Ask(device, FormatCommand(command::kReadMin, {product, zone}));
-    const Reply max = Ask(device, FormatCommand(command::kReadMax, {product, zone}));
+    const Reply min = Ask(operation, FormatCommand(command::kReadMin, {product, zone}));
+    const Reply max = Ask(operation, FormatCommand(command::kReadMax, {product, zone}));
     const ChannelRange range{ReadRangeEnd(min.bytes(), setup.defaults.min),
                              ReadRangeEnd(max.bytes(), setup.defaults.max)};
     const bool tooSmall = range.min < kSmallestRangeEnd || range.max < kSmallestRangeEnd;
     return tooSmall ? setup.ifTooSmall.value_or(range) : range;
 }
 
-bool IsZonePresent(CDevApiInterface_Impl& device, std::int32_t product, std::int32_t zone) noexcept {
-    return IsReplyValueNonZero(Ask(device, FormatCommand(command::kReadCurrent, {product, zone})).text());
+bool IsZonePresent(const LinkOperation& operation, std::int32_t product, std::int32_t zone) noexcept {
+    return IsReplyValueNonZero(Ask(operation, FormatCommand(command::kReadCurrent, {product, zone})).text());
 }
 
-void AddZone(CDevApiInterface_Impl& device, ChannelKind kind, std::int32_t product, const ZoneSetup& zone) noexcept {
-    if (zone.onlyIfPresent && !IsZonePresent(device, product, zone.zone)) {
+void AddZone(const LinkOperation& operation, ChannelKind kind, std::int32_t product, const ZoneSetup& zone) noexcept {
+    if (zone.onlyIfPresent && !IsZonePresent(operation, product, zone.zone)) {
         return;
     }
-    const ChannelRange range = zone.range ? AskRange(device, product, zone.zone, *zone.range) : kSensorRange;
-    AddChannel(device, kind, product, zone.writesZone ? std::optional(zone.zone) : std::nullopt, range);
+    const ChannelRange range = zone.range ? AskRange(operation, product, zone.zone, *zone.range) : kSensorRange;
+    if (!operation.HasEnded()) {  // an answer that did not come is no range
+        AddChannel(operation.Device(), kind, product, zone.writesZone ? std::optional(zone.zone) : std::nullopt, range);
+    }
 }
 
-void AddProbedSensors(CDevApiInterface_Impl& device, std::int32_t product,
+void AddProbedSensors(const LinkOperation& operation, std::int32_t product,
                       std::span<const SensorProbe> probes) noexcept {
     for (const SensorProbe& probe : probes) {
-        if (IsDeviceParameterPresent(device, static_cast<std::uint32_t>(product),
-                                     static_cast<std::uint32_t>(probe.parameter), probe.companion)) {
-            AddChannel(device, ChannelKind::Temperature, product, probe.parameter, kSensorRange);
+        if (IsDeviceParameterPresent(operation, static_cast<std::uint32_t>(product),
+                                     static_cast<std::uint32_t>(probe.parameter), probe.companion) &&
+            !operation.HasEnded()) {
+            AddChannel(operation.Device(), ChannelKind::Temperature, product, probe.parameter, kSensorRange);
         }
     }
 }
@@ -111,25 +114,26 @@ bool WantsHumidifierSensors(CDevApiInterface_Impl& device, HumidifierSensors whe
     return !AnyProduct(device, [](std::int32_t product) noexcept { return product == product::kActiveHumidifier; });
 }
 
-void AddProduct(CDevApiInterface_Impl& device, std::int32_t product) noexcept {
+void AddProduct(const LinkOperation& operation, std::int32_t product) noexcept {
+    CDevApiInterface_Impl& device = operation.Device();
     const ProductSetup& setup = SetupOf(product);
     const ChannelKind kind = TraitsOf(product).kind;
     if (!HasRoom(device, kind)) {
         return;
     }
     for (const ZoneSetup& zone : setup.zones) {
-        AddZone(device, kind, product, zone);
+        AddZone(operation, kind, product, zone);
     }
-    AddProbedSensors(device, product, setup.probes);
+    AddProbedSensors(operation, product, setup.probes);
     if (WantsHumidifierSensors(device, setup.humidifierSensors)) {
-        AddProbedSensors(device, product, kHumidifierProbes);
+        AddProbedSensors(operation, product, kHumidifierProbes);
     }
 }
 
 }  // namespace
 
-void CDevApiInterface_Impl::AssignChannels() noexcept {
+void CDevApiInterface_Impl::AssignChannels(const LinkOperation& operation) noexcept {
     for (std::size_t i = 0; const auto product = ProductAt(*this, i); ++i) {
-        AddProduct(*this, *product);
+        AddProduct(operation, *product);
     }
 }

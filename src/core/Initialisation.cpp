@@ -8,38 +8,16 @@
 #include "link/Exchange.h"
 #include "link/ProductModes.h"
 #include "link/Products.h"
-#include "platform/Registry.h"
+#include "link/Switches.h"
 
 namespace {
 
 constexpr std::uint32_t kServerPollDelayMs = 500;
 
-constexpr const wchar_t* kSwitchesKey = L"Software\\Vellmark\\Misc";
-constexpr const wchar_t* kLogValue = L"LogCommunication";
-constexpr const wchar_t* kReplyTimeoutValue = L"ReplyTimeout";
-
-/// The machine-wide switches.
-struct Switches {
-    bool logCommunication = false;
-    std::uint32_t replyTimeoutMs = 0;  // 0: wait for ever
-};
-
-/// A number of exactly four bytes; anything else counts as 0.
-std::uint32_t ReadSwitch(const RegistryKey& key, const wchar_t* value) noexcept {
-    const auto info = key.Query(value);
-    if (!info || info->type != kRegistryDword || info->sizeBytes != sizeof(std::uint32_t)) {
-        return 0;
-    }
-    return key.ReadDword(value).value_or(0);
-}
-
-Switches ReadSwitches() noexcept {
-    const auto key = OpenLocalMachine(kSwitchesKey);
-    if (!key) {
-        return {};
-    }
-    return {ReadSwitch(*key, kLogValue) == 1U, ReadSwitch(*key, kReplyTimeoutValue)};
-}
+constexpr const wchar_t* kLostLinkText =
+    L"CDevApiInterface_Impl::Init The link was closed or opened anew meanwhile; Init failed.";
+constexpr const wchar_t* kTimedOutText =
+    L"CDevApiInterface_Impl::Init No answer within the time of ReplyTimeout; Init failed.";
 
 void ResetLiveCounts(CDevApiInterface_Impl& device) noexcept {
     device.m_nTemperatures = 0;
@@ -48,18 +26,19 @@ void ResetLiveCounts(CDevApiInterface_Impl& device) noexcept {
 }
 
 /// Tells the server where each product is connected, and has it check.
-void SendComPorts(CDevApiInterface_Impl& device) noexcept {
+void SendComPorts(const LinkOperation& operation) noexcept {
+    const CDevApiInterface_Impl& device = operation.Device();
     const std::int32_t port = device.m_iComPort;
     for (int product = device.m_iFirstProduct; product <= device.m_iLastProduct; ++product) {
-        Tell(device, FormatCommand(command::kSetComPort, {product, port}));
+        Tell(operation, FormatCommand(command::kSetComPort, {product, port}));
     }
     for (const ProductTraits& traits : kProducts) {
         if (traits.secondLink) {
-            Tell(device, FormatCommand(command::kSetComPortSecondLink, {traits.product, port}));
+            Tell(operation, FormatCommand(command::kSetComPortSecondLink, {traits.product, port}));
         }
     }
     for (int product = device.m_iFirstProduct; product <= device.m_iLastProduct; ++product) {
-        Tell(device, FormatCommand(command::kCheckConnection, {product}));
+        Tell(operation, FormatCommand(command::kCheckConnection, {product}));
     }
 }
 
@@ -75,6 +54,7 @@ std::int32_t CDevApiInterface_Impl::Init(oko::HostCallbackFunction callback, voi
 }
 
 std::int32_t CDevApiInterface_Impl::Initialise(oko::HostCallbackFunction callback, void* hostData) {
+    const std::uint32_t link = m_nLink;
     ReportProgress(15);
     m_bBusy = true;
     HostCallback = callback;
@@ -93,26 +73,42 @@ std::int32_t CDevApiInterface_Impl::Initialise(oko::HostCallbackFunction callbac
     CreateChannels();  // those that the host deleted
 
     // kept: docs/oddities.md#busy-after-failure
-    if (EnsureServerRunning(kServerPollDelayMs, 30) != ServerState::Running) {
-        return oko::kFailure;
+    switch (EnsureServerRunning({*this, link}, kServerPollDelayMs, 30)) {
+        case ServerState::Running:
+            return SetUpProducts(link);
+        case ServerState::Interrupted:
+            Log(kLostLinkText);
+            [[fallthrough]];
+        default:
+            return oko::kFailure;
     }
+}
+
+/// The rest of Init, once the server answers. A reply that does not come in time would leave a channel out, or give it
+/// a range that the server never told: Init fails instead.
+std::int32_t CDevApiInterface_Impl::SetUpProducts(std::uint32_t link) {
+    const LinkOperation operation(*this, link, LinkOperation::OnTimeout::End);
     // kept: docs/oddities.md#later-refusals
-    SendModes(*this);
+    SendModes(operation);
     ReportProgress(40);
-    SendComPorts(*this);
+    SendComPorts(operation);
     m_bFindRequested = false;
-    EnumerateProducts();
+    EnumerateProducts(operation);
     ReportProgress(52);
-    Tell(*this, FormatCommand(command::kStart, {1}));
+    Tell(operation, FormatCommand(command::kStart, {1}));
     ResetLiveCounts(*this);
     // kept: docs/oddities.md#status-of-64-bytes
-    const Reply status = Ask(*this, FormatCommand(command::kStatus));
+    const Reply status = Ask(operation, FormatCommand(command::kStatus));
     CheckStatus(status.c_str(), status.m_nLength);
-    AssignChannels();
+    AssignChannels(operation);
     ReportProgress(70);
-
     if (m_bSimulator) {
-        StartValueThread();
+        StartValueThread(operation);
+    }
+    if (operation.HasEnded()) {
+        ResetLiveCounts(*this);
+        Log(operation.HasLostLink() ? kLostLinkText : kTimedOutText);
+        return oko::kFailure;
     }
     m_bBusy = false;
     return oko::kSuccess;

@@ -37,6 +37,10 @@ inline constexpr std::string_view kGasAlarm = "alarm %d %0.2f";                 
 
 }  // namespace command
 
+/// Whether a command asks and changes nothing, neither in the server nor in the incubator. The port is not among what a
+/// reading command asks: its command differs from the one that sets it by its length alone.
+bool IsReadingCommand(std::string_view command) noexcept;
+
 /// One argument of a command.
 class CommandArgument {
  public:

@@ -16,14 +16,17 @@
 
 namespace {
 
+// kept: docs/oddities.md#server-called-by-name
 constexpr const wchar_t* kStartParameters = L"server address=localhost port=60000";
 constexpr int kMaxPolls = 20;
 
 constexpr const wchar_t* kNoAnswerText = L"No Answer from server.";
 constexpr const wchar_t* kNoAnswerCaption = L"OKO-Control server error.";
 constexpr const wchar_t* kRefusedCaption = L"OC Status error.";
+constexpr const wchar_t* kNobodyToWatchText =
+    L"CDevApiInterface_Impl::Init No answer from the server, and a device that only watches starts none.";
 
-Reply Probe(CDevApiInterface_Impl& device) noexcept { return Ask(device, FormatCommand(command::kListProd)); }
+Reply Probe(const LinkOperation& operation) noexcept { return Ask(operation, FormatCommand(command::kListProd)); }
 
 /// Starts the installed server. False, after a line in the log, when there is none.
 bool StartServer(CDevApiInterface_Impl& device) noexcept {
@@ -52,55 +55,72 @@ void LogStarted(CDevApiInterface_Impl& device, int loops) noexcept {
 }
 
 /// Probes a server that was just started until it answers or the polls are used up.
-Reply WaitForServer(CDevApiInterface_Impl& device, std::uint32_t pollDelayMs) noexcept {
-    Reply reply = Probe(device);
+Reply WaitForServer(const LinkOperation& operation, std::uint32_t pollDelayMs) noexcept {
+    Reply reply = Probe(operation);
     int loops = 0;
-    while (!reply.IsAnswer() && loops < kMaxPolls) {
+    while (!reply.IsAnswer() && loops < kMaxPolls && !operation.HasEnded()) {
+        KeepWindowsResponding();
         SleepMilliseconds(pollDelayMs);
-        reply = Probe(device);
+        reply = Probe(operation);
         ++loops;
+    }
+    if (operation.HasEnded()) {
+        return reply;
     }
     // kept: docs/oddities.md#empty-reply-means-started
     if (reply.m_nLength < 0) {
-        device.Log(L"Server not started.");
+        operation.Device().Log(L"Server not started.");
     } else {
-        LogStarted(device, loops);
+        LogStarted(operation.Device(), loops);
     }
     return reply;
 }
 
-Reply ProbeOrStartServer(CDevApiInterface_Impl& device, std::uint32_t pollDelayMs) noexcept {
-    Reply reply = Probe(device);
-    if (reply.IsAnswer()) {
+Reply ProbeOrStartServer(const LinkOperation& operation, std::uint32_t pollDelayMs) noexcept {
+    CDevApiInterface_Impl& device = operation.Device();
+    Reply reply = Probe(operation);
+    if (reply.IsAnswer() || device.m_bWatchOnly || operation.HasEnded()) {
         return reply;
     }
     device.Log(L"Starting server first.");
-    return StartServer(device) ? WaitForServer(device, pollDelayMs) : reply;
+    return StartServer(device) ? WaitForServer(operation, pollDelayMs) : reply;
+}
+
+/// Tells the user that there is no answer, or the host's log where nobody may be there to close a box.
+void TellOfNoAnswer(CDevApiInterface_Impl& device) noexcept {
+    if (device.m_bWatchOnly) {
+        device.Log(kNobodyToWatchText);
+        return;
+    }
+    // kept: docs/oddities.md#one-box-until-close
+    if (!device.m_bServerErrorShown) {
+        ShowErrorBox(kNoAnswerText, kNoAnswerCaption);
+    }
+    device.m_bServerErrorShown = true;
 }
 
 }  // namespace
 
 CDevApiInterface_Impl::ServerState CDevApiInterface_Impl::EnsureServerRunning(
-    std::uint32_t pollDelayMs, std::optional<int> progressOnceProbed) noexcept {
-    const Reply reply = ProbeOrStartServer(*this, pollDelayMs);
+    const LinkOperation& operation, std::uint32_t pollDelayMs, std::optional<int> progressOnceProbed) noexcept {
+    const Reply reply = ProbeOrStartServer(operation, pollDelayMs);
+    if (operation.HasEnded()) {
+        return ServerState::Interrupted;
+    }
     if (progressOnceProbed) {
         ReportProgress(*progressOnceProbed);
     }
 
     if (!reply.IsAnswer()) {
-        // kept: docs/oddities.md#one-box-until-close
-        if (!m_bServerErrorShown) {
-            ShowErrorBox(kNoAnswerText, kNoAnswerCaption);
-        }
-        m_bServerErrorShown = true;
+        TellOfNoAnswer(*this);
         return ServerState::Silent;
     }
     const int code = ResultCodeOf(reply.bytes());
-    if (code == kCommandNotExecuted) {
+    if (code == kCommandNotExecuted && !m_bWatchOnly) {
         ShowErrorBox(kResultCodeTexts[kCommandNotExecuted].data(), kRefusedCaption);
         return ServerState::Refusing;
     }
     // kept: docs/oddities.md#search-logs-as-init
     LogResultCode(*this, L"CDevApiInterface_Impl::Init", code);
-    return ServerState::Running;
+    return code == kCommandNotExecuted ? ServerState::Refusing : ServerState::Running;
 }

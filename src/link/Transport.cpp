@@ -5,15 +5,18 @@
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <string_view>
 
 #include "base/Numbers.h"
 #include "base/Text.h"
 #include "core/CDevApiInterface_Impl.h"
-#include "core/RecentCommands.h"
+#include "core/LinkOptions.h"
 #include "link/CommandLog.h"
-#include "link/Reply.h"
+#include "link/Commands.h"
+#include "link/SendAndReceive.h"
+#include "link/Switches.h"
 #include "platform/UdpSocket.h"
 
 namespace {
@@ -22,11 +25,12 @@ constexpr std::uint16_t kServerPort = 60000;
 
 constexpr std::wstring_view kLogPrefix = L"OKO-Lab bold line CommandSend:";
 
-constexpr int kNoAnswer = -1;       // what an exchange without one reports as its length
-constexpr int kNotASocket = 10038;  // WSAENOTSOCK, what closing a link that is not open gives
+constexpr const wchar_t* kTimedOutText = L"OKO-Lab bold line CommandSend: no answer within the time of ReplyTimeout.";
+constexpr const wchar_t* kLooseEchoesText =
+    L"OKO-Lab bold line CommandSend: the server does not echo commands to the letter; late replies are not recognised "
+    L"any more.";
 
-/// A send that was cut short is repeated at most this often, each time with a receive of its own.
-constexpr int kMaxRepeats = 4;
+constexpr int kNotASocket = 10038;  // WSAENOTSOCK, what closing a link that is not open gives
 
 /// What the log says of the errors that closesocket is known to give.
 // kept: docs/oddities.md#unmentioned-close-errors
@@ -61,159 +65,108 @@ const wchar_t* CloseText(int error) noexcept {
     return found != kCloseErrorTexts.end() ? found->text : nullptr;
 }
 
-/// At most so many datagrams are dropped in a row. Under a flood of them an exchange ends without an answer.
-constexpr int kMaxDropped = 64;
+/// "OKO-Lab bold line CommandSend: late replies dropped: 2, the last one: 0_readcurval 9_36.5"
+void LogDropped(CDevApiInterface_Impl& device, const ExchangeNotes& notes) noexcept {
+    LogLine line(kLogPrefix);
+    line.Append(L" late replies dropped: ");
+    line.AppendBytes(FormatInteger(notes.dropped).view());
+    line.Append(L", the last one: ").AppendBytes(notes.lastDropped.view());
+    device.Log(line.c_str());
+}
 
-/// The replies that an exchange dropped because they answer earlier commands.
-struct DroppedReplies {
-    int count = 0;
-    BoundedText<char, kReplySize + 1> last;
-
-    void Note(std::string_view reply) noexcept {
-        ++count;
-        last = BoundedText<char, kReplySize + 1>(reply.substr(0, reply.find(kReplyEnd)));
+/// What was odd about an exchange, while the communication log is on.
+void LogNotes(CDevApiInterface_Impl& device, const ExchangeNotes& notes, ReceiveOutcome outcome) noexcept {
+    if (!device.m_bLogCommunication) {
+        return;
     }
-};
-
-/// The bytes that a receive put into its buffer. Those of a datagram that was too long tell whose answer it is, too.
-std::string_view BytesOf(const Received& received, std::span<const char> buffer) noexcept {
-    switch (received.outcome) {
-        case ReceiveOutcome::Datagram:
-            return {buffer.data(), static_cast<std::size_t>(received.length)};
-        case ReceiveOutcome::TooLong:
-            return {buffer.data(), buffer.size()};
-        default:
-            return {};
+    if (notes.dropped > 0) {
+        LogDropped(device, notes);
+    }
+    if (notes.foundLooseEchoes) {
+        device.Log(kLooseEchoesText);
+    }
+    if (outcome == ReceiveOutcome::TimedOut) {
+        device.Log(kTimedOutText);
     }
 }
 
-/// Drops what already waits before a command is sent: it cannot be its answer.
-void DropWaiting(UdpSocket& socket, DroppedReplies& dropped) noexcept {
-    while (dropped.count < kMaxDropped && socket.HasWaiting()) {
-        std::array<char, kReplySize> scratch;
-        dropped.Note(BytesOf(socket.Receive(scratch.data(), static_cast<int>(scratch.size())), scratch));
-    }
-}
-
-/// An answer that came twice or late.
-bool IsAnswerToEarlier(const RecentCommands& recent, std::string_view reply) noexcept {
-    const auto echo = EchoOf(reply);
-    return echo && recent.HasEarlier(*echo);
-}
-
-/// Receives until something comes that is not the answer to an earlier command. Under the socket lock.
-Received ReceiveAnswer(CDevApiInterface_Impl& device, std::span<char> reply, DroppedReplies& dropped) noexcept {
-    for (int i = 0; i < kMaxDropped; ++i) {
-        const Received received = device.m_socket.Receive(reply.data(), static_cast<int>(reply.size()));
-        if (received.outcome == ReceiveOutcome::TimedOut) {
-            device.m_bReopenLink = true;  // the answer may come yet, and must not meet the next command
-        }
-        const std::string_view bytes = BytesOf(received, reply);
-        if (!IsAnswerToEarlier(device.m_recentCommands, bytes)) {
-            return received;
-        }
-        dropped.Note(bytes);
-        std::ranges::fill(reply, '\0');  // readers of a reply rely on zeros behind it
-    }
-    return {ReceiveOutcome::Failed, kNoAnswer};
-}
-
-/// Sends the command and receives a reply, again and again while the send is cut short. Each receive overwrites the
-/// reply. Gives the last one. Under the socket lock.
-// kept: docs/oddities.md#receive-after-a-failed-send
-Received Exchange(CDevApiInterface_Impl& device, std::string_view command, std::span<char> reply,
-                  DroppedReplies& dropped) noexcept {
-    UdpSocket& socket = device.m_socket;
-    if (!socket.IsOpen()) {
-        return {ReceiveOutcome::Failed, kNoAnswer};
-    }
-    const auto length = static_cast<int>(command.size());
-    DropWaiting(socket, dropped);
-    device.m_recentCommands.Add(command);
-    int sent = socket.Send(command.data(), length);
-    Received received = ReceiveAnswer(device, reply, dropped);
-    for (int repeats = 0; sent < length && repeats < kMaxRepeats; ++repeats) {
-        sent = socket.Send(command.data(), length);
-        received = ReceiveAnswer(device, reply, dropped);
-    }
-    return received;
-}
-
-/// Opens the link, or opens it afresh. Under the socket lock.
+/// Opens the link, or opens it afresh; nothing of an earlier one can be answered any more. Under the socket lock.
 void OpenLink(CDevApiInterface_Impl& device) noexcept {
     device.m_socket.Open();
     device.m_socket.ConnectLoopback(kServerPort);
-    // kept: docs/oddities.md#endless-wait
-    if (device.m_nReplyTimeoutMs != 0 && device.m_socket.IsOpen()) {
-        device.m_socket.SetReceiveTimeout(device.m_nReplyTimeoutMs);
-    }
-}
-
-/// "OKO-Lab bold line CommandSend: late replies dropped: 2, the last one: 0_readcurval 9_36.5"
-void LogDropped(CDevApiInterface_Impl& device, const DroppedReplies& dropped) noexcept {
-    LogLine line(kLogPrefix);
-    line.Append(L" late replies dropped: ");
-    line.AppendBytes(FormatInteger(dropped.count).view()).Append(L", the last one: ").AppendBytes(dropped.last.view());
-    device.Log(line.c_str());
+    device.m_recentCommands = {};
+    device.m_unansweredCommands.Clear();
+    device.m_exactEchoes.Clear();
+    device.m_bLooseEchoes = false;
 }
 
 }  // namespace
 
-void CDevApiInterface_Impl::ConnectSocket() noexcept {
+std::uint32_t CDevApiInterface_Impl::ConnectSocket(const LinkOptions& options) noexcept {
+    // At each link, not at Init alone: a search needs it, too, and comes before the first Init.
+    const std::uint32_t registryTimeoutMs = ReadSwitches().replyTimeoutMs;
+    const std::scoped_lock lock(m_csSocket);
+    m_textTimeoutMs = options.replyTimeoutMs;
+    m_bWatchOnly = options.watchOnly && !m_bSimulator;
+    // kept: docs/oddities.md#endless-wait
+    m_nReplyTimeoutMs = m_textTimeoutMs.value_or(registryTimeoutMs);
     // kept: docs/oddities.md#silent-connect
     if (!UdpSocket::StartUp()) {
-        return;
+        return m_nLink;
     }
-    const std::scoped_lock lock(m_csSocket);
     OpenLink(*this);
-    m_bReopenLink = false;
+    return ++m_nLink;
 }
 
 void CDevApiInterface_Impl::SetReplyTimeout(std::uint32_t milliseconds) noexcept {
     const std::scoped_lock lock(m_csSocket);
-    const bool changes = milliseconds != m_nReplyTimeoutMs;
-    m_nReplyTimeoutMs = milliseconds;
-    if (changes && m_socket.IsOpen()) {
-        m_socket.SetReceiveTimeout(milliseconds);
+    m_nReplyTimeoutMs = m_textTimeoutMs.value_or(milliseconds);
+}
+
+Received CDevApiInterface_Impl::SendOverLink(std::string_view command, std::span<char> reply,
+                                             std::optional<std::uint32_t> link) noexcept {
+    if (m_bSimulator) {
+        int length = kNoAnswer;
+        CommandSendSim(command.data(), static_cast<int>(command.size()), reply.data(), static_cast<int>(reply.size()),
+                       &length);
+        return {ReceiveOutcome::Datagram, length};
     }
+    if (m_bWatchOnly && !IsReadingCommand(command)) {
+        return {ReceiveOutcome::Failed, kNoAnswer};
+    }
+
+    ExchangeNotes notes;
+    Received received{};
+    {
+        const std::scoped_lock lock(m_csSocket);
+        if (link && *link != m_nLink) {
+            return {ReceiveOutcome::Failed, kNoAnswer};
+        }
+        received = SendAndReceive(*this, command, reply, notes);
+    }
+    // Outside the lock: the host may call back into a channel from its log.
+    LogNotes(*this, notes, received.outcome);
+    LogExchangeAndEndReply(*this, kLogPrefix, command.data(), reply.data(), received.length);
+    return received;
 }
 
 void CDevApiInterface_Impl::CommandSend(const char* command, int commandLength, char* reply, int replySize,
                                         int* replyLength) noexcept {
-    if (m_bSimulator) {
-        CommandSendSim(command, commandLength, reply, replySize, replyLength);
-        return;
+    const Received received = SendOverLink({command, static_cast<std::size_t>(commandLength)},
+                                           {reply, static_cast<std::size_t>(replySize)}, std::nullopt);
+    if (replyLength != nullptr) {
+        *replyLength = received.length;
     }
-
-    DroppedReplies dropped;
-    Received received{};
-    {
-        const std::scoped_lock lock(m_csSocket);
-        if (m_bReopenLink) {
-            OpenLink(*this);
-            m_bReopenLink = !m_socket.IsOpen();
-        }
-        received = Exchange(*this, {command, static_cast<std::size_t>(commandLength)},
-                            {reply, static_cast<std::size_t>(replySize)}, dropped);
-        if (replyLength != nullptr) {
-            *replyLength = received.length;
-        }
-    }
-    // Outside the lock: the host may call back into a channel from its log.
-    if (dropped.count > 0 && m_bLogCommunication) {
-        LogDropped(*this, dropped);
-    }
-    if (received.outcome == ReceiveOutcome::TimedOut && m_bLogCommunication) {
-        Log(L"OKO-Lab bold line CommandSend: no answer within the time of ReplyTimeout.");
-    }
-    LogExchangeAndEndReply(*this, kLogPrefix, command, reply, received.length);
 }
 
-void CDevApiInterface_Impl::DisconnectSocket() noexcept {
+void CDevApiInterface_Impl::DisconnectSocket(std::optional<std::uint32_t> link) noexcept {
     int error = kNotASocket;
     {
         const std::scoped_lock lock(m_csSocket);
-        m_bReopenLink = false;
+        if (link && *link != m_nLink) {
+            return;  // somebody else has opened another one, or closes this one
+        }
+        ++m_nLink;
         if (m_socket.IsOpen()) {
             error = m_socket.Close();
         }

@@ -6,7 +6,7 @@
 enum class ReceiveOutcome {
     Datagram,
     TooLong,   // a datagram longer than the buffer: the buffer is filled, the rest is lost
-    TimedOut,  // none came within the receive time-out
+    TimedOut,  // no reply came in time; never the outcome of Receive itself, which waits for ever
     Failed
 };
 
@@ -32,16 +32,17 @@ class UdpSocket {
 
     bool IsOpen() const noexcept { return m_bOpen; }
 
-    /// Makes the loopback address at `port` the only peer. No option is set: no time-outs, blocking calls.
+    /// Makes the loopback address at `port` the only peer. No option is set: no timeouts, blocking calls.
     void ConnectLoopback(std::uint16_t port) noexcept;
-
-    /// Lets a receive wait at most so long, in milliseconds; 0: for ever, as a new socket does.
-    void SetReceiveTimeout(std::uint32_t milliseconds) noexcept;
 
     /// Sends one datagram. Returns the number of bytes sent, negative on failure.
     int Send(const char* bytes, int length) noexcept;
 
-    /// Receives one datagram of at most `capacity` bytes and blocks until one comes or the time-out has passed.
+    /// Waits until Receive would not block, because a datagram or an error is there, at most so long. False when the
+    /// time has passed. The receive itself gets no timeout: a socket must not be used again after one has expired.
+    bool WaitForDatagram(std::uint32_t milliseconds) noexcept;
+
+    /// Receives one datagram of at most `capacity` bytes and blocks until one comes.
     Received Receive(char* bytes, int capacity) noexcept;
 
     /// Whether a datagram with content waits to be received. Does not block. Systems do not tell of an empty one.

@@ -12,6 +12,11 @@ inline constexpr unsigned kProgressMessage = 0x400 + 32;
 /// Sends the progress message and waits until the window has taken it.
 void SendProgress(oko::WindowHandle window, int percent) noexcept;
 
+/// Looks at the calling thread's messages without taking one: Windows replaces the windows of a thread that does not
+/// for five seconds with ghosts that say "not responding". None is removed or dispatched, so that no click or key
+/// reaches the host in the middle of a call; only what other threads send, and wait for, gets through.
+void KeepWindowsResponding() noexcept;
+
 /// Destroys a window of the calling thread. A dead handle is ignored.
 void DestroyWindowHandle(oko::WindowHandle window) noexcept;
 

@@ -16,8 +16,8 @@
 #include "core/CDevApiInterface_Impl.h"
 #include "link/Exchange.h"
 #include "link/Products.h"
-#include "platform/Window.h"
 #include "ui/AlarmSettings.h"
+#include "ui/ProgressWindow.h"
 
 namespace {
 
@@ -29,17 +29,17 @@ void Store(Channel& channel, const Tolerance& tolerance) noexcept {
 
 /// The number in the command is the product's; the narrower tolerance serves for both directions.
 // kept: docs/oddities.md#alarm-of-product-0
-void SendAlarm(CDevApiInterface_Impl& device, std::string_view format, std::int32_t product,
+void SendAlarm(const LinkOperation& operation, std::string_view format, std::int32_t product,
                const Tolerance& tolerance) noexcept {
-    Tell(device, FormatCommand(format, {product, std::min(tolerance.below, tolerance.above)}));
+    Tell(operation, FormatCommand(format, {product, std::min(tolerance.below, tolerance.above)}));
 }
 
 /// The air mode as the products report it; off without one.
 // kept: docs/oddities.md#last-air-mode-wins
-bool AskAirMode(CDevApiInterface_Impl& device) noexcept {
+bool AskAirMode(const LinkOperation& operation) noexcept {
     int airMode = -1;
-    for (std::size_t i = 0; const auto product = ProductAt(device, i); ++i) {
-        if (const auto state = HasAirMode(*product) ? ReadAirModeState(device, *product) : std::nullopt) {
+    for (std::size_t i = 0; const auto product = ProductAt(operation.Device(), i); ++i) {
+        if (const auto state = HasAirMode(*product) ? ReadAirModeState(operation, *product) : std::nullopt) {
             // kept: docs/oddities.md#air-mode-of-two-kinds
             airMode = ParseInteger(state->data());
         }
@@ -47,7 +47,7 @@ bool AskAirMode(CDevApiInterface_Impl& device) noexcept {
     return airMode == 1;
 }
 
-void ApplyGasTolerance(CDevApiInterface_Impl& device, CDevApiInterface_GasConcentration_Impl* channel,
+void ApplyGasTolerance(const LinkOperation& operation, CDevApiInterface_GasConcentration_Impl* channel,
                        const AlarmSettings& settings) noexcept {
     if (channel == nullptr) {
         return;
@@ -59,7 +59,7 @@ void ApplyGasTolerance(CDevApiInterface_Impl& device, CDevApiInterface_GasConcen
     const Tolerance& tolerance = kind == GasKind::Co2 ? settings.co2 : settings.o2;
     Store(*channel, tolerance);
     // kept: docs/oddities.md#mixer-alarms-share-a-number
-    SendAlarm(device, command::kGasAlarm, Get(channel->m_address).m_iProduct, tolerance);
+    SendAlarm(operation, command::kGasAlarm, Get(channel->m_address).m_iProduct, tolerance);
 }
 
 }  // namespace
@@ -70,26 +70,31 @@ std::int32_t CDevApiInterface_Impl::ApplyConfiguration(const wchar_t* text) noex
     if (text == nullptr) {
         return oko::kFailure;  // kept: docs/oddities.md#null-settings-stay-busy
     }
+    const LinkOperation operation = LinkOperation::OverThisLink(*this);
     const AlarmSettings settings = ParseAlarmSettings(text);
-    m_bAirMode = AskAirMode(*this) ? 1 : 0;
+    // Where it is not asked, or no answer can come, nothing is known of it.
+    if (!m_bWatchOnly) {
+        const bool airMode = AskAirMode(operation);
+        m_bAirMode = operation.HasEnded() ? m_bAirMode.load() : std::uint8_t{airMode};
+    }
     ReportProgress(83);
 
     if (CDevApiInterface_Temperature_Impl* const temperature = m_pTemperature[0]) {
         Store(*temperature, settings.incubator);
-        SendAlarm(*this, command::kTemperatureAlarm, Get(temperature->m_address).m_iProduct, settings.incubator);
+        SendAlarm(operation, command::kTemperatureAlarm, Get(temperature->m_address).m_iProduct, settings.incubator);
     }
-    ApplyGasTolerance(*this, m_pGasConcentration[0], settings);
-    ApplyGasTolerance(*this, m_pGasConcentration[1], settings);
+    ApplyGasTolerance(operation, m_pGasConcentration[0], settings);
+    ApplyGasTolerance(operation, m_pGasConcentration[1], settings);
     if (CDevApiInterface_Humidifier_Impl* const humidifier = m_pHumidifier[0]) {
         Store(*humidifier, settings.humidity);  // kept: docs/oddities.md#no-humidity-alarm
     }
 
     ReportProgress(89);
-    if (const oko::WindowHandle window = m_hProgressWnd) {
-        DestroyWindowHandle(window);  // kept: docs/oddities.md#dead-progress-window
-        m_bProgressUp = false;
-    }
+    CloseProgressWindow(*this);
     m_bBusy = false;
+    if (operation.HasEnded()) {
+        return oko::kFailure;
+    }
     m_bSetupComplete = true;
     return oko::kSuccess;
 }

@@ -8,6 +8,7 @@
 #include "channels/CDevApiInterface_Humidifier_Impl.h"
 #include "channels/CDevApiInterface_Temperature_Impl.h"
 #include "core/CDevApiInterface_Impl.h"
+#include "core/OwnSlots.h"
 #include "link/Products.h"
 #include "ui/AlarmSettings.h"
 #include "ui/ConfigurationDialog.h"
@@ -61,9 +62,8 @@ std::int32_t CDevApiInterface_Impl::ShowConfiguration(wchar_t* text, std::int32_
     // kept: docs/oddities.md#settings-without-bound
     const AlarmSettingsText settings = FormatAlarmSettings(GatherSettings(*this));
     std::copy_n(settings.c_str(), settings.length() + 1, text);
-    // kept: docs/oddities.md#through-the-own-slot. Volatile, or the compiler takes the short cut.
-    CDevApiInterface* volatile self = this;
-    self->ApplyConfiguration(text);
+    // kept: docs/oddities.md#through-the-own-slot
+    ThroughSlots<CDevApiInterface>(*this).ApplyConfiguration(text);
     if (m_bAirMode != airModeBefore) {
         CallHost(oko::kCallbackAirModeChanged, nullptr);
     }

@@ -13,6 +13,7 @@
 #include "channels/CDevApiInterface_Humidifier_Impl.h"
 #include "channels/CDevApiInterface_Temperature_Impl.h"
 #include "core/CDevApiInterface_Impl.h"
+#include "core/OwnSlots.h"
 #include "link/Exchange.h"
 #include "link/Products.h"
 #include "ui/resources/ResourceIds.h"
@@ -33,8 +34,10 @@ constexpr FieldPair kO2Fields{IDC_O2_BELOW, IDC_O2_ABOVE, 2};
 constexpr FieldPair kHumidityFields{IDC_HUMIDITY_BELOW, IDC_HUMIDITY_ABOVE, 0};
 
 /// Asked product by product, and so only where there is one.
-bool IsHumidityPresent(const CDevApiInterface_Impl& device) noexcept {
-    const auto live = std::clamp(device.m_nHumidifiers.load(), 0, CDevApiInterface_Impl::kHumidifiers);
+// kept: docs/oddities.md#through-the-own-slot
+bool IsHumidityPresent(CDevApiInterface_Impl& device) noexcept {
+    const auto live =
+        std::clamp(ThroughSlots<CDevApiInterface>(device).GetHumidifierCount(), 0, CDevApiInterface_Impl::kHumidifiers);
     return ProductAt(device, 0).has_value() &&
            std::any_of(device.m_pHumidifier.begin(), device.m_pHumidifier.begin() + live,
                        [](const CDevApiInterface_Humidifier_Impl* channel) {
@@ -115,14 +118,15 @@ bool TakeTolerances(CDevApiInterface_Impl& device, const FieldReader& fieldText)
     }
     auto* const humidifier = device.m_pHumidifier[0].Get();
     // kept: docs/oddities.md#humidity-that-keeps-ok-out
-    return humidifier == nullptr || device.GetHumidifierCount() < 1 ||
+    return humidifier == nullptr || ThroughSlots<CDevApiInterface>(device).GetHumidifierCount() < 1 ||
            TakeTolerance(fieldText, kHumidityFields, *humidifier);
 }
 
 void WriteAirMode(CDevApiInterface_Impl& device) noexcept {
+    const LinkOperation operation = LinkOperation::OverThisLink(device);
     for (std::size_t i = 0; const auto product = ProductAt(device, i); ++i) {
         if (HasAirMode(*product) && ListsParameter(device, i, parameter::kAirModeSwitch)) {
-            Tell(device,
+            Tell(operation,
                  FormatCommand(command::kWriteParam, {*product, parameter::kAirModeSwitch, int{device.m_bAirMode}}));
         }
     }
@@ -130,7 +134,7 @@ void WriteAirMode(CDevApiInterface_Impl& device) noexcept {
 
 }  // namespace
 
-ConfigurationView DescribeConfiguration(const CDevApiInterface_Impl& device) {
+ConfigurationView DescribeConfiguration(CDevApiInterface_Impl& device) {
     const bool temperature = AnyProduct(device, IsTemperatureProduct);
     const bool co2 = AnyProduct(device, HasCo2);
     const bool o2 = AnyProduct(device, HasO2);
@@ -146,7 +150,7 @@ ConfigurationView DescribeConfiguration(const CDevApiInterface_Impl& device) {
                                {kHumidityFields.below, humidity, {}},
                                {kHumidityFields.above, humidity, {}},
                            }},
-                           airMode,
+                           airMode && !device.m_bWatchOnly,
                            airMode && device.m_bAirMode != 0,
                            AnyParameter(device)};
 
@@ -172,8 +176,12 @@ bool TakeConfiguration(CDevApiInterface_Impl& device, const FieldReader& fieldTe
     if (!TakeTolerances(device, fieldText)) {
         return false;
     }
-    device.m_bAirMode = airModeChecked ? 1 : 0;
-    WriteAirMode(device);
+    // A device that only watches cannot write another air mode. Its check box is disabled.
+    const bool writable = !device.m_bWatchOnly || airModeChecked == (device.m_bAirMode != 0);
+    if (writable) {
+        device.m_bAirMode = airModeChecked ? 1 : 0;
+        WriteAirMode(device);
+    }
     device.m_bBusy = false;
-    return true;
+    return writable;
 }

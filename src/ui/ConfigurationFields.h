@@ -23,7 +23,7 @@ struct ConfigurationView {
 };
 
 /// What the dialog shows when it opens.
-ConfigurationView DescribeConfiguration(const CDevApiInterface_Impl& device);
+ConfigurationView DescribeConfiguration(CDevApiInterface_Impl& device);
 
 /// Gives the whole text of an edit field; its first 255 characters are read.
 using FieldReader = std::function<std::wstring(int id)>;

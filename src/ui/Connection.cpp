@@ -5,6 +5,7 @@
 
 #include "core/CDevApiInterface_Impl.h"
 #include "core/Flags.h"
+#include "link/LinkOperation.h"
 #include "platform/WaitCursor.h"
 #include "ui/ConnectionDialog.h"
 #include "ui/ConnectionSettings.h"
@@ -34,7 +35,7 @@ std::int32_t CDevApiInterface_Impl::ShowConnection(wchar_t* text, std::int32_t l
     m_pszConnectionText = text;
     m_nConnectionTextLen = length;
     if (length > 0) {
-        m_iComPort = ParseConnectionSettings(text).value_or(m_iComPort);
+        m_iComPort = ParseConnectionSettings(text).port.value_or(m_iComPort);
     }
 
     switch (RunConnectionDialog(*this, parent)) {
@@ -42,16 +43,22 @@ std::int32_t CDevApiInterface_Impl::ShowConnection(wchar_t* text, std::int32_t l
             WriteConnectionText(*this);
             return oko::kSuccess;
         case DialogEnd::FindAndConnect: {
+            if (m_bWatchOnly) {
+                return oko::kFailure;  // a search sets every product's port anew
+            }
             const FlagTurn turn(m_bSettingUp);
             if (!turn) {
                 return oko::kFailure;
             }
             const WaitCursor wait;
             const FlagWhile busy(m_bBusy);  // the channels keep off the link that the search has to itself
-            ConnectSocket();
+            const LinkOperation operation(*this, ConnectSocket());
+            FindAndConnect(operation, parent);
+            if (operation.HasEnded()) {
+                return oko::kFailure;  // what is open now is somebody else's
+            }
+            DisconnectSocket(operation.Link());
             // kept: docs/oddities.md#text-after-a-failed-search
-            FindAndConnect(*this, parent);
-            DisconnectSocket();
             WriteConnectionText(*this);
             return oko::kSuccess;
         }
@@ -67,11 +74,10 @@ std::int32_t CDevApiInterface_Impl::ShowConnection(wchar_t* text, std::int32_t l
 
 std::int32_t CDevApiInterface_Impl::ApplyConnection(const wchar_t* text) noexcept {
     ReportProgress(5);
-    if (text != nullptr) {
-        m_iComPort = ParseConnectionSettings(text).value_or(m_iComPort);
-    }
+    const ConnectionSettings settings = ParseConnectionSettings(text != nullptr ? text : L"");
+    m_iComPort = settings.port.value_or(m_iComPort);
     // kept: docs/oddities.md#simulator-opens-a-link
-    ConnectSocket();
+    ConnectSocket(settings.link);
     return oko::kSuccess;
 }
 

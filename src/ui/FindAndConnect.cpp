@@ -20,37 +20,32 @@ constexpr std::uint32_t kFindPollDelayMs = 500;
 constexpr std::string_view kSearchEnded = "-1";
 
 /// Searches for one product. `shown` is the percentage that the window shows, `next` the one that it should.
-void FindProduct(CDevApiInterface_Impl& device, int product, double& shown, double next) noexcept {
-    Tell(device, FormatCommand(command::kFind, {product}));
+void FindProduct(const LinkOperation& operation, int product, double& shown, double next) noexcept {
+    Tell(operation, FormatCommand(command::kFind, {product}));
     bool ended = false;
     // kept: docs/oddities.md#search-without-end
-    while (!ended) {
+    while (!ended && !operation.HasEnded()) {
         if (next != shown) {
             // Not in m_iProgress. kept: docs/oddities.md#search-progress-apart
-            SendProgress(device.m_hProgressWnd, static_cast<int>(next + 0.5));  // NOLINT(bugprone-incorrect-roundings)
+            SendProgress(operation.Device().m_hProgressWnd,
+                         static_cast<int>(next + 0.5));  // NOLINT(bugprone-incorrect-roundings)
             shown = next;
         }
+        KeepWindowsResponding();
         SleepMilliseconds(kFindPollDelayMs);
-        const Reply reply = Ask(device, FormatCommand(command::kFindStatus));
+        const Reply reply = Ask(operation, FormatCommand(command::kFindStatus));
         ended = reply.text().find(kSearchEnded) != std::string_view::npos;
     }
 }
 
-void FindAllProducts(CDevApiInterface_Impl& device) noexcept {
-    const int first = device.m_iFirstProduct;
-    const int last = device.m_iLastProduct;
+void FindAllProducts(const LinkOperation& operation) noexcept {
+    const int first = operation.Device().m_iFirstProduct;
+    const int last = operation.Device().m_iLastProduct;
     double shown = 0.0;
     double next = 1.0;
     for (int product = first; product <= last; ++product) {
-        FindProduct(device, product, shown, next);
+        FindProduct(operation, product, shown, next);
         next = static_cast<double>(product - first + 1) / (last - first + 1) * 100.0;
-    }
-}
-
-// kept: docs/oddities.md#dead-progress-window
-void CloseProgressWindow(CDevApiInterface_Impl& device) noexcept {
-    if (device.m_bProgressUp.exchange(false)) {
-        DestroyWindowHandle(device.m_hProgressWnd);
     }
 }
 
@@ -65,17 +60,18 @@ void ShowProgressWindow(CDevApiInterface_Impl& device, oko::WindowHandle parent,
 }  // namespace
 
 // kept: docs/oddities.md#english-everywhere
-void FindAndConnect(CDevApiInterface_Impl& device, oko::WindowHandle parent) {
-    if (device.EnsureServerRunning(kServerPollDelayMs) != CDevApiInterface_Impl::ServerState::Running) {
+void FindAndConnect(const LinkOperation& operation, oko::WindowHandle parent) {
+    CDevApiInterface_Impl& device = operation.Device();
+    if (device.EnsureServerRunning(operation, kServerPollDelayMs) != CDevApiInterface_Impl::ServerState::Running) {
         return;
     }
     ShowProgressWindow(device, parent, nullptr);
-    SendModes(device);
-    FindAllProducts(device);
+    SendModes(operation);
+    FindAllProducts(operation);
     CloseProgressWindow(device);
 
-    device.EnumerateProducts();
-    if (device.m_bSetupComplete) {
+    device.EnumerateProducts(operation);
+    if (device.m_bSetupComplete || operation.HasEnded()) {
         return;
     }
     ShowProgressWindow(device, parent, L"Connecting");

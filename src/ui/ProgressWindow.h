@@ -9,3 +9,7 @@ class CDevApiInterface_Impl;
 /// thread.
 oko::WindowHandle OpenProgressWindow(CDevApiInterface_Impl& device, oko::WindowHandle parent,
                                      const wchar_t* caption) noexcept;
+
+/// Destroys the device's progress window, if it is still up. Its handle stays in m_hProgressWnd. On the thread that
+/// opened it.
+void CloseProgressWindow(CDevApiInterface_Impl& device) noexcept;

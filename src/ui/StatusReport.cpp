@@ -11,6 +11,7 @@
 #include "catalogue/Catalogue.h"
 #include "channels/ParameterRead.h"
 #include "core/CDevApiInterface_Impl.h"
+#include "link/LinkOperation.h"
 #include "platform/WaitCursor.h"
 #include "ui/StatusRows.h"
 
@@ -59,11 +60,12 @@ Split SplitColumn(std::wstring& column) {
 }  // namespace
 
 StatusReport CollectStatusReport(CDevApiInterface_Impl& device) {
+    const LinkOperation operation = LinkOperation::OverThisLink(device);
     StatusReport report;
     for (std::size_t i = 0; const auto product = ProductAt(device, i); ++i) {
         for (const StatusRow& row : RowsOf(*product)) {
             ParameterText value{};
-            if (ReadDeviceParameter(device, static_cast<std::uint32_t>(*product), row.parameter, value.data(),
+            if (ReadDeviceParameter(operation, static_cast<std::uint32_t>(*product), row.parameter, value.data(),
                                     row.rowClass == RowClass::Measured, row.rowClass == RowClass::Identity,
                                     kNoCompanion)) {
                 AppendLine(report, row, value.data());

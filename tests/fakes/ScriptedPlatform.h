@@ -55,8 +55,11 @@ class ScriptedServer {
     /// "0_<command>_1" and a carriage return.
     static std::string BuiltInReply(std::string_view command);
 
-    /// Gives exactly this command no reply at all: a receive with a time-out runs into it, one without fails.
+    /// Gives exactly this command no reply at all: a wait for it runs into its timeout, a receive without one fails.
     void StaySilent(std::string_view command);
+
+    /// Answers it again.
+    void Speak(std::string_view command);
 
     /// Puts a datagram before every open socket, now: a reply that comes late, or twice.
     void Deliver(std::string bytes);
@@ -66,7 +69,8 @@ class ScriptedServer {
 
     std::atomic<bool> failStartUp = false;
     std::atomic<bool> failOpen = false;
-    std::atomic<int> closeError = 0;  // not 0: what every close gives; the socket stays open
+    std::atomic<int> waitingChecks = 0;  // how often the library asked whether a datagram waits; no socket call
+    std::atomic<int> closeError = 0;     // not 0: what every close gives; the socket stays open
 
     /// Runs in every socket call before it takes effect, on the calling thread and without a lock of the server's. Set
     /// it before other threads run.
@@ -75,7 +79,7 @@ class ScriptedServer {
     /// The commands that reached the server, in order.
     std::vector<std::string> Commands() const;
 
-    /// The socket calls in order, failed ones too: "startup", "open", "connect 60000", "timeout 200", "send listprod",
+    /// The socket calls in order, failed ones too: "startup", "open", "connect 60000", "send listprod", "wait 200",
     /// "receive 64", "close".
     std::vector<std::string> Calls() const;
 
@@ -89,15 +93,14 @@ class ScriptedServer {
     std::optional<std::uintptr_t> OpenSocket();
     void Connect(std::uintptr_t handle, std::uint16_t port);
     int Send(std::uintptr_t handle, std::string_view command);
-    void SetTimeout(std::uintptr_t handle, std::uint32_t milliseconds);
+    bool WaitForDatagram(std::uintptr_t handle, std::uint32_t milliseconds);
     Received Receive(std::uintptr_t handle, char* bytes, int capacity);
-    bool HasWaiting(std::uintptr_t handle) const;
+    bool HasWaiting(std::uintptr_t handle);
     int CloseSocket(std::uintptr_t handle);
 
  private:
     struct Socket {
         bool connected = false;
-        std::uint32_t timeoutMs = 0;
         std::deque<ServerReply> replies;
     };
 
@@ -275,6 +278,9 @@ class RecordedWindows {
 
     /// Runs while a message box is up, without a lock of the record's.
     std::function<void(const ErrorBox& box)> onErrorBox;
+
+    /// How often the library looked at the messages that wait.
+    std::atomic<int> looksAtMessages = 0;
 
     /// How many of the library's wait cursors are up.
     std::atomic<int> waitCursors = 0;

@@ -49,6 +49,11 @@ void ScriptedServer::StaySilent(std::string_view command) {
     m_silent.emplace(command);
 }
 
+void ScriptedServer::Speak(std::string_view command) {
+    const std::scoped_lock lock(m_mutex);
+    m_silent.erase(std::string(command));
+}
+
 void ScriptedServer::Deliver(std::string bytes) {
     const std::scoped_lock lock(m_mutex);
     for (auto& [handle, socket] : m_sockets) {
@@ -150,16 +155,15 @@ int ScriptedServer::Send(std::uintptr_t handle, std::string_view command) {
     return result;
 }
 
-void ScriptedServer::SetTimeout(std::uintptr_t handle, std::uint32_t milliseconds) {
-    Record("timeout " + std::to_string(milliseconds));
+bool ScriptedServer::WaitForDatagram(std::uintptr_t handle, std::uint32_t milliseconds) {
+    Record("wait " + std::to_string(milliseconds));
     const std::scoped_lock lock(m_mutex);
     const auto socket = m_sockets.find(handle);
-    if (socket != m_sockets.end()) {
-        socket->second.timeoutMs = milliseconds;
-    }
+    return socket == m_sockets.end() || !socket->second.replies.empty();
 }
 
-bool ScriptedServer::HasWaiting(std::uintptr_t handle) const {
+bool ScriptedServer::HasWaiting(std::uintptr_t handle) {
+    ++waitingChecks;
     const std::scoped_lock lock(m_mutex);
     const auto socket = m_sockets.find(handle);
     // As a system does, of the first datagram: an empty one and a failure have no content to tell of.
@@ -172,11 +176,8 @@ Received ScriptedServer::Receive(std::uintptr_t handle, char* bytes, int capacit
     const std::scoped_lock lock(m_mutex);
     const auto socket = m_sockets.find(handle);
     // The real call would wait for ever when nothing was sent; a test is better served with a failure.
-    if (socket == m_sockets.end()) {
+    if (socket == m_sockets.end() || socket->second.replies.empty()) {
         return {ReceiveOutcome::Failed, kFailed};
-    }
-    if (socket->second.replies.empty()) {
-        return {socket->second.timeoutMs != 0 ? ReceiveOutcome::TimedOut : ReceiveOutcome::Failed, kFailed};
     }
     const ServerReply reply = std::move(socket->second.replies.front());
     socket->second.replies.pop_front();
@@ -231,8 +232,13 @@ int UdpSocket::Send(const char* bytes, int length) noexcept {
     return ScriptedPlatform::Current().server.Send(m_handle, {bytes, static_cast<std::size_t>(length)});
 }
 
-void UdpSocket::SetReceiveTimeout(std::uint32_t milliseconds) noexcept {
-    ScriptedPlatform::Current().server.SetTimeout(m_handle, milliseconds);
+bool UdpSocket::WaitForDatagram(std::uint32_t milliseconds) noexcept {
+    ScriptedPlatform& platform = ScriptedPlatform::Current();
+    if (platform.server.WaitForDatagram(m_handle, milliseconds)) {
+        return true;
+    }
+    platform.clock.Advance(milliseconds);  // the wait takes no real time
+    return false;
 }
 
 bool UdpSocket::HasWaiting() noexcept { return ScriptedPlatform::Current().server.HasWaiting(m_handle); }

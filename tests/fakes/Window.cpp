@@ -87,6 +87,8 @@ void SendProgress(oko::WindowHandle window, int percent) noexcept {
     ScriptedPlatform::Current().windows.SendPercent(window, percent);
 }
 
+void KeepWindowsResponding() noexcept { ++ScriptedPlatform::Current().windows.looksAtMessages; }
+
 void DestroyWindowHandle(oko::WindowHandle window) noexcept { ScriptedPlatform::Current().windows.Destroy(window); }
 
 void ShowErrorBox(const wchar_t* text, const wchar_t* caption) noexcept {

@@ -60,7 +60,7 @@ TEST_F(RefusedPortTests, CommandSend_WithAReplyTimeout_DoesNotWaitForIt) {
     CDevApiInterface_Impl& device = RealDevice();
     device.SetReplyTimeout(3'600'000);
     EXPECT_EQ(AskForStatus(device), -1);
-    EXPECT_FALSE(device.m_bReopenLink);  // no answer is under way that might meet the next command
+    EXPECT_FALSE(device.m_unansweredCommands.Take("status"));  // no answer is on its way
     device.Close();
 }
 

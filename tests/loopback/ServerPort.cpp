@@ -1,39 +1,24 @@
 #include "ServerPort.h"
 
-#include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <system_error>
+
+#include "LoopbackAddress.h"
 
 namespace {
 
 constexpr std::string_view kEnd = "end";
 
-sockaddr_in Loopback(std::uint16_t port) noexcept {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return address;
-}
-
-void Check(int result, const char* what) {
-    if (result < 0) {
-        throw std::system_error(errno, std::generic_category(), what);
-    }
-}
-
 int MakeSocket() {
     const int number = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    Check(number, "socket");
+    CheckCall(number, "socket");
     return number;
 }
 
@@ -41,9 +26,9 @@ int MakeSocket() {
 int Bind(std::uint16_t port) {
     const int number = MakeSocket();
     constexpr int kOn = 1;
-    Check(setsockopt(number, SOL_SOCKET, SO_REUSEADDR, &kOn, sizeof kOn), "setsockopt");
-    const sockaddr_in address = Loopback(port);
-    Check(bind(number, reinterpret_cast<const sockaddr*>(&address), sizeof address), "bind");
+    CheckCall(setsockopt(number, SOL_SOCKET, SO_REUSEADDR, &kOn, sizeof kOn), "setsockopt");
+    const sockaddr_in address = LoopbackAddress(port);
+    CheckCall(bind(number, reinterpret_cast<const sockaddr*>(&address), sizeof address), "bind");
     return number;
 }
 
@@ -68,10 +53,10 @@ void Answer(int server) {
 ServerPort::ServerPort() : m_reserved(Bind(0)) {
     sockaddr_in address{};
     socklen_t size = sizeof address;
-    Check(getsockname(m_reserved, reinterpret_cast<sockaddr*>(&address), &size), "getsockname");
+    CheckCall(getsockname(m_reserved, reinterpret_cast<sockaddr*>(&address), &size), "getsockname");
     m_number = ntohs(address.sin_port);
     // A socket that takes datagrams of one peer only, here its own, refuses those of all others.
-    Check(connect(m_reserved, reinterpret_cast<const sockaddr*>(&address), size), "connect");
+    CheckCall(connect(m_reserved, reinterpret_cast<const sockaddr*>(&address), size), "connect");
 }
 
 ServerPort::~ServerPort() {
@@ -88,7 +73,7 @@ void ServerPort::Close() {
     if (!m_thread.joinable()) {
         return;
     }
-    const sockaddr_in address = Loopback(m_number);
+    const sockaddr_in address = LoopbackAddress(m_number);
     const int stranger = MakeSocket();  // what the port sends to itself goes to the socket that holds it
     sendto(stranger, kEnd.data(), kEnd.size(), 0, reinterpret_cast<const sockaddr*>(&address), sizeof address);
     m_thread.join();

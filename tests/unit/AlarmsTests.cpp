@@ -68,6 +68,7 @@ TEST_F(AlarmsTests, ProgressWindow_IsTakenToItsEndAndClosed) {
     CDevApiInterface_Impl& device = Device();
     int window = 0;
     device.m_hProgressWnd = &window;
+    device.m_bProgressUp = true;
     device.ApplyConfiguration(L"");
     EXPECT_EQ(platform.windows.Percents(&window), (std::vector<int>{75, 83, 89}));
     EXPECT_EQ(platform.windows.Destroyed(), std::vector<oko::WindowHandle>{&window});
@@ -75,11 +76,22 @@ TEST_F(AlarmsTests, ProgressWindow_IsTakenToItsEndAndClosed) {
     EXPECT_EQ(device.m_iProgress, 89);
 }
 
+TEST_F(AlarmsTests, ProgressWindowThatIsGone_IsNotDestroyedAgain) {
+    CDevApiInterface_Impl& device = Device();
+    int window = 0;
+    device.m_hProgressWnd = &window;
+    device.m_bProgressUp = true;
+    device.ApplyConfiguration(L"");
+    device.ApplyConfiguration(L"");  // the handle may be another window's by now
+    EXPECT_EQ(platform.windows.Destroyed().size(), 1U);
+}
+
 TEST_F(AlarmsTests, Steps_AreInOrderAndBusyFromTheirStartToTheirEnd) {
     CDevApiInterface_Impl& device = Device();
     device.m_products = {ProductWith(11, {237})};
     int window = 0;
     device.m_hProgressWnd = &window;
+    device.m_bProgressUp = true;
     const Journal journal(platform, device);
     EXPECT_EQ(device.ApplyConfiguration(L""), 0);
     EXPECT_EQ(journal.Events(), (std::vector<std::string>{"75 %", "bl-param-read 11 237", "83 %", "alarm 8 0.2",

@@ -22,6 +22,7 @@
 #include "RegistryNames.h"
 #include "fakes/HostLog.h"
 #include "fakes/ScriptedPlatform.h"
+#include "link/LinkOperation.h"
 #include "oko/Settings.h"
 #include "ui/DialogEnd.h"
 #include "ui/StatusReport.h"
@@ -126,8 +127,9 @@ TEST_F(CatalogueTests, InitOrSearchFromTheCallbackOfAnotherCall_IsCarriedOut) {
                 ConnectProducts(platform, {9, 11, 12});
                 inner = InnerCalls()[i]();
             });
-            const bool needsLinkAfterwards = outer.call == ReadGasTarget && i == 1;  // a search closes it in the end
-            EXPECT_EQ(outer.call(device), needsLinkAfterwards ? -1 : 0);
+            // A search opens a link of its own and closes it in the end.
+            const bool losesItsLink = i == 1 && (outer.call == ReadGasTarget || outer.call == ApplySettings);
+            EXPECT_EQ(outer.call(device), losesItsLink ? -1 : 0);
             EXPECT_EQ(inner, 0);
             EXPECT_EQ(Products(), (std::vector<int>{9, 11, 12}));
             m_pDevice.reset();
@@ -225,7 +227,7 @@ TEST_F(CatalogueTests, GasTargetRead_WhileTheCatalogueIsRebuilt_KeepsTheReplyInT
     platform.server.SetDefault({});
     OnLine(kReadAirModeLine, [&] {
         ConnectProducts(platform, {9, 11});
-        device.EnumerateProducts();
+        device.EnumerateProducts(device);
     });
     double value = 0.0;
     EXPECT_EQ(device.m_pGasConcentration[0]->GetTargetGasConcentration(&value), 0);

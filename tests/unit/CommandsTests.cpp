@@ -11,13 +11,13 @@
 
 namespace {
 
-struct Case {
+struct FormattedCommand {
     CommandText command;
     std::string_view text;
 };
 
 TEST(CommandsTests, EveryFormat_GivesTheCommandOnTheWire) {
-    const std::vector<Case> cases{
+    const std::vector<FormattedCommand> cases{
         {FormatCommand(command::kListProd), "listprod"},
         {FormatCommand(command::kListConProd), "listconprod"},
         {FormatCommand(command::kReadComPort, {9}), "comport 9 0"},
@@ -47,7 +47,7 @@ TEST(CommandsTests, EveryFormat_GivesTheCommandOnTheWire) {
         {FormatCommand(command::kTemperatureAlarm, {8, 0.24}), "alarm 8 0.2"},
         {FormatCommand(command::kGasAlarm, {10, 0.4}), "alarm 10 0.40"},
     };
-    for (const Case& row : cases) {
+    for (const FormattedCommand& row : cases) {
         SCOPED_TRACE(row.text);
         EXPECT_EQ(row.command.view(), row.text);
         EXPECT_FALSE(row.command.IsCut());

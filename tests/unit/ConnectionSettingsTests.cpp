@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cwchar>
 #include <limits>
+#include <optional>
 #include <vector>
 
 namespace {
@@ -36,7 +37,36 @@ TEST(ConnectionSettingsTests, Parse_Texts_MatchOrKeepThePort) {
                                              {L"COM3", kBefore},
                                              {L"M_ICOMPORT 3", kBefore}}) {
         SCOPED_TRACE(std::string(row.text, row.text + std::wcslen(row.text)));
-        EXPECT_EQ(ParseConnectionSettings(row.text).value_or(kBefore), row.port);
+        EXPECT_EQ(ParseConnectionSettings(row.text).port.value_or(kBefore), row.port);
+    }
+}
+
+TEST(ConnectionSettingsTests, Parse_OptionsBehindThePort_InAnyOrderUpToTheFirstThatIsNone) {
+    struct Case {
+        const wchar_t* text;
+        std::optional<std::uint32_t> timeoutMs;
+        bool watchOnly;
+    };
+    for (const Case& row : std::vector<Case>{{L"m_iComPort 3", std::nullopt, false},
+                                             {L"m_iComPort 3 m_nReplyTimeout 5000", 5000U, false},
+                                             {L"m_iComPort 3 m_bWatchOnly 1", std::nullopt, true},
+                                             {L"m_iComPort 3 m_nReplyTimeout 5000 m_bWatchOnly 1", 5000U, true},
+                                             {L"m_iComPort 3 m_bWatchOnly 1 m_nReplyTimeout 5000", 5000U, true},
+                                             {L"m_iComPort 3\tm_bWatchOnly  1 ", std::nullopt, true},
+                                             {L"m_iComPort 3 m_bWatchOnly 0", std::nullopt, false},
+                                             {L"m_iComPort 3 m_bWatchOnly 1 m_bWatchOnly 0", std::nullopt, false},
+                                             {L"m_iComPort 3 m_nReplyTimeout 0", 0U, false},
+                                             {L"m_iComPort 3 m_nReplyTimeout -5 m_bWatchOnly 1", std::nullopt, true},
+                                             {L"m_iComPort 3 m_nReplyTimeout", std::nullopt, false},
+                                             {L"m_iComPort 3 m_nReplyTimeout x m_bWatchOnly 1", std::nullopt, false},
+                                             {L"m_iComPort 3 other m_bWatchOnly 1", std::nullopt, false},
+                                             {L"m_iComPort 3 M_BWATCHONLY 1", std::nullopt, false},
+                                             {L"m_bWatchOnly 1", std::nullopt, false},
+                                             {L"COM3 m_bWatchOnly 1", std::nullopt, false}}) {
+        SCOPED_TRACE(std::string(row.text, row.text + std::wcslen(row.text)));
+        const ConnectionSettings settings = ParseConnectionSettings(row.text);
+        EXPECT_EQ(settings.link.replyTimeoutMs, row.timeoutMs);
+        EXPECT_EQ(settings.link.watchOnly, row.watchOnly);
     }
 }
 

@@ -241,7 +241,7 @@ TEST_F(LockTests, RunFlagOfTheValueThread_IsReadAndChangedUnderTheDataLock) {
     EXPECT_TRUE(device.m_hThreadStopped.Wait(0));
 
     platform.threads.failStart = true;  // a thread of its own would take locks while the watch on them ends
-    EXPECT_FALSE(EndsWhileTheLockIsHeld(device, [&device] { device.StartValueThread(); }));
+    EXPECT_FALSE(EndsWhileTheLockIsHeld(device, [&device] { device.StartValueThread(device); }));
     EXPECT_FALSE(m_bRunsWhileHeld);
     EXPECT_TRUE(device.m_bThreadRun);
 }

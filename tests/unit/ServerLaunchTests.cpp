@@ -11,6 +11,7 @@
 #include "core/CDevApiInterface_Impl.h"
 #include "fakes/HostLog.h"
 #include "fakes/ScriptedPlatform.h"
+#include "link/LinkOperation.h"
 #include "oko/Result.h"
 
 namespace {
@@ -31,6 +32,10 @@ class ServerLaunchTests : public DeviceTest {
         platform.files.Answer(std::wstring(kFolder) + L"*", {{L"OKO-Control.exe"}});
     }
 
+    static State EnsureRunning(CDevApiInterface_Impl& device, std::uint32_t pollDelayMs) {
+        return device.EnsureServerRunning(device, pollDelayMs);
+    }
+
     /// The server answers the probe with this number and every later one; `silence` is what comes before.
     void AnswerFromProbe(std::size_t number, const ServerReply& silence) {
         std::vector<ServerReply> replies(number - 1, silence);
@@ -41,7 +46,7 @@ class ServerLaunchTests : public DeviceTest {
 
 TEST_F(ServerLaunchTests, RunningServer_IsLeftAlone) {
     CDevApiInterface_Impl& device = RealDevice();
-    EXPECT_EQ(device.EnsureServerRunning(500), State::Running);
+    EXPECT_EQ(EnsureRunning(device, 500), State::Running);
     EXPECT_EQ(platform.server.Commands(), std::vector<std::string>{"listprod"});
     EXPECT_TRUE(HostLog::Lines().empty());
     EXPECT_TRUE(platform.shell.Launches().empty());
@@ -50,7 +55,7 @@ TEST_F(ServerLaunchTests, RunningServer_IsLeftAlone) {
 TEST_F(ServerLaunchTests, NotInstalled_IsLoggedAndTold) {
     platform.server.Answer("listprod", kReceiveFails);
     CDevApiInterface_Impl& device = RealDevice();
-    EXPECT_EQ(device.EnsureServerRunning(500), State::Silent);
+    EXPECT_EQ(EnsureRunning(device, 500), State::Silent);
     EXPECT_EQ(HostLog::Lines(), (std::vector<std::wstring>{kStarting, L"System cannot find OKO-Control."}));
     EXPECT_EQ(platform.windows.ErrorBoxes(),
               (std::vector<RecordedWindows::ErrorBox>{{L"No Answer from server.", L"OKO-Control server error."}}));
@@ -62,7 +67,7 @@ TEST_F(ServerLaunchTests, NoProgramInTheFolder_IsLoggedAndTold) {
     platform.files.Answer(std::wstring(kFolder) + L"*", {{L"readme.txt"}});
     platform.server.Answer("listprod", kReceiveFails);
     CDevApiInterface_Impl& device = RealDevice();
-    EXPECT_EQ(device.EnsureServerRunning(500), State::Silent);
+    EXPECT_EQ(EnsureRunning(device, 500), State::Silent);
     EXPECT_EQ(HostLog::Lines(), (std::vector<std::wstring>{kStarting, L"System cannot find OKO-Control application."}));
     EXPECT_TRUE(platform.shell.Launches().empty());
     EXPECT_EQ(platform.windows.ErrorBoxes().size(), 1U);
@@ -71,7 +76,7 @@ TEST_F(ServerLaunchTests, NoProgramInTheFolder_IsLoggedAndTold) {
 TEST_F(ServerLaunchTests, InstalledServer_IsOpenedByItsBareNameInItsFolder) {
     InstallServer();
     AnswerFromProbe(2, kReceiveFails);
-    EXPECT_EQ(RealDevice().EnsureServerRunning(500), State::Running);
+    EXPECT_EQ(EnsureRunning(RealDevice(), 500), State::Running);
     EXPECT_EQ(
         platform.shell.Launches(),
         (std::vector<RecordedShell::Launch>{{L"OKO-Control.exe", L"server address=localhost port=60000", kFolder}}));
@@ -80,7 +85,7 @@ TEST_F(ServerLaunchTests, InstalledServer_IsOpenedByItsBareNameInItsFolder) {
 TEST_F(ServerLaunchTests, AnswerAtOnceAfterTheStart_TakesNoLoopAndNoSleep) {
     InstallServer();
     AnswerFromProbe(2, kReceiveFails);
-    EXPECT_EQ(RealDevice().EnsureServerRunning(500), State::Running);
+    EXPECT_EQ(EnsureRunning(RealDevice(), 500), State::Running);
     EXPECT_EQ(HostLog::Lines(),
               (std::vector<std::wstring>{kStarting, L"Server started on 0 loops (0.000000 seconds)"}));
     EXPECT_TRUE(platform.clock.Sleeps().empty());
@@ -93,7 +98,7 @@ TEST_F(ServerLaunchTests, AnswerOnTheFifthPoll_IsLoggedAlikeForBothDelays) {
         InstallServer();
         AnswerFromProbe(7, kReceiveFails);  // the first probe, the one after the start, five polls
         const std::size_t sleepsBefore = platform.clock.Sleeps().size();
-        EXPECT_EQ(RealDevice().EnsureServerRunning(delayMs), State::Running);
+        EXPECT_EQ(EnsureRunning(RealDevice(), delayMs), State::Running);
         EXPECT_EQ(HostLog::Lines().back(), L"Server started on 5 loops (2.500000 seconds)");
         const std::vector<std::uint32_t> sleeps = platform.clock.Sleeps();
         EXPECT_EQ(std::vector<std::uint32_t>(sleeps.begin() + static_cast<std::ptrdiff_t>(sleepsBefore), sleeps.end()),
@@ -105,14 +110,14 @@ TEST_F(ServerLaunchTests, AnswerOnTheFifthPoll_IsLoggedAlikeForBothDelays) {
 TEST_F(ServerLaunchTests, AnswerOnTheLastPoll_StillCounts) {
     InstallServer();
     AnswerFromProbe(22, kReceiveFails);
-    EXPECT_EQ(RealDevice().EnsureServerRunning(500), State::Running);
+    EXPECT_EQ(EnsureRunning(RealDevice(), 500), State::Running);
     EXPECT_EQ(HostLog::Lines().back(), L"Server started on 20 loops (10.000000 seconds)");
 }
 
 TEST_F(ServerLaunchTests, SilentForTwentyPolls_IsNotStarted) {
     InstallServer();
     platform.server.Answer("listprod", kReceiveFails);
-    EXPECT_EQ(RealDevice().EnsureServerRunning(500), State::Silent);
+    EXPECT_EQ(EnsureRunning(RealDevice(), 500), State::Silent);
     EXPECT_EQ(platform.server.Commands().size(), 22U);
     EXPECT_EQ(platform.clock.Sleeps(), std::vector<std::uint32_t>(20, 500));
     EXPECT_EQ(HostLog::Lines(), (std::vector<std::wstring>{kStarting, kNotStarted}));
@@ -122,7 +127,7 @@ TEST_F(ServerLaunchTests, SilentForTwentyPolls_IsNotStarted) {
 TEST_F(ServerLaunchTests, EmptyDatagramsForTwentyPolls_CountAsStartedAndThenAsNoAnswer) {
     InstallServer();
     platform.server.Answer("listprod", "");
-    EXPECT_EQ(RealDevice().EnsureServerRunning(500), State::Silent);
+    EXPECT_EQ(EnsureRunning(RealDevice(), 500), State::Silent);
     EXPECT_EQ(HostLog::Lines().back(), L"Server started on 20 loops (10.000000 seconds)");
     EXPECT_EQ(platform.windows.ErrorBoxes().size(), 1U);
 }
@@ -130,13 +135,13 @@ TEST_F(ServerLaunchTests, EmptyDatagramsForTwentyPolls_CountAsStartedAndThenAsNo
 TEST_F(ServerLaunchTests, SilentServer_IsToldOnceUntilClose) {
     platform.server.Answer("listprod", kReceiveFails);
     CDevApiInterface_Impl& device = RealDevice();
-    device.EnsureServerRunning(500);
-    device.EnsureServerRunning(1000);
+    EnsureRunning(device, 500);
+    EnsureRunning(device, 1000);
     EXPECT_EQ(platform.windows.ErrorBoxes().size(), 1U);
     EXPECT_TRUE(device.m_bServerErrorShown);
     device.Close();
     device.ConnectSocket();
-    device.EnsureServerRunning(500);
+    EnsureRunning(device, 500);
     EXPECT_EQ(platform.windows.ErrorBoxes().size(), 2U);
 }
 
@@ -148,9 +153,9 @@ TEST_F(ServerLaunchTests, MissingAnswer_CountsAsToldOnceTheBoxIsClosed) {
         EXPECT_FALSE(device.m_bServerErrorShown);
         boxes.push_back(box.caption);
     };
-    EXPECT_EQ(device.EnsureServerRunning(500), State::Refusing);
+    EXPECT_EQ(EnsureRunning(device, 500), State::Refusing);
     EXPECT_FALSE(device.m_bServerErrorShown);
-    EXPECT_EQ(device.EnsureServerRunning(500), State::Silent);
+    EXPECT_EQ(EnsureRunning(device, 500), State::Silent);
     EXPECT_TRUE(device.m_bServerErrorShown);
     EXPECT_EQ(boxes, (std::vector<std::wstring>{L"OC Status error.", L"OKO-Control server error."}));
 }
@@ -158,7 +163,7 @@ TEST_F(ServerLaunchTests, MissingAnswer_CountsAsToldOnceTheBoxIsClosed) {
 TEST_F(ServerLaunchTests, StartedServerThatRefuses_IsToldInABox) {
     InstallServer();
     platform.server.AnswerInTurn("listprod", {kReceiveFails, "3_listprod_\r"});
-    EXPECT_EQ(RealDevice().EnsureServerRunning(500), State::Refusing);
+    EXPECT_EQ(EnsureRunning(RealDevice(), 500), State::Refusing);
     EXPECT_EQ(platform.windows.ErrorBoxes(),
               (std::vector<RecordedWindows::ErrorBox>{{kNotExecutedText, L"OC Status error."}}));
 }
@@ -166,9 +171,9 @@ TEST_F(ServerLaunchTests, StartedServerThatRefuses_IsToldInABox) {
 TEST_F(ServerLaunchTests, EveryRefusal_IsToldWhateverWasToldBefore) {
     platform.server.AnswerInTurn("listprod", {kReceiveFails, "3_listprod_\r"});
     CDevApiInterface_Impl& device = RealDevice();
-    EXPECT_EQ(device.EnsureServerRunning(500), State::Silent);
-    EXPECT_EQ(device.EnsureServerRunning(500), State::Refusing);
-    EXPECT_EQ(device.EnsureServerRunning(500), State::Refusing);
+    EXPECT_EQ(EnsureRunning(device, 500), State::Silent);
+    EXPECT_EQ(EnsureRunning(device, 500), State::Refusing);
+    EXPECT_EQ(EnsureRunning(device, 500), State::Refusing);
     std::vector<std::wstring> captions;
     for (const RecordedWindows::ErrorBox& box : platform.windows.ErrorBoxes()) {
         captions.push_back(box.caption);
@@ -182,7 +187,7 @@ TEST_F(ServerLaunchTests, WithoutACallback_NothingIsLoggedAndItStillWorks) {
     AnswerFromProbe(3, kReceiveFails);
     CDevApiInterface_Impl& device = RealDevice();
     device.HostCallback = nullptr;
-    EXPECT_EQ(device.EnsureServerRunning(500), State::Running);
+    EXPECT_EQ(EnsureRunning(device, 500), State::Running);
     EXPECT_TRUE(HostLog::Lines().empty());
 }
 

@@ -1,11 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "Fixture.h"
 #include "channels/CDevApiInterface_Temperature_Impl.h"
+#include "fakes/HostLog.h"
 #include "fakes/ScriptedPlatform.h"
 
 namespace {
@@ -127,6 +129,60 @@ TEST_F(TemperatureChannelTests, SetTarget_ReadBackFails_RestoresATargetThatTheSe
     EXPECT_EQ(channel.SetTargetTemperature(25.0), 0);
     EXPECT_EQ(platform.server.Commands().back(), "writesetpoint 9 0 33.3");
     EXPECT_EQ(channel.m_dTarget, 33.3);
+}
+
+TEST_F(TemperatureChannelTests, SetTarget_SlowReadBack_IsRepeatedTwiceBeforeTheTargetIsRestored) {
+    struct Case {
+        int silences;
+        double target;
+        const char* last;
+    };
+    for (const Case& row : {Case{1, 25.0, "readsetpoint 9 0 -1"}, Case{2, 25.0, "readsetpoint 9 0 -1"},
+                            Case{3, 37.0, "writesetpoint 9 0 37.0"}}) {
+        SCOPED_TRACE(row.silences);
+        auto& channel = Channel(9, 0);
+        channel.m_pDevice->SetReplyTimeout(200);
+        platform.server.StaySilent("readsetpoint 9 0 -1");
+        platform.server.onCall = [&, left = row.silences](const std::string& call) mutable {
+            if (call == "wait 200" && platform.server.Commands().back() == "readsetpoint 9 0 -1" && --left == 0) {
+                platform.clock.onSleep = {};
+                platform.server.Speak("readsetpoint 9 0 -1");
+            }
+        };
+        EXPECT_EQ(channel.SetTargetTemperature(25.0), 0);
+        EXPECT_EQ(channel.m_dTarget, row.target);
+        EXPECT_EQ(platform.server.Commands().back(), row.last);
+        const auto commands = platform.server.Commands();
+        EXPECT_EQ(std::ranges::count(commands, "readsetpoint 9 0 -1"), std::min(row.silences + 1, 3));
+        platform.server.onCall = {};
+        platform.server.Speak("readsetpoint 9 0 -1");
+        m_pDevice.reset();
+    }
+}
+
+TEST_F(TemperatureChannelTests, SetTarget_ReadBackThatFailsAtOnce_IsNotRepeated) {
+    for (const ServerReply& readBack : {ServerReply(kReceiveFails), ServerReply("0_readsetpoint 9 0 -1_error\r"),
+                                        ServerReply("3_readsetpoint 9 0 -1_1\r"), ServerReply("")}) {
+        auto& channel = Channel(9, 0);
+        channel.m_pDevice->SetReplyTimeout(200);
+        platform.server.Answer("readsetpoint 9 0 -1", readBack);
+        EXPECT_EQ(channel.SetTargetTemperature(25.0), 0);
+        EXPECT_EQ(platform.server.Commands(), (std::vector<std::string>{"writesetpoint 9 0 25.0", "readsetpoint 9 0 -1",
+                                                                        "writesetpoint 9 0 37.0"}));
+        m_pDevice.reset();
+    }
+}
+
+TEST_F(TemperatureChannelTests, SetTarget_ThatIsRestored_IsALineOfTheHostsLog) {
+    constexpr const wchar_t* kRestored =
+        L"CDevApiInterface_Temperature_Impl::SetTargetTemperature The new target could not be read back; the previous "
+        L"one is set again.";
+    auto& channel = Channel(9, 0);
+    channel.SetTargetTemperature(25.0);
+    EXPECT_TRUE(HostLog::Lines().empty());
+    platform.server.Answer("readsetpoint 9 0 -1", kReceiveFails);
+    channel.SetTargetTemperature(30.0);
+    EXPECT_EQ(HostLog::Lines(), std::vector<std::wstring>{kRestored});
 }
 
 TEST_F(TemperatureChannelTests, SetTarget_ReadBackOfAnotherValue_KeepsWhatWasSet) {

@@ -74,8 +74,7 @@ TEST_F(TransportTests, LinkThatIsNotOpen_GivesNoAnswerAndTouchesNoSocket) {
 }
 
 TEST_F(TransportTests, LinkOpenedOrClosedByAnotherThread_WaitsForTheExchangeUnderWay) {
-    for (const auto change : {&CDevApiInterface_Impl::ConnectSocket, &CDevApiInterface_Impl::DisconnectSocket}) {
-        const bool opens = change == &CDevApiInterface_Impl::ConnectSocket;
+    for (const bool opens : {true, false}) {
         SCOPED_TRACE(opens ? "opened" : "closed");
         CDevApiInterface_Impl& device = RealDevice();
         std::atomic<bool> waits = false;
@@ -84,7 +83,11 @@ TEST_F(TransportTests, LinkOpenedOrClosedByAnotherThread_WaitsForTheExchangeUnde
         std::thread other;
         platform.server.SetDefault([&](std::string_view command) -> ServerReply {
             other = std::thread([&] {
-                (device.*change)();
+                if (opens) {
+                    device.ConnectSocket();
+                } else {
+                    device.DisconnectSocket();
+                }
                 changed = true;
             });
             EXPECT_TRUE(Await([&] { return waits || changed; }));

@@ -9,6 +9,7 @@
 #include "Fixture.h"
 #include "channels/Simulation.h"
 #include "fakes/HostLog.h"
+#include "link/LinkOperation.h"
 #include "oko/CDevApiInterface_GasConcentration.h"
 #include "oko/CDevApiInterface_Humidifier.h"
 #include "oko/CDevApiInterface_Temperature.h"
@@ -34,7 +35,7 @@ TEST_F(ValueThreadTests, Cycle_VisitsTheLiveChannelsEvery100Milliseconds) {
     device.m_nTemperatures = 2;
     device.m_nGasConcentrations = 1;
     device.m_nHumidifiers = 3;
-    device.StartValueThread();
+    device.StartValueThread(device);
     EXPECT_TRUE(platform.clock.WaitForOtherThreadSleeps(3));
     device.StopValueThread();
     EXPECT_NE(device.m_pTemperature[1]->m_llLastTick, 0);
@@ -62,7 +63,7 @@ TEST_F(ValueThreadTests, FirstCycle_StepsTemperatureGasAndHumidityBeforeItSleeps
                       device.m_pHumidifier[0]->m_dCurrent};
         }
     };
-    device.StartValueThread();
+    device.StartValueThread(device);
     EXPECT_TRUE(platform.clock.WaitForOtherThreadSleeps(1));
     device.StopValueThread();
     ASSERT_EQ(values.size(), 3U);
@@ -74,7 +75,7 @@ TEST_F(ValueThreadTests, FirstCycle_StepsTemperatureGasAndHumidityBeforeItSleeps
 TEST_F(ValueThreadTests, CountsThatChangeLater_DoNotConcernARunningThread) {
     CDevApiInterface_Impl& device = MakeDevice(1);
     device.m_nTemperatures = device.m_nGasConcentrations = device.m_nHumidifiers = 1;
-    device.StartValueThread();
+    device.StartValueThread(device);
     EXPECT_TRUE(platform.clock.WaitForOtherThreadSleeps(1));
     device.m_nTemperatures = device.m_nGasConcentrations = device.m_nHumidifiers = 4;
     EXPECT_TRUE(platform.clock.WaitForOtherThreadSleeps(2));
@@ -88,7 +89,7 @@ TEST_F(ValueThreadTests, DeletedChannels_AreLeftOut) {
     device.m_pTemperature[0]->DeletingDestructor(1);
     device.m_pGasConcentration[1]->DeletingDestructor(1);
     device.m_pHumidifier[2]->DeletingDestructor(1);
-    device.StartValueThread();
+    device.StartValueThread(device);
     EXPECT_TRUE(platform.clock.WaitForOtherThreadSleeps(2));
     device.StopValueThread();
     EXPECT_NE(device.m_pTemperature[15]->m_llLastTick, 0);

@@ -117,9 +117,8 @@ TEST_F(ServerLaunchTests, Program_IsOpenedWithAWindowOfNormalSize) {
     device.ApplyConnection(L"m_iComPort 3");
     EXPECT_EQ(device.Init(HostRecord::Callback, nullptr), 0);
     const std::filesystem::path record = Folder() / L"started.txt";
-    EXPECT_TRUE(WaitUntil([&record] { return std::filesystem::exists(record); }));
     int showState = -1;
-    std::ifstream(record) >> showState;
+    EXPECT_TRUE(WaitUntil([&] { return static_cast<bool>(std::ifstream(record) >> showState); }));
     EXPECT_EQ(showState, SW_SHOWNORMAL);
     device.Close();
 }

@@ -27,26 +27,21 @@ void UdpSocket::ConnectLoopback(std::uint16_t port) noexcept {
     std::ignore = connect(m_handle, reinterpret_cast<const sockaddr*>(&address), sizeof address);
 }
 
-void UdpSocket::SetReceiveTimeout(std::uint32_t milliseconds) noexcept {
-    const DWORD timeout = milliseconds;
-    setsockopt(m_handle, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&timeout), sizeof timeout);
-}
-
 int UdpSocket::Send(const char* bytes, int length) noexcept { return send(m_handle, bytes, length, 0); }
+
+bool UdpSocket::WaitForDatagram(std::uint32_t milliseconds) noexcept {
+    fd_set readable{1, {m_handle}};
+    timeval timeout{static_cast<long>(milliseconds / 1000), static_cast<long>(milliseconds % 1000 * 1000)};
+    // A failure is left to the receive.
+    return select(0, &readable, nullptr, nullptr, &timeout) != 0;
+}
 
 Received UdpSocket::Receive(char* bytes, int capacity) noexcept {
     const int length = recv(m_handle, bytes, capacity, 0);
     if (length >= 0) {
         return {ReceiveOutcome::Datagram, length};
     }
-    switch (WSAGetLastError()) {
-        case WSAEMSGSIZE:
-            return {ReceiveOutcome::TooLong, length};
-        case WSAETIMEDOUT:
-            return {ReceiveOutcome::TimedOut, length};
-        default:
-            return {ReceiveOutcome::Failed, length};
-    }
+    return {WSAGetLastError() == WSAEMSGSIZE ? ReceiveOutcome::TooLong : ReceiveOutcome::Failed, length};
 }
 
 bool UdpSocket::HasWaiting() noexcept {

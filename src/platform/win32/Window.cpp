@@ -20,6 +20,11 @@ void SendProgress(oko::WindowHandle window, int percent) noexcept {
     SendMessageW(Handle(window), kProgressMessage, static_cast<WPARAM>(percent), 0);
 }
 
+void KeepWindowsResponding() noexcept {
+    MSG message{};
+    PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE);
+}
+
 void DestroyWindowHandle(oko::WindowHandle window) noexcept { DestroyWindow(Handle(window)); }
 
 void ShowErrorBox(const wchar_t* text, const wchar_t* caption) noexcept {

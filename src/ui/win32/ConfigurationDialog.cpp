@@ -25,7 +25,7 @@ void Enable(HWND dialog, int id, bool enabled) noexcept {
     EnableWindow(GetDlgItem(dialog, id), enabled ? TRUE : FALSE);
 }
 
-void FillConfigurationDialog(const CDevApiInterface_Impl& device, HWND dialog) {
+void FillConfigurationDialog(CDevApiInterface_Impl& device, HWND dialog) {
     const ConfigurationView view = DescribeConfiguration(device);
     for (const int id : {IDC_REPORT_FIRST, IDC_REPORT_SECOND, IDC_REPORT_THIRD}) {
         ShowWindow(GetDlgItem(dialog, id), SW_HIDE);

@@ -166,6 +166,18 @@ void OpenAndClose(CDevApiInterface_Impl& device) {
     CountCall();
 }
 
+/// Takes the link away from whatever is under way: an Init, a search, settings, a Close.
+void Interrupt(CDevApiInterface_Impl& device) {
+    constexpr std::array kTexts{L"m_iComPort 3", L"m_iComPort 3 m_nReplyTimeout 50", L"m_iComPort 3 m_bWatchOnly 1"};
+    for (const wchar_t* const text : kTexts) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(3));  // time for an Init to get somewhere
+        device.Close();
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        device.ApplyConnection(text);
+        CountCall();
+    }
+}
+
 void Configure(CDevApiInterface_Impl& device) {
     device.ApplyConfiguration(L"dIncubatorBelow 0.3 | dIncubatorAbove 0.4 | dCO2Below 0.6");
     SplitStatusReport(CollectStatusReport(device).text);
@@ -199,26 +211,17 @@ class Repeater {
 /// All threads on one device.
 class Host {
  public:
-    explicit Host(CDevApiInterface_Impl& device)
-        : m_pLifecycle(std::make_unique<Repeater>(OpenAndClose, device)),
-          m_pSearch(std::make_unique<Repeater>(FindAndConnect, device)) {
-        m_others.push_back(std::make_unique<Repeater>(Configure, device));
+    explicit Host(CDevApiInterface_Impl& device) {
+        for (auto* const action : {OpenAndClose, FindAndConnect, Configure, Interrupt}) {
+            m_threads.push_back(std::make_unique<Repeater>(action, device));
+        }
         for (int i = 0; i < kChannelThreads; ++i) {
-            m_others.push_back(std::make_unique<Repeater>(UseChannels, device));
+            m_threads.push_back(std::make_unique<Repeater>(UseChannels, device));
         }
     }
 
-    /// A search on a closed link goes on until somebody opens it: it ends before the thread that does.
-    ~Host() {
-        m_pSearch.reset();
-        m_others.clear();
-        m_pLifecycle.reset();
-    }
-
  private:
-    std::unique_ptr<Repeater> m_pLifecycle;
-    std::unique_ptr<Repeater> m_pSearch;
-    std::vector<std::unique_ptr<Repeater>> m_others;
+    std::vector<std::unique_ptr<Repeater>> m_threads;
 };
 
 void RunEpisode() {

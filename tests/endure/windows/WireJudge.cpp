@@ -86,7 +86,13 @@ void WireJudge::JudgeWrite(const Call& call) {
     if (call.result != oko::kSuccess || !channel.readsBack) {
         return;
     }
-    const std::set<Outcome> readBack = Reads(Take(channel.targetCommand), channel.targetRefusals);
+    std::set<Outcome> readBack = Reads(Take(channel.targetCommand), channel.targetRefusals);
+    // One that has no answer in time is repeated. The call after a write never reads the target, so these are no
+    // call's.
+    constexpr int kMaxRepeats = 2;
+    for (int repeats = 0; repeats < kMaxRepeats && m_bNoAnswerAllowed && NextIs(channel.targetCommand); ++repeats) {
+        readBack = Reads(Take(channel.targetCommand), channel.targetRefusals);
+    }
     // A target that cannot be read back is taken back.
     const bool restored = NextIs(channel.WriteCommand(m_channels[call.channel].rememberedTarget));
     const int result = restored ? oko::kFailure : oko::kSuccess;

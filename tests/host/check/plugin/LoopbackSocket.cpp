@@ -4,6 +4,7 @@
 
 #include <arpa/inet.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -80,9 +82,13 @@ void UdpSocket::ConnectLoopback(std::uint16_t port) noexcept {
         connect(static_cast<int>(m_handle), reinterpret_cast<const sockaddr*>(&address), sizeof address);
 }
 
-void UdpSocket::SetReceiveTimeout(std::uint32_t milliseconds) noexcept {
-    const timeval timeout{milliseconds / 1000, static_cast<suseconds_t>(milliseconds % 1000) * 1000};
-    setsockopt(static_cast<int>(m_handle), SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
+bool UdpSocket::WaitForDatagram(std::uint32_t milliseconds) noexcept {
+    if (g_bDropped) {
+        return true;
+    }
+    pollfd socket{static_cast<int>(m_handle), POLLIN, 0};
+    constexpr std::uint32_t kLongestPoll = INT_MAX;
+    return poll(&socket, 1, static_cast<int>(std::min(milliseconds, kLongestPoll))) != 0;
 }
 
 int UdpSocket::Send(const char* bytes, int length) noexcept {
@@ -114,7 +120,7 @@ Received UdpSocket::Receive(char* bytes, int capacity) noexcept {
     const ssize_t length = recv(static_cast<int>(m_handle), buffer.data(), buffer.size(), 0);
     if (length < 0) {
         // A port that nobody listens on is ECONNREFUSED here and error 10054 on Windows: both fail at once.
-        return {errno == EAGAIN || errno == EWOULDBLOCK ? ReceiveOutcome::TimedOut : ReceiveOutcome::Failed, -1};
+        return {ReceiveOutcome::Failed, -1};
     }
     std::string reply(buffer.data(), static_cast<std::size_t>(length));
     const Defect& defect = TheDefect();
