@@ -277,6 +277,17 @@ TEST_F(ConnectionTests, FindAndConnect_ListProdCodes1And2_AreLoggedUnderTheNameO
     }
 }
 
+TEST_F(ConnectionTests, FindAndConnect_LooksAtTheMessagesThatWaitBeforeEachPause) {
+    CDevApiInterface_Impl& device = MakeDevice(0);
+    SearchTakes(2);
+    platform.clock.onSleep = [this, sleeps = 0](std::uint32_t) mutable {
+        EXPECT_EQ(platform.windows.looksAtMessages, ++sleeps);
+    };
+    Show(device, DialogEnd::FindAndConnect);
+    EXPECT_EQ(platform.windows.looksAtMessages, 22);
+    platform.clock.onSleep = {};
+}
+
 TEST_F(ConnectionTests, FindAndConnect_FailingPolls_AreRepeated) {
     CDevApiInterface_Impl& device = MakeDevice(0);
     SearchTakes(1);

@@ -80,6 +80,14 @@ TEST_F(LateReplyTests, ToEachOfSeveralSends_IsDropped) {
     EXPECT_EQ(AskText(device, "start 1"), "0_readcurval 7_loose\r");
 }
 
+TEST_F(LateReplyTests, ToTheSecondOfTwoSends_IsDroppedEvenIfNothingElseComes) {
+    CDevApiInterface_Impl& device = DeviceThatTimedOut(2);
+    ComesBeforeTheNext();
+    EXPECT_EQ(AskText(device, "status"), "0_status_1\r");
+    platform.server.SetDefault([](std::string_view) -> ServerReply { return "0_readcurval 7_late\r"; });
+    EXPECT_EQ(Ask(device, CommandText("listprod")).m_nLength, -1);
+}
+
 TEST_F(LateReplyTests, ThatWaits_IsDroppedBeforeTheNextCommandAndCounts) {
     CDevApiInterface_Impl& device = DeviceThatTimedOut();
     platform.server.Deliver("0_readcurval 7_late\r");

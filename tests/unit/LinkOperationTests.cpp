@@ -21,8 +21,11 @@
 #include "fakes/HostLog.h"
 #include "fakes/ScriptedPlatform.h"
 #include "link/Exchange.h"
+#include "link/Products.h"
+#include "link/Reply.h"
 #include "oko/LibQuery.h"
 #include "oko/Settings.h"
+#include "ui/ConfigurationFields.h"
 #include "ui/DialogEnd.h"
 #include "ui/StatusReport.h"
 
@@ -42,15 +45,25 @@ class LinkOperationTests : public DeviceTest {
         platform.locks.onWait = {};
     }
 
-    /// Opens the link anew on another thread when `command` is to be sent; that thread then waits for its turn.
+    /// Opens the link anew on another thread when `command` is to be sent for the first time; that thread then waits
+    /// for its turn.
     void OpenAnewWhenSending(CDevApiInterface_Impl& device, const std::string& command) {
         platform.locks.onWait = [this] { m_waits = true; };
-        platform.server.onCall = [this, &device, call = "send " + command](const std::string& made) {
-            if (made == call && !m_other.valid()) {
+        platform.server.onCall = [this, &device, call = "send " + command,
+                                  done = false](const std::string& made) mutable {
+            if (made == call && !done) {
+                done = true;  // not for a later Init or Close of the test
                 m_other = std::async(std::launch::async, [&device] { device.ApplyConnection(L"m_iComPort 4"); });
                 EXPECT_TRUE(Await([this] { return m_waits.load(); }));
             }
         };
+    }
+
+    void InstallServer() {
+        const std::wstring program = L"SOFTWARE\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\OKO";
+        platform.registry.Set(program, L"DisplayName", RegistryValue::Text(L"OKO-Control Server"));
+        platform.registry.Set(program, L"InstallLocation", RegistryValue::Text(L"C:\\OKO\\"));
+        platform.files.Answer(L"C:\\OKO\\*", {{L"OKO-Control.exe"}});
     }
 
     /// The commands that were sent after `command`.
@@ -111,6 +124,16 @@ TEST_F(LinkOperationTests, Init_ThatClosesFromItsOwnCallback_Fails) {
     EXPECT_EQ(platform.server.OpenSockets(), 0U);
 }
 
+TEST_F(LinkOperationTests, Init_ThatOpensTheLinkAnewFromItsOwnCallback_FailsAndSendsNothing) {
+    CDevApiInterface_Impl& device = RealDevice();
+    static CDevApiInterface_Impl* s_pDevice;
+    s_pDevice = &device;
+    EXPECT_EQ(device.Init([](std::int32_t, const wchar_t*) { s_pDevice->ApplyConnection(L"m_iComPort 4"); }, nullptr),
+              -1);
+    EXPECT_TRUE(platform.server.Commands().empty());
+    EXPECT_EQ(platform.server.OpenSockets(), 1U);
+}
+
 TEST_F(LinkOperationTests, SimulatorsInit_DuringWhichTheHostCloses_FailsAndStartsNoThread) {
     CDevApiInterface_Impl& device = Simulator();
     platform.windows.onEvent = [&](const std::string& event) {
@@ -137,10 +160,7 @@ TEST_F(LinkOperationTests, Init_DuringWhichTheLinkIsOpenedAnew_FailsAndLeavesTha
 }
 
 TEST_F(LinkOperationTests, Init_ThatWaitsForAServerToStart_EndsWithTheClose) {
-    const std::wstring program = L"SOFTWARE\\Wow6432Node\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\OKO";
-    platform.registry.Set(program, L"DisplayName", RegistryValue::Text(L"OKO-Control Server"));
-    platform.registry.Set(program, L"InstallLocation", RegistryValue::Text(L"C:\\OKO\\"));
-    platform.files.Answer(L"C:\\OKO\\*", {{L"OKO-Control.exe"}});
+    InstallServer();
     platform.server.Answer("listprod", kReceiveFails);
     CDevApiInterface_Impl& device = RealDevice();
     platform.clock.onSleep = [&device, polls = 0](std::uint32_t) mutable {
@@ -154,6 +174,18 @@ TEST_F(LinkOperationTests, Init_ThatWaitsForAServerToStart_EndsWithTheClose) {
     EXPECT_EQ(HostLog::Lines().back(), kLostLinkLine);
     EXPECT_FALSE(device.m_bServerErrorShown);
     platform.clock.onSleep = {};
+}
+
+TEST_F(LinkOperationTests, Init_ThatIsClosedDuringAProbeInVain_StartsNoServer) {
+    InstallServer();
+    CDevApiInterface_Impl& device = RealDevice();
+    platform.server.SetDefault([&device](std::string_view) {
+        ++device.m_nLink;  // Close's first step
+        return kReceiveFails;
+    });
+    EXPECT_EQ(device.Init(HostLog::Callback, nullptr), -1);
+    EXPECT_TRUE(platform.shell.Launches().empty());
+    EXPECT_EQ(HostLog::Lines(), (std::vector<std::wstring>{L"OKO-Lab bold line Init()", kLostLinkLine}));
 }
 
 TEST_F(LinkOperationTests, Search_DuringWhichTheHostCloses_EndsWithoutAWindow) {
@@ -215,6 +247,17 @@ TEST_F(LinkOperationTests, Settings_DuringWhichTheHostCloses_FailAndSendNothingM
     EXPECT_FALSE(device.m_bSetupComplete);
 }
 
+TEST_F(LinkOperationTests, AirMode_DuringWhichTheHostCloses_GoesToNoMoreProducts) {
+    CDevApiInterface_Impl& device = RealDevice();
+    device.m_products = {ProductWith(11, {parameter::kAirModeSwitch}), ProductWith(12, {parameter::kAirModeSwitch})};
+    platform.server.SetDefault([&device](std::string_view command) {
+        ++device.m_nLink;
+        return ScriptedServer::BuiltInReply(command);
+    });
+    TakeConfiguration(device, [](int) { return L"0.5"; }, true);
+    EXPECT_EQ(platform.server.Commands().size(), 1U);
+}
+
 TEST_F(LinkOperationTests, NewTemperature_DuringWhichTheHostCloses_FailsAndIsNeitherReadBackNorRestored) {
     CDevApiInterface_Impl& device = RealDevice();
     auto& channel = Ready(*device.m_pTemperature[0], 9, 0);
@@ -224,6 +267,20 @@ TEST_F(LinkOperationTests, NewTemperature_DuringWhichTheHostCloses_FailsAndIsNei
     });
     EXPECT_EQ(channel.SetTargetTemperature(30.0), -1);
     EXPECT_EQ(platform.server.Commands(), std::vector<std::string>{"writesetpoint 9 0 30.0"});
+}
+
+TEST_F(LinkOperationTests, NewTemperature_WhoseLinkGoesDuringTheReadBack_IsNotRestoredOverTheNextOne) {
+    CDevApiInterface_Impl& device = RealDevice();
+    auto& channel = Ready(*device.m_pTemperature[0], 9, 0);
+    platform.server.SetDefault([&device](std::string_view command) -> ServerReply {
+        if (command.starts_with("readsetpoint")) {
+            ++device.m_nLink;
+            return kReceiveFails;
+        }
+        return ScriptedServer::BuiltInReply(command);
+    });
+    EXPECT_EQ(channel.SetTargetTemperature(30.0), -1);
+    EXPECT_EQ(platform.server.Commands(), (std::vector<std::string>{"writesetpoint 9 0 30.0", "readsetpoint 9 0 -1"}));
 }
 
 TEST_F(LinkOperationTests, StatusReport_DuringWhichTheHostCloses_AsksNoMore) {
@@ -237,6 +294,25 @@ TEST_F(LinkOperationTests, StatusReport_DuringWhichTheHostCloses_AsksNoMore) {
     });
     CollectStatusReport(device);
     EXPECT_EQ(asked, 1);
+}
+
+TEST_F(LinkOperationTests, Exchange_WhoseLinkIsAnotherOneByItsTurn_SendsNothing) {
+    CDevApiInterface_Impl& device = RealDevice();
+    const std::uint32_t link = device.m_nLink;
+    device.ConnectSocket();
+    platform.server.ClearCommands();
+    std::array<char, kReplySize + 1> reply{};
+    EXPECT_EQ(device.SendOverLink("status", {reply.data(), kReplySize}, link).length, -1);
+    EXPECT_TRUE(platform.server.Calls().empty());
+    EXPECT_GT(device.SendOverLink("status", {reply.data(), kReplySize}, device.m_nLink).length, 0);
+}
+
+TEST_F(LinkOperationTests, ClosedLink_IsLost) {
+    CDevApiInterface_Impl& device = RealDevice();
+    const LinkOperation operation = LinkOperation::OverThisLink(device);
+    EXPECT_FALSE(operation.HasEnded());
+    device.DisconnectSocket();
+    EXPECT_TRUE(operation.HasEnded());
 }
 
 TEST_F(LinkOperationTests, SingleReads_TakeWhateverLinkThereIs) {

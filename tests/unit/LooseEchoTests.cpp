@@ -93,6 +93,16 @@ TEST_F(LooseEchoTests, LinkThatIsOpenedAgain_KnowsNoCommandsOfTheOneBefore) {
     EXPECT_EQ(platform.server.Calls(), (std::vector<std::string>{"send readcurval 7(1)", "receive 64"}));
 }
 
+TEST_F(LooseEchoTests, LinkThatIsOpenedAgain_KnowsNoKindsOfTheOneBefore) {
+    CDevApiInterface_Impl& device = RealDevice();
+    AskText(device, "status");
+    device.ConnectSocket();
+    device.SetReplyTimeout(150);
+    AskText(device, "readcurval 7");
+    platform.server.Answer("status", "0_readcurval 7_38.5\r");
+    EXPECT_EQ(AskText(device, "status"), "0_readcurval 7_38.5\r");  // no duplicate: it may echo "status" loosely
+}
+
 TEST_F(LooseEchoTests, ShorterTimeout_LimitsTheWait) {
     CDevApiInterface_Impl& device = Device();
     device.SetReplyTimeout(150);
@@ -197,6 +207,21 @@ TEST_F(LooseEchoTests, LastOfSeveralEchoes_IsTaken) {
     EXPECT_EQ(reply.bytes(), "0_readcurval 7_38.5\r");
     EXPECT_EQ(platform.server.Calls(),
               (std::vector<std::string>{"send status", "receive 64", "wait 250", "receive 64", "wait 250"}));
+}
+
+TEST_F(LooseEchoTests, SeveralEchoes_ShareTheWait) {
+    CDevApiInterface_Impl& device = Device();
+    platform.server.Answer("status", "0_readcurval 7_first\r");
+    platform.server.onCall = [this](const std::string& call) {
+        if (call == "wait 250") {  // the second one comes after 100 ms
+            platform.clock.Advance(100);
+            platform.server.Deliver("0_readcurval 7_second\r");
+        }
+    };
+    EXPECT_EQ(AskText(device, "status"), "0_readcurval 7_second\r");
+    EXPECT_EQ(platform.server.Calls(),
+              (std::vector<std::string>{"send status", "receive 64", "wait 250", "receive 64", "wait 150"}));
+    platform.server.onCall = {};
 }
 
 TEST_F(LooseEchoTests, EchoThatDoesNotFit_IsNoReply) {

@@ -12,10 +12,13 @@
 #include "Fixture.h"
 #include "ProductSets.h"
 #include "ReplacedSlots.h"
+#include "fakes/Dialogs.h"
 #include "fakes/ScriptedPlatform.h"
 #include "link/LinkOperation.h"
 #include "oko/CDevApiInterface.h"
+#include "oko/Settings.h"
 #include "ui/ConfigurationFields.h"
+#include "ui/DialogEnd.h"
 #include "ui/resources/ResourceIds.h"
 
 namespace {
@@ -75,6 +78,27 @@ TEST_F(OwnSlotsTests, ValueThread_ReachesTheChannelsThroughTheDevicesSlots) {
         EXPECT_GE(g_calls[fetched], 3) << fetched;
     }
     EXPECT_EQ(device.m_pTemperature[0]->m_dCurrent, before);  // no channel was given out, none was moved
+}
+
+std::wstring g_applied;
+
+std::int32_t KeepText(CDevApiInterface*, const wchar_t* text) {
+    g_applied = text;
+    return oko::kSuccess;
+}
+
+TEST_F(OwnSlotsTests, ConfigurationDialog_AppliesItsTextThroughTheDevicesSlot5) {
+    CDevApiInterface_Impl& device = RealDevice();
+    platform.server.ClearCommands();
+    ScriptedDialogs::Current().onConfiguration = [](CDevApiInterface_Impl&) { return DialogEnd::Ok; };
+    ReplacedSlots<kDeviceSlots> slots(&device);
+    slots.Replace(5, KeepText);
+    g_applied.clear();
+    std::wstring text(oko::kConfigurationTextLength, L'\0');
+    EXPECT_EQ(device.ShowConfiguration(text.data(), oko::kConfigurationTextLength, nullptr), 0);
+    EXPECT_EQ(g_applied, text.c_str());
+    EXPECT_FALSE(g_applied.empty());
+    EXPECT_TRUE(platform.server.Calls().empty());
 }
 
 std::int32_t NoHumidifiers(CDevApiInterface*) { return 0; }

@@ -214,4 +214,16 @@ TEST_F(ReplyTimeoutTests, InitThatFails_KeepsTheCatalogueOfTheOneBefore) {
     EXPECT_EQ(platform.server.Commands(), (std::vector<std::string>{"start 0", "connect 9 0", "connect 12 0"}));
 }
 
+TEST_F(ReplyTimeoutTests, InitThatFails_KeepsTheRangesOfTheOneBefore) {
+    CDevApiInterface_Impl& device = Initialised(RegistryValue::Dword(200));
+    platform.server.AnswerPayload("listconprod", "9");
+    platform.server.AnswerPayload("readmin 9 0", "25.5");
+    platform.server.AnswerPayload("readmax 9 0", "41.5");
+    ASSERT_EQ(device.Init(HostLog::Callback, nullptr), 0);
+    platform.server.StaySilent("readmax 9 0");
+    ASSERT_EQ(device.Init(HostLog::Callback, nullptr), -1);
+    EXPECT_EQ(device.m_pTemperature[0]->m_dMin, 25.5);
+    EXPECT_EQ(device.m_pTemperature[0]->m_dMax, 41.5);
+}
+
 }  // namespace

@@ -112,6 +112,7 @@ TEST_F(ServerLaunchTests, AnswerOnTheLastPoll_StillCounts) {
     AnswerFromProbe(22, kReceiveFails);
     EXPECT_EQ(EnsureRunning(RealDevice(), 500), State::Running);
     EXPECT_EQ(HostLog::Lines().back(), L"Server started on 20 loops (10.000000 seconds)");
+    EXPECT_EQ(platform.windows.looksAtMessages, 20);  // the host's windows respond meanwhile
 }
 
 TEST_F(ServerLaunchTests, SilentForTwentyPolls_IsNotStarted) {

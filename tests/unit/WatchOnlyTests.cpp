@@ -186,6 +186,7 @@ TEST_F(WatchOnlyTests, Simulator_TakesTheKeysAndBehavesAsWithout) {
     EXPECT_EQ(device.Init(HostLog::Callback, nullptr), 0);
     EXPECT_EQ(device.m_pTemperature[0]->SetTargetTemperature(30.0), 0);
     EXPECT_EQ(device.m_pTemperature[0]->m_dTarget, 30.0);
+    EXPECT_TRUE(DescribeConfiguration(device).airModeEnabled);
     device.Close();
 }
 
