@@ -258,6 +258,18 @@ TEST_F(LinkOperationTests, AirMode_DuringWhichTheHostCloses_GoesToNoMoreProducts
     EXPECT_EQ(platform.server.Commands().size(), 1U);
 }
 
+TEST_F(LinkOperationTests, Settings_DuringWhichTheHostCloses_KeepTheAirModeAsItWas) {
+    CDevApiInterface_Impl& device = RealDevice();
+    device.m_products = {ProductWith(11, {237})};
+    device.m_bAirMode = 1;
+    platform.server.SetDefault([&device](std::string_view) {
+        ++device.m_nLink;
+        return kReceiveFails;
+    });
+    EXPECT_EQ(device.ApplyConfiguration(L""), -1);
+    EXPECT_EQ(device.m_bAirMode, 1);
+}
+
 TEST_F(LinkOperationTests, NewTemperature_DuringWhichTheHostCloses_FailsAndIsNeitherReadBackNorRestored) {
     CDevApiInterface_Impl& device = RealDevice();
     auto& channel = Ready(*device.m_pTemperature[0], 9, 0);
