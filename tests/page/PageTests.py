@@ -3,6 +3,7 @@
 
 import contextlib
 import csv
+import datetime
 import pathlib
 import re
 import shutil
@@ -103,6 +104,15 @@ class Live(PageCase):
         kinds = [chart.get_attribute("data-kind") for chart in browser.all(".chart")]
         self.assertEqual(kinds, ["temperature", "gas", "humidity"])
         browser.wait(lambda: min(browser.inked()) > 40, "the lines do not grow")
+
+    def test_rows_that_arrive_are_plotted_up_to_the_newest(self):
+        before = browser.plotted()
+        browser.wait(lambda: all(len(now) >= len(was) + 5 and now[-1][0] > was[-1][0]
+                                 for now, was in zip(browser.plotted(), before)), "rows that arrive are not plotted")
+        host.steer("value CO2 5.25")
+        browser.wait(lambda: browser.plotted()[1][-1][1] == 5.25, "the newest value is not plotted")
+        for points in browser.plotted():
+            self.assertEqual([time for time, _ in points], sorted({time for time, _ in points}))
 
     def test_zoom_and_pan_by_pointer_keep_the_charts_in_step(self):
         before = self.assertInStep()
@@ -279,6 +289,24 @@ def read_log(file):
     return [row["time"] for row in samples], values
 
 
+def write_long_log(short, file, rows, seconds):
+    """A log of that many rows, like the first one of a short log. Gives its first time, and all times in milliseconds."""
+    lines = short.read_text(encoding="utf-8").splitlines()
+    header = next(i for i, line in enumerate(lines) if not line.startswith("#"))
+    names = next(csv.reader([lines[header]]))
+    first = next(line for line in lines[header + 1:] if ",sample," in line)
+    begin = datetime.datetime(2026, 11, 1, tzinfo=datetime.timezone.utc)
+    times = [begin + datetime.timedelta(seconds=seconds * row) for row in range(rows)]
+    with open(file, "w", encoding="utf-8") as out:
+        print(*(re.sub(r"^# interval: .*", f"# interval: {seconds}", line) for line in lines[:header + 1]), sep="\n", file=out)
+        for row, time in enumerate(times):
+            cells = first.split(",")
+            cells[names.index("time")] = time.strftime("%Y-%m-%dT%H:%M:%S.000Z")
+            cells[names.index("seconds")] = f"{seconds * row}.000"
+            print(*cells, sep=",", file=out)
+    return begin, [time.timestamp() * 1000 for time in times]
+
+
 class Report(PageCase):
     def setUp(self):
         browser.wait(lambda: host.log.read_text(encoding="utf-8").count(",sample,") > 25, "the log does not grow")
@@ -324,6 +352,20 @@ class Report(PageCase):
         self.drag(browser.all(".plot")[0], -200, 300)
         zoomed = self.assertInStep()
         self.assertLess(zoomed[1] - zoomed[0], before[1] - before[0])
+
+    def test_zoomed_to_seven_minutes_each_row_of_a_day_is_plotted(self):
+        report = folder / "day.html"
+        begin, rows = write_long_log(host.log, folder / "day.csv", rows=17280, seconds=5)
+        host.report(folder / "day.csv", report)
+        browser.open(report.as_uri())
+        browser.wait(lambda: min(browser.inked(), default=0) > 0, "no lines were drawn")
+        since, until = (begin.timestamp() * 1000 + 1000 * second for second in (43200, 43200 + 7 * 60))
+        expected = [time for time in rows if since <= time <= until]
+        self.assertEqual(len(expected), 85)
+        browser.script("oko.page.charts.show(arguments[0], arguments[1])", since, until)
+        inside = lambda points: [time for time, _ in points if since <= time <= until]
+        browser.wait(lambda: all(inside(points) == expected for points in browser.plotted()),
+                     f"not each of {len(expected)} rows is plotted")
 
     def test_report_does_not_scroll_sideways(self):
         browser.resize(360, 900)

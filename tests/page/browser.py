@@ -72,6 +72,14 @@ class Browser:
         """The stretch of time that each chart shows."""
         return self.script("return oko.page.charts.charts.map((chart) => chart.graph.xAxisRange())")
 
+    def plotted(self):
+        """The times of the points that each chart plots, in milliseconds, with the value of its first line at each. The
+        chart is asked: pixels say little, and the page's own rows nothing of what is drawn."""
+        return self.script("""
+            return oko.page.charts.charts.map(function ({graph}) {
+                return Array.from({length: graph.numRows()}, (_, row) => [graph.getValue(row, 0), graph.getValue(row, 1)]);
+            });""")
+
     def inked(self):
         """Of each chart, how many of its pixels have the colours of its lines: nearly, as edges are smoothed, but not the
         bands' thin ones."""

@@ -22,6 +22,7 @@
             this.picked = -1;
             this.time = [];
             this.columns = [];
+            this.hasNewRows = false;
             this.build();
         }
 
@@ -112,13 +113,13 @@
             oko.drawEvents(canvas, area, graph, oko.eventsOf(this.charts.events, this.keys));
         }
 
-        // Takes a history of all channels; rows are the same in all charts.
+        // Takes a history of all channels, which fitValues then draws; rows are the same in all charts.
         take(history) {
             const byKey = new Map(history.channels.map((column) => [column.key, column]));
             this.time = history.time;
             this.columns = this.channels.map((channel) => byKey.get(channel.key) || {current: [], target: []});
             if (!this.graph) return this.create();
-            this.graph.updateOptions({file: this.rows()}, true);
+            this.hasNewRows = true;
         }
 
         // What is in sight, with the bands of it.
@@ -145,7 +146,12 @@
         }
 
         fitValues() {
-            if (this.graph) this.graph.updateOptions({valueRange: this.valueRange(), dateWindow: [this.charts.from, this.charts.to]});
+            if (!this.graph) return;
+            const options = {valueRange: this.valueRange(), dateWindow: [this.charts.from, this.charts.to]};
+            // Rows must come with the call that draws: dygraphs keeps what it gets without drawing, and never loads it.
+            if (this.hasNewRows) options.file = this.rows();
+            this.hasNewRows = false;
+            this.graph.updateOptions(options);
         }
 
         recolor() {
