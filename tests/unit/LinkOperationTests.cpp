@@ -6,11 +6,11 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <future>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <vector>
 
 #include "Fixture.h"
@@ -30,6 +30,8 @@
 #include "ui/StatusReport.h"
 
 namespace {
+
+constexpr auto kReady = std::future_status::ready;
 
 constexpr const wchar_t* kLostLinkLine =
     L"CDevApiInterface_Impl::Init The link was closed or opened anew meanwhile; Init failed.";
@@ -54,7 +56,8 @@ class LinkOperationTests : public DeviceTest {
             if (made == call && !done) {
                 done = true;  // not for a later Init or Close of the test
                 m_other = std::async(std::launch::async, [&device] { device.ApplyConnection(L"m_iComPort 4"); });
-                EXPECT_TRUE(Await([this] { return m_waits.load(); }));
+                EXPECT_TRUE(Await([this] { return m_waits || m_other.wait_for(std::chrono::seconds(0)) == kReady; }));
+                EXPECT_TRUE(m_waits);
             }
         };
     }
@@ -93,12 +96,13 @@ TEST_F(LinkOperationTests, Init_DuringWhichTheHostCloses_FailsAndSendsNothingMor
         platform.server.ClearCommands();
         CDevApiInterface_Impl& device = RealDevice();
         m_other = {};
+        m_waits = false;
+        platform.locks.onWait = [this] { m_waits = true; };
         platform.server.onCall = [&](const std::string& call) {
             if (call == std::string("send ") + command && !m_other.valid()) {
                 m_other = std::async(std::launch::async, [&device] { device.Close(); });
-                while (device.m_nLink < 2) {  // Close has claimed the link, and waits for this exchange to end
-                    std::this_thread::yield();
-                }
+                EXPECT_TRUE(Await([this] { return m_waits.load(); }));  // Close, for this exchange to end
+                EXPECT_EQ(device.m_nLink, 2U);                          // and has claimed the link before
             }
         };
         EXPECT_EQ(device.Init(HostLog::Callback, nullptr), -1);
@@ -297,7 +301,7 @@ TEST_F(LinkOperationTests, NewTemperature_WhoseLinkGoesDuringTheReadBack_IsNotRe
 
 TEST_F(LinkOperationTests, StatusReport_DuringWhichTheHostCloses_AsksNoMore) {
     CDevApiInterface_Impl& device = RealDevice();
-    device.m_products = {ProductWith(11, {130, 237})};
+    device.m_products = {ProductWith(11, {13, 14})};
     int asked = 0;
     platform.server.SetDefault([&](std::string_view command) {
         ++asked;

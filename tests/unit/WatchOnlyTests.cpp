@@ -124,10 +124,12 @@ TEST_F(WatchOnlyTests, FindAndConnect_IsRefused) {
     CDevApiInterface_Impl& device = Initialised();
     platform.server.ClearCommands();
     ScriptedDialogs::Current().onConnection = [](CDevApiInterface_Impl&) { return DialogEnd::FindAndConnect; };
+    platform.clock.onSleep = [&device](std::uint32_t) { device.Close(); };  // a search would never end by itself
     std::wstring text(oko::kConnectionTextLength, L'#');
     EXPECT_EQ(device.ShowConnection(text.data(), 0, nullptr), -1);
     EXPECT_TRUE(platform.server.Calls().empty());
     EXPECT_EQ(text[0], L'#');
+    platform.clock.onSleep = {};
 }
 
 TEST_F(WatchOnlyTests, Close_ClosesTheLinkAndSendsNothing) {
