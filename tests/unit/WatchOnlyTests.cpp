@@ -176,6 +176,15 @@ TEST_F(WatchOnlyTests, LaterTextWithoutTheKeys_WorksAsBefore) {
     }
 }
 
+TEST_F(WatchOnlyTests, TextWhoseLinkCannotBeOpened_CountsForTheOneThatIs) {
+    CDevApiInterface_Impl& device = RealDevice();
+    platform.server.failStartUp = true;
+    device.ApplyConnection(L"m_iComPort 3 m_nReplyTimeout 700 m_bWatchOnly 1");
+    EXPECT_EQ(device.Init(HostLog::Callback, nullptr), 0);
+    EXPECT_FALSE(std::ranges::any_of(platform.server.Commands(), Changes));
+    EXPECT_EQ(Waits(device), std::vector<std::string>{"wait 700"});
+}
+
 TEST_F(WatchOnlyTests, Zero_IsEveryHost) {
     CDevApiInterface_Impl& device = RealDevice();
     device.ApplyConnection(L"m_iComPort 3 m_bWatchOnly 0");
