@@ -85,13 +85,13 @@ std::int32_t CDevApiInterface_Temperature_Impl::SetTargetTemperature(double valu
 
     // kept: docs/oddities.md#lost-target-succeeds, docs/oddities.md#no-temperature-notice
     const bool confirmed = ReadTargetBack(operation);
-    if (!confirmed && operation.HasEnded()) {
-        return oko::kFailure;  // the link was closed: nobody knows which target holds
-    }
-    if (!confirmed) {
+    if (!confirmed && !operation.HasEnded()) {
         m_pDevice->Log(kRestoredText);
         Tell(operation,
              FormatCommand(command::kWriteTemperature, {place.address.m_iProduct, place.address.m_iChannel, previous}));
+    }
+    if (!confirmed && operation.HasEnded()) {
+        return oko::kFailure;  // the link was closed: nobody knows which target holds
     }
     const std::scoped_lock lock(m_pDevice->m_csData);
     Put(m_dTarget, confirmed ? clamped : previous);

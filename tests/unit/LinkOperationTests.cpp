@@ -299,6 +299,17 @@ TEST_F(LinkOperationTests, NewTemperature_WhoseLinkGoesDuringTheReadBack_IsNotRe
     EXPECT_EQ(platform.server.Commands(), (std::vector<std::string>{"writesetpoint 9 0 30.0", "readsetpoint 9 0 -1"}));
 }
 
+TEST_F(LinkOperationTests, NewTemperature_WhoseLinkGoesWhileItIsRestored_Fails) {
+    CDevApiInterface_Impl& device = RealDevice();
+    auto& channel = Ready(*device.m_pTemperature[0], 9, 0);
+    platform.server.Answer("readsetpoint 9 0 -1", kReceiveFails);
+    platform.server.SetDefault([&device](std::string_view command) {
+        device.m_nLink += command == "writesetpoint 9 0 37.0" ? 1 : 0;
+        return ScriptedServer::BuiltInReply(command);
+    });
+    EXPECT_EQ(channel.SetTargetTemperature(30.0), -1);
+}
+
 TEST_F(LinkOperationTests, StatusReport_DuringWhichTheHostCloses_AsksNoMore) {
     CDevApiInterface_Impl& device = RealDevice();
     device.m_products = {ProductWith(11, {13, 14})};
