@@ -148,6 +148,15 @@ class Live(PageCase):
             self.assertAlmostEqual(window[1] - window[0], hours * 3600000, delta=1)
             self.assertEqual(button.get_attribute("aria-pressed"), "true")
 
+    def test_labels_of_the_time_axis_never_repeat(self):
+        for seconds in (10, 60, 120, 600, 3600, 86400, 3 * 86400):
+            browser.script("const now = oko.page.snapshot.timeMs; oko.page.charts.show(now - arguments[0] * 1000, now)", seconds)
+            for labels in browser.script("""
+                    return oko.page.charts.charts.map((chart) =>
+                        Array.from(chart.plot.querySelectorAll(".dygraph-axis-label-x"), (label) => label.textContent));"""):
+                self.assertGreater(len(labels), 1, seconds)
+                self.assertEqual(len(labels), len(set(labels)), f"{seconds} s: {labels}")
+
     def test_line_is_hidden_and_shown_again(self):
         gas = browser.one(".chart[data-kind=gas]")
         chips = gas.find_elements("css selector", ".chip")

@@ -1,6 +1,10 @@
 "use strict";
 // One chart: all channels of a quantity.
 (function () {
+    // Of dygraphs's granularities of the time axis, which it does not export.
+    const kMinutely = 12;
+    const kDaily = 20;
+
     function chip(channel, index) {
         const value = oko.element("span", {className: "at"});
         const button = oko.element("button", {type: "button", className: "chip", "aria-pressed": "true",
@@ -73,11 +77,11 @@
             this.graph = new Dygraph(this.plot, this.rows(), {
                 ...this.options(),
                 axes: {
-                    x: {ticker: Dygraph.dateTicker, axisLabelWidth: 64, pixelsPerLabel: 80,
+                    x: {axisLabelWidth: 64, pixelsPerLabel: 80,
                         axisLabelFormatter: (value, granularity) => {
-                            if (granularity >= Dygraph.DAILY) return oko.day(Number(value));
+                            if (granularity >= kDaily) return oko.day(Number(value));
                             if (oko.clock(Number(value)) === "00:00:00") return oko.day(Number(value));
-                            return granularity < Dygraph.MINUTELY ? oko.clock(Number(value)) : hour(Number(value));
+                            return granularity < kMinutely ? oko.clock(Number(value)) : hour(Number(value));
                         }},
                     y: {axisLabelWidth: 44, pixelsPerLabel: 32},
                 },
