@@ -20,7 +20,6 @@
 #include "oko/WindowHandle.h"
 #include "platform/Registry.h"
 #include "platform/Sync.h"
-#include "platform/UdpSocket.h"
 
 // The stand-ins for src/platform/ in the native build: a scripted server, a registry in a map, a clock that advances
 // when someone sleeps, numbers in place of chance, and records of what was shown, posted and started. Each part has a
