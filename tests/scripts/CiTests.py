@@ -27,7 +27,7 @@ class CiTests(unittest.TestCase):
 
     def script(self, name, text):
         path = self.folder / "scripts" / name
-        path.parent.mkdir(exist_ok=True)
+        path.parent.mkdir(parents=True, exist_ok=True)
         path.write_text(text)
         path.chmod(0o755)
 
@@ -36,7 +36,8 @@ class CiTests(unittest.TestCase):
         self.script("tidy", f"{SOUND}echo $$ >tidy-began\n{before}{f'echo {FINDING!r}' if status else ':'} >&2\n>tidy-ended\nexit {status}\n")
 
     def run_ci(self):
-        run = subprocess.run((".ci/run",), cwd=self.folder, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+        environment = dict(os.environ, PATH=f"{self.folder / 'scripts/bin'}:{os.environ['PATH']}")
+        run = subprocess.run((".ci/run",), cwd=self.folder, env=environment, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
         return run.returncode, run.stdout
 
     def test_NoFinding_Passes(self):
@@ -57,6 +58,15 @@ class CiTests(unittest.TestCase):
         status, said = self.run_ci()
         self.assertEqual(status, 1, said)
         self.assertIn(FINDING, said)
+
+    def test_OnceTheTestsHaveEnded_TidyGivesWayToNobody(self):
+        self.tidy(before=WAIT.format("renice-asked"))
+        self.script("test", SOUND + WAIT.format("tidy-began") + ">tests-ended\n")
+        self.script("bin/renice", SOUND + "[ -e tests-ended ] && echo $* >renice-new && mv renice-new renice-asked\nexit 1\n")
+        status, said = self.run_ci()
+        self.assertEqual(status, 0, said)
+        group = (self.folder / "tidy-began").read_text().strip()
+        self.assertEqual((self.folder / "renice-asked").read_text(), f"--priority 0 --pgrp {group}\n")
 
     def test_FindingWhoseLogIsGone_Fails(self):
         self.tidy(status=1)
