@@ -134,9 +134,11 @@ Received EndOfWait(CDevApiInterface_Impl& device, std::string_view command, cons
         device.m_unansweredCommands.Add(command);
         return {ReceiveOutcome::TimedOut, kNoAnswer};
     }
-    // The server echoes loosely. Nothing is held back any more, or each such reply would cost the wait.
-    device.m_bLooseEchoes = true;
-    notes.foundLooseEchoes = true;
+    if (!device.m_exactEchoes.Contains(command)) {
+        // The server echoes loosely. Nothing is held back any more, or each such reply would cost the wait.
+        device.m_bLooseEchoes = true;
+        notes.foundLooseEchoes = true;
+    }
     std::copy_n(held->bytes.begin(), held->length, reply.begin());
     return held->received;
 }
@@ -154,8 +156,8 @@ Received ReceiveAnswer(CDevApiInterface_Impl& device, std::string_view command, 
         const Received received = device.m_socket.Receive(reply.data(), static_cast<int>(reply.size()));
         const std::string_view bytes = BytesOf(received, reply);
         const Owner owner = OwnerOf(device, command, bytes);
-        // An empty datagram and a failure say nothing: what is held back is better.
-        if (owner == Owner::ThisCommand && (!held || !bytes.empty())) {
+        // A failure is nobody's reply: what is held back is better.
+        if (owner == Owner::ThisCommand && (!held || received.outcome != ReceiveOutcome::Failed)) {
             Drop(held, notes);
             return received;
         }
