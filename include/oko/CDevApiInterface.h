@@ -29,9 +29,8 @@ inline constexpr std::uint32_t kHumidityChannels = 4;
 /// same order may begin again. docs/host-integration.md tells the whole life of a host.
 ///
 /// Thread rules, for the device and its channels:
-/// - Slots 0 and 3 to 7 belong to the host's user-interface thread. Close, ApplyConnection and the channels' slots may
-/// be
-///   called on any thread, at any time; each call takes its turn at the link.
+/// - Slots 0 and 3 to 6 belong to the host's user-interface thread. Close, ApplyConnection and the channels' slots may
+///   be called on any thread, at any time; each call takes its turn at the link.
 /// - When Close or ApplyConnection takes the link away from an Init, a Find and Connect, an ApplyConfiguration or a new
 ///   temperature that is under way, that call fails with -1, sends nothing more and leaves the other link alone.
 /// - While an Init or a Find and Connect is under way, Init and ShowConnection return -1 and do nothing: on another
@@ -41,8 +40,7 @@ inline constexpr std::uint32_t kHumidityChannels = 4;
 ///   not wait for another thread that needs a channel or Close: it may be called while a lock is held that these take
 ///   (during the gas channels' reading of the air mode).
 /// - The read of an O2 controller's target holds that lock while it waits for the air mode: until the server answers,
-/// the
-///   states, limits and tolerances of all channels wait too.
+///   the states, limits and tolerances of all channels wait too.
 /// - A channel's DeletingDestructor is not for use while another thread uses the channel.
 /// - Calls marked [blocks] wait while the server answers. The plug-in sets no timeout of its own: a server that keeps
 ///   silent is waited for endlessly, and whoever comes after waits, too. Two ways out, off unless set: m_nReplyTimeout

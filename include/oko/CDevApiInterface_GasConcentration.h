@@ -23,8 +23,8 @@ class CDevApiInterface_GasConcentration : public INotify {
     /// Slot 3. Sets the target: any number, clamped to 0 to 99.99 and to the controller's range as the server gave it
     /// to Init (NaN becomes its lowest), and sent with two decimals. The result does not tell of the clamping: read the
     /// target back. On success it posts the change notice (oko/ChangeNotice.h) to the calling thread's message queue.
-    /// Sends also while the device is busy. -1: no answer, the server refused, or the
-    /// link only watches (nothing is sent); nothing is posted. [blocks]
+    /// Sends also while the device is busy. -1: no answer, the server refused, or the link only watches
+    /// (nothing is sent); nothing is posted. [blocks]
     virtual std::int32_t SetTargetGasConcentration(double value) = 0;
 
     /// Slot 4. Reads the target from the server; while the device is busy, the last known one from memory. A reply

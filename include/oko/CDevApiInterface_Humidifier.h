@@ -16,8 +16,8 @@ class CDevApiInterface_Humidifier : public INotify {
     /// Slot 3. Sets the target: any number, clamped to 0 to 99.99 and to the humidifier's range as the server gave it
     /// to Init (NaN becomes its lowest), and sent as a whole percent. The result does not tell of the clamping: read
     /// the target back. On success it posts the change notice (oko/ChangeNotice.h) to the calling thread's message
-    /// queue. Sends also while the device is busy. -1: no answer, the server refused, or the
-    /// link only watches (nothing is sent); nothing is posted. [blocks]
+    /// queue. Sends also while the device is busy. -1: no answer, the server refused, or the link only
+    /// watches (nothing is sent); nothing is posted. [blocks]
     virtual std::int32_t SetTargetHumidity(double value) = 0;
 
     /// Slot 4. Reads the target from the server, also while the device is busy. A reply without a value returns 0 and

@@ -32,8 +32,7 @@ constexpr WriteRules kWriteRules{L"CDevApiInterface_Temperature_Impl::GetCurrent
 
 constexpr const wchar_t* kRestoredText =
     L"CDevApiInterface_Temperature_Impl::SetTargetTemperature The new target could not be read back; the previous one "
-    L"is "
-    L"set again.";
+    L"is set again.";
 
 CommandText CurrentCommand(ChannelAddress address) noexcept {
     const ProductTraits& traits = TraitsOf(address.m_iProduct);

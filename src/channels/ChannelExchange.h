@@ -34,7 +34,7 @@ struct ReadRules {
 
 /// Sends `command` and reads the value of its reply into `value` and `cache`. A reply without a value leaves both as
 /// they were and succeeds. `channelLogs`: the channel's own log flag. Returns the host's result, -1 when `value` is
-/// null. Any thread; blocks until the server answers; allocates nothing.
+/// null. Any thread; blocks until the server answers; allocates nothing but to remember a command that timed out.
 std::int32_t AskChannelValue(const LinkOperation& operation, const ReadRules& rules, bool channelLogs,
                              const CommandText& command, SharedDouble& cache, double* value) noexcept;
 
@@ -50,6 +50,6 @@ struct WriteRules {
 };
 
 /// Sends a set point and judges the reply. Returns the host's result. Any thread; blocks until the server answers;
-/// allocates nothing.
+/// allocates nothing but to remember a command that timed out.
 std::int32_t WriteSetPoint(const LinkOperation& operation, const WriteRules& rules, bool channelLogs,
                            ChannelAddress address, double value) noexcept;

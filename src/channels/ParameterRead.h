@@ -8,7 +8,8 @@
 #include "link/LinkOperation.h"  // IWYU pragma: export
 
 /// Reading a product's numbered parameters, as the catalogue lists them. These functions take no lock of their own; a
-/// caller that needs consistency holds the data lock. Each read blocks until the server answers and allocates nothing.
+/// caller that needs consistency holds the data lock. Each read blocks until the server answers, and allocates
+/// nothing but to remember a command that timed out.
 /// `operation`: the operation that the read is a part of, or just the device.
 
 /// The text of a parameter's value: 63 characters and a terminator.

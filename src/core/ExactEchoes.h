@@ -1,8 +1,10 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
+#include <span>
 #include <string_view>
-#include <vector>
 
 #include "core/CommandText.h"
 
@@ -10,18 +12,20 @@
 /// "readcurval 7(1)" is of another. No locks: the device object's m_csSocket guards it.
 class ExactEchoes {
  public:
-    /// The server has echoed this command to the letter. Without memory that is forgotten.
-    void Add(std::string_view command) noexcept try {
-        if (const CommandText kind = KindOf(command); !Has(kind)) {
-            m_kinds.push_back(kind);
+    /// More than there are kinds, with their numbers' signs; one too many is forgotten.
+    static constexpr std::size_t kMostKinds = 48;
+
+    /// The server has echoed this command to the letter.
+    void Add(std::string_view command) noexcept {
+        if (const CommandText kind = KindOf(command); !Has(kind) && m_nKinds < kMostKinds) {
+            m_kinds[m_nKinds++] = kind;
         }
-    } catch (...) {  // NOLINT(bugprone-empty-catch)
     }
 
     /// Whether it has done so with one of this kind.
     bool Contains(std::string_view command) const noexcept { return Has(KindOf(command)); }
 
-    void Clear() noexcept { m_kinds.clear(); }
+    void Clear() noexcept { m_nKinds = 0; }
 
  private:
     /// The command with a "#" for each number.
@@ -37,8 +41,10 @@ class ExactEchoes {
     }
 
     bool Has(const CommandText& kind) const noexcept {
-        return std::ranges::find(m_kinds, kind.view(), &CommandText::view) != m_kinds.end();
+        const std::span known(m_kinds.data(), m_nKinds);
+        return std::ranges::find(known, kind.view(), &CommandText::view) != known.end();
     }
 
-    std::vector<CommandText> m_kinds;
+    std::array<CommandText, kMostKinds> m_kinds;
+    std::size_t m_nKinds = 0;
 };

@@ -25,7 +25,7 @@ class LinkOperation {
         : m_device(device), m_nLink(link), m_onTimeout(onTimeout) {}
 
     /// All exchanges go over the link that is there now.
-    static LinkOperation OverThisLink(CDevApiInterface_Impl& device, OnTimeout onTimeout = OnTimeout::GoOn) noexcept;
+    static LinkOperation OverThisLink(CDevApiInterface_Impl& device) noexcept;
 
     CDevApiInterface_Impl& Device() const noexcept { return m_device; }
     std::optional<std::uint32_t> Link() const noexcept { return m_nLink; }

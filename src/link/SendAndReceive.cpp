@@ -127,11 +127,19 @@ void Drop(const std::optional<HeldReply>& held, ExchangeNotes& notes) noexcept {
     }
 }
 
+/// The reply may come yet, too late or behind a flood. Where there is no timeout nothing of the kind is known: what is
+/// remembered there would cost a server that echoes loosely its replies.
+void RememberUnanswered(CDevApiInterface_Impl& device, std::string_view command) noexcept {
+    if (device.m_nReplyTimeoutMs != 0) {
+        device.m_unansweredCommands.Add(command);
+    }
+}
+
 /// The time for a reply has passed.
 Received EndOfWait(CDevApiInterface_Impl& device, std::string_view command, const std::optional<HeldReply>& held,
                    std::span<char> reply, ExchangeNotes& notes) noexcept {
     if (!held) {
-        device.m_unansweredCommands.Add(command);
+        RememberUnanswered(device, command);
         return {ReceiveOutcome::TimedOut, kNoAnswer};
     }
     if (!device.m_exactEchoes.Contains(command)) {
@@ -168,11 +176,12 @@ Received ReceiveAnswer(CDevApiInterface_Impl& device, std::string_view command, 
                 limit.Set(timeoutMs != 0 ? std::min(timeoutMs, kHoldBackMs) : kHoldBackMs);
             }
             Drop(held, notes);
-            held.emplace(received,
-                         bytes);  // the last of several: a duplicate comes before a reply that was just asked for
+            // The last of several: a duplicate comes before a reply that was just asked for.
+            held.emplace(received, bytes);
         }
         std::ranges::fill(reply, '\0');  // readers of a reply rely on zeros behind it
     }
+    RememberUnanswered(device, command);
     return {ReceiveOutcome::Failed, kNoAnswer};
 }
 

@@ -131,15 +131,11 @@ Received CDevApiInterface_Impl::SendOverLink(std::string_view command, std::span
                        &length);
         return {ReceiveOutcome::Datagram, length};
     }
-    if (m_bWatchOnly && !IsReadingCommand(command)) {
-        return {ReceiveOutcome::Failed, kNoAnswer};
-    }
-
     ExchangeNotes notes;
     Received received{};
     {
         const std::scoped_lock lock(m_csSocket);
-        if (link && *link != m_nLink) {
+        if ((link && *link != m_nLink) || (m_bWatchOnly && !IsReadingCommand(command))) {
             return {ReceiveOutcome::Failed, kNoAnswer};
         }
         received = SendAndReceive(*this, command, reply, notes);

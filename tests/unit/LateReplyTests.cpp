@@ -88,6 +88,21 @@ TEST_F(LateReplyTests, ToTheSecondOfTwoSends_IsDroppedEvenIfNothingElseComes) {
     EXPECT_EQ(Ask(device, CommandText("listprod")).m_nLength, -1);
 }
 
+TEST_F(LateReplyTests, ToACommandThatAFloodHid_IsDropped) {
+    constexpr int kFlood = 64;
+    CDevApiInterface_Impl& device = DeviceThatTimedOut(kFlood);
+    platform.server.StaySilent("status");
+    platform.server.onCall = [this](const std::string& call) {
+        for (int i = 0; call == "send status" && i < kFlood; ++i) {
+            platform.server.Deliver("0_readcurval 7_late\r");
+        }
+    };
+    EXPECT_EQ(Ask(device, CommandText("status")).m_nLength, -1);
+    platform.server.onCall = {};
+    platform.server.SetDefault([](std::string_view) -> ServerReply { return "0_status_late\r"; });
+    EXPECT_EQ(Ask(device, CommandText("start 1")).m_nLength, -1);
+}
+
 TEST_F(LateReplyTests, ThatWaits_IsDroppedBeforeTheNextCommandAndCounts) {
     CDevApiInterface_Impl& device = DeviceThatTimedOut();
     platform.server.Deliver("0_readcurval 7_late\r");
